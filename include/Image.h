@@ -1,0 +1,118 @@
+#pragma once
+
+/// A frame: its shape and its bytes.
+
+#include <cstddef>
+
+#include "Error.h"
+#include "Korvex2Defs.h"
+#include "Korvex2Export.h"
+
+namespace Korvex2 {
+
+/// A buffer of pixels with rows, columns, stride, pixel format, Bayer tile and colour-processing
+/// choice. It either owns its buffer or works on one that the caller lends and keeps alive.
+///
+/// Memory. The buffer of a shaped image is never null, even with 0 rows or columns, and holds every
+/// byte that a conversion may touch: at least rows x stride, and at least the tightly packed pixels
+/// with a begun group completed (PixelFormatInfo::pixelsPerReach: up to 3 pixels past the last).
+/// Bytes of that memory that no one has written since it was shaped read as zero.
+///
+/// Pixels. Conversions take the buffer as one run of rows x columns packed pixels from GetData();
+/// the stride is recorded for other readers and never consulted.
+///
+/// Threads. Distinct images are independent; one image may be read by many threads while none
+/// writes. The default colour processing is one atomic value of the process.
+///
+/// Nothing throws. A copy that finds no memory is an image without a buffer (GetData() is null);
+/// use DeepCopy where the reason is wanted.
+///
+/// Subclasses may keep their bytes elsewhere. They owe the converter the memory rule above, and
+/// GetData() must answer the same pointer until the image is reshaped.
+class KORVEX2_API Image {
+ public:
+  /// No buffer, 0 x 0, UNSPECIFIED_PIXEL_FORMAT, tile NONE, colour processing DEFAULT.
+  Image() noexcept;
+
+  /// An unshaped image on the caller's buffer: SetDimensions shapes it within dataSize bytes and
+  /// refuses what does not fit. Not owned, never freed; a null buffer makes an image that owns.
+  Image(unsigned char* pData, std::size_t dataSize) noexcept;
+
+  /// Deep copies own their buffer, whoever owned the source's. Colour processing comes along.
+  Image(const Image& other) noexcept;
+  Image& operator=(const Image& other) noexcept;
+  /// Moves leave `other` as default-constructed.
+  Image(Image&& other) noexcept;
+  Image& operator=(Image&& other) noexcept;
+
+  virtual ~Image();
+
+  /// Makes this image a full copy of *pSrc: shape, tile, colour processing and pixels. On the
+  /// caller's buffer the bytes are copied into it. Copying an image onto itself changes nothing.
+  /// VORERROR_INVALID_PARAMETER for null; otherwise fails as SetDimensions does, leaving this
+  /// image as it was.
+  virtual Error DeepCopy(const Image* pSrc) noexcept;
+
+  /// Shapes the image. stride is in bytes and is recorded as given.
+  ///
+  /// A buffer that is large enough is kept. Zero afterwards: all of a new buffer, all of a kept
+  /// buffer of our own whose shape changes, and always whatever lies past the packed pixels. The
+  /// pixels survive where the shape stays the same, and on a caller's buffer, where they are the
+  /// caller's frame.
+  ///
+  /// The image is unchanged by a failure: VORERROR_INVALID_PARAMETER for a shape over 4 GiB - 1,
+  /// VORERROR_BUFFER_TOO_SMALL on a caller's buffer, VORERROR_MEMORY_ALLOCATION_FAILED.
+  virtual Error SetDimensions(unsigned int rows, unsigned int cols, unsigned int stride,
+                              PixelFormat format, BayerTileFormat bayerFormat) noexcept;
+
+  virtual PixelFormat GetPixelFormat() const noexcept;
+  virtual ColorProcessingAlgorithm GetColorProcessing() const noexcept;
+  /// The method by which a conversion of this image, if it is raw, makes colour.
+  /// VORERROR_INVALID_PARAMETER for a value outside DEFAULT ... WEIGHTED_DIRECTIONAL_FILTER.
+  virtual Error SetColorProcessing(ColorProcessingAlgorithm method) noexcept;
+  virtual unsigned int GetRows() const noexcept;
+  virtual unsigned int GetCols() const noexcept;
+  /// Bytes from one row to the next, as recorded.
+  virtual unsigned int GetStride() const noexcept;
+  virtual unsigned int GetBitsPerPixel() const noexcept;
+  virtual BayerTileFormat GetBayerTileFormat() const noexcept;
+  /// rows x stride, in bytes.
+  virtual unsigned int GetDataSize() const noexcept;
+  /// The whole shape in one call; a null pointer skips that output.
+  virtual void GetDimensions(unsigned int* rows, unsigned int* cols, unsigned int* stride,
+                             PixelFormat* format, BayerTileFormat* bayerFormat) const noexcept;
+  /// The first byte; null for an image without a buffer.
+  virtual unsigned char* GetData() noexcept;
+  virtual const unsigned char* GetData() const noexcept;
+
+  /// Bits per pixel of every format that has a name (422YUV8_JPEG: 16); 0 for any other value.
+  static unsigned int DetermineBitsPerPixel(PixelFormat format) noexcept;
+
+  /// What DEFAULT stands for in this process; NEAREST_NEIGHBOR until it is set, the cheapest method
+  /// and the one that any mosaic supports.
+  static ColorProcessingAlgorithm GetDefaultColorProcessing() noexcept;
+  /// VORERROR_INVALID_PARAMETER for a value outside DEFAULT ... WEIGHTED_DIRECTIONAL_FILTER.
+  static Error SetDefaultColorProcessing(ColorProcessingAlgorithm method) noexcept;
+
+ private:
+  struct Shape {
+    unsigned int rows = 0;
+    unsigned int cols = 0;
+    unsigned int stride = 0;
+    PixelFormat format = UNSPECIFIED_PIXEL_FORMAT;
+    BayerTileFormat tile = NONE;
+  };
+
+  Error Reshape(const Shape& shape) noexcept;
+  void Swap(Image& other) noexcept;
+  void Release() noexcept;
+
+  Shape m_shape;
+  ColorProcessingAlgorithm m_colorProcessing = DEFAULT;
+  unsigned char* m_pData = nullptr;   // what GetData answers; null until shaped
+  unsigned char* m_pBuffer = nullptr;  // the memory, m_capacity bytes of it
+  std::size_t m_capacity = 0;
+  bool m_ownsBuffer = true;
+};
+
+}  // namespace Korvex2

@@ -1,0 +1,12 @@
+#pragma once
+
+/// All that a client of Korvex2 needs.
+
+#include "Error.h"
+#include "Image.h"
+#include "ImageConverterARMStub.h"
+#include "Korvex2Defs.h"
+#include "Korvex2Version.h"
+#include "PixelFormats.h"
+#include "Utilities.h"
+#include "routes/Routines.h"

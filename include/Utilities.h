@@ -1,0 +1,40 @@
+#pragma once
+
+/// Facts about the machine.
+
+#include <cstddef>
+
+#include "Error.h"
+#include "Korvex2Export.h"
+
+namespace Korvex2 {
+
+enum OSType { WINDOWS_X86 = 0, WINDOWS_X64 = 1, LINUX_X86 = 2, LINUX_X64 = 3, MAC = 4, UNKNOWN_OS = 5 };
+
+enum ByteOrder { BYTE_ORDER_LITTLE_ENDIAN = 0, BYTE_ORDER_BIG_ENDIAN = 1 };
+
+/// What GetSystemInfo tells. Texts are zero-terminated, cut to fit, and say "unknown" or "none"
+/// rather than nothing.
+struct SystemInfo {
+  OSType osType;  ///< LINUX_X64 for 64-bit Linux on any processor, Arm included
+  char osDescription[512];
+  ByteOrder byteOrder;
+  std::size_t sysMemSize;  ///< physical memory, bytes
+  char cpuDescription[512];
+  std::size_t numCpuCores;   ///< logical processors online
+  char driverList[512];      ///< camera, video and USB kernel modules loaded, comma-separated
+  char libraryList[512];     ///< shared libraries of this process, comma-separated
+  char gpuDescription[512];  ///< display adapters, comma-separated
+  std::size_t screenWidth;   ///< pixels of the first connected screen; 0 without a screen
+  std::size_t screenHeight;
+  unsigned int reserved[16];  ///< zero
+};
+
+class KORVEX2_API Utilities {
+ public:
+  /// Fills every field of *pSystemInfo from the running machine; byteOrder is set even when the
+  /// rest fails. VORERROR_INVALID_PARAMETER for a null pointer. Safe from many threads.
+  static Error GetSystemInfo(SystemInfo* pSystemInfo) noexcept;
+};
+
+}  // namespace Korvex2

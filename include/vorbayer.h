@@ -1,0 +1,71 @@
+/* The demosaic engine: one function that turns a Bayer mosaic into a colour picture.
+ *
+ * Plain C99, so that the engine serves C programs as well. */
+#ifndef KORVEX2_VORBAYER_H
+#define KORVEX2_VORBAYER_H
+
+#if defined(__GNUC__)
+#define VORBAYER_API __attribute__((visibility("default")))
+#else
+#define VORBAYER_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef enum BayerError {
+  beOK = 0,
+  beUNKNOWN_ERROR = 1,
+  beODD_ROWS = 2,        /* the height is not a multiple of the 2x2 tile */
+  beODD_COLS = 3,        /* the width is not a multiple of the 2x2 tile */
+  beINVALID_PATTERN = 4, /* a pattern or format that the engine does not know */
+  beFAILED = 5           /* a null buffer, a negative size, an unknown method, no memory */
+} BayerError;
+
+/* The colours of the top-left 2x2 tile, row by row. */
+typedef enum BayerPattern {
+  BAYER_PATTERN_RGGB = 0,
+  BAYER_PATTERN_GRBG = 1,
+  BAYER_PATTERN_GBRG = 2,
+  BAYER_PATTERN_BGGR = 3
+} BayerPattern;
+
+typedef enum BayerMethod {
+  BAYER_METHOD_NEAREST_NEIGHBOR = 0,
+  BAYER_METHOD_EDGE_SENSING = 1,
+  BAYER_METHOD_HQLINEAR = 2,
+  BAYER_METHOD_DIRECTIONAL_FILTER = 3,
+  BAYER_METHOD_WEIGHTED_DIRECTIONAL_FILTER = 4,
+  BAYER_METHOD_RIGOROUS = 5
+} BayerMethod;
+
+/* 16-bit samples of RAW16 are stored low byte first; 16-bit outputs are words of the host. */
+typedef enum BayerPixelFormat {
+  BAYER_PIXEL_FORMAT_RAW8 = 0,   /* one 8-bit mosaic sample; input only */
+  BAYER_PIXEL_FORMAT_RAW16 = 1,  /* one 16-bit mosaic sample; input only */
+  BAYER_PIXEL_FORMAT_BGR8 = 2,   /* bytes B, G, R */
+  BAYER_PIXEL_FORMAT_BGRU8 = 3,  /* bytes B, G, R, 0xFF */
+  BAYER_PIXEL_FORMAT_BGR16 = 4,  /* words B, G, R */
+  BAYER_PIXEL_FORMAT_BGRU16 = 5, /* words B, G, R, 0xFFFF */
+  BAYER_PIXEL_FORMAT_RGB8 = 6,   /* bytes R, G, B */
+  BAYER_PIXEL_FORMAT_RGBU8 = 7,  /* bytes R, G, B, 0xFF */
+  BAYER_PIXEL_FORMAT_RGB16 = 8,  /* words R, G, B */
+  BAYER_PIXEL_FORMAT_RGBU16 = 9  /* words R, G, B, 0xFFFF */
+} BayerPixelFormat;
+
+/* Demosaics rows x cols samples at pInput into rows x cols pixels at pOutput; both run row after
+ * row, top row first, without gaps. The buffers must not overlap.
+ *
+ * Odd rows, then odd cols, are refused; 0 x 0 is a success that touches nothing. On a failure
+ * nothing is written. Reentrant, keeps no state between calls. */
+VORBAYER_API BayerError bayerToColor(BayerPixelFormat inputFormat, const unsigned char* pInput,
+                                     int rows, int cols, BayerPixelFormat outputFormat,
+                                     unsigned char* pOutput, BayerMethod method,
+                                     BayerPattern pattern);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* KORVEX2_VORBAYER_H */

@@ -1,0 +1,106 @@
+#pragma once
+
+/// The converter.
+
+#include "Error.h"
+#include "Image.h"
+#include "Korvex2Defs.h"
+#include "Korvex2Export.h"
+#include "Singleton.h"
+#include "routes/Routines.h"
+#include "vorbayer.h"
+
+namespace Korvex2 {
+
+/// Converts a frame from one pixel format into another, exactly.
+///
+/// Share one instance through getInstance()/releaseInstance(), or make one: it holds a single flag.
+/// Concurrent calls on one converter are safe as long as no two write the same image.
+///
+/// Colour arithmetic is BT.601 with full range, in double precision, every narrowing truncated
+/// toward zero. Widening 8 to 16 bits multiplies by 257; narrowing keeps the high byte.
+class KORVEX2_API ImageConverter : public Singleton<ImageConverter> {
+ public:
+  ImageConverter();
+  virtual ~ImageConverter();
+
+  /// Converts *pSrc into destFormat, writing into *pDst.
+  ///
+  /// Shapes *pDst first: the source's rows, columns and Bayer tile, rows without padding; a buffer
+  /// that is large enough is reused. A request for the source's own format makes a full copy. Raw
+  /// sources are demosaiced as GetColorProcessing() of the source asks.
+  ///
+  /// Failures, in the order in which they are looked for:
+  ///   VORERROR_INVALID_PARAMETER  pSrc is null or has no buffer
+  ///   VORERROR_INVALID_PARAMETER  pDst is null
+  ///   VORERROR_FAILED             *pDst refused its shape; GetCause() says why
+  ///   VORERROR_INVALID_PARAMETER  destFormat is no target, or the source no source for it; *pDst
+  ///                               has been reshaped already
+  /// A route through a temporary image reports success even where one of its steps could not do
+  /// its work (a mosaic with odd sides, no memory for the temporary).
+  Error Convert(const Image* pSrc, PixelFormat destFormat, Image* pDst) const;
+
+  /// Always VORERROR_NOT_IMPLEMENTED; nothing is touched.
+  Error ConvertInPlace(Image* pImage, PixelFormat format) const;
+
+ protected:
+  // --- The routine of each target format: looks the source up and passes the pair on. -----------
+  Error ConvertToMono8(const Image* pSrc, Image* pDst) const;
+  Error ConvertToMono12(const Image* pSrc, Image* pDst) const;
+  Error ConvertToMono16(const Image* pSrc, Image* pDst) const;
+  Error ConvertToRGB(const Image* pSrc, Image* pDst) const;
+  Error ConvertToRGBU(const Image* pSrc, Image* pDst) const;
+  Error ConvertToRGB16(const Image* pSrc, Image* pDst) const;
+  Error ConvertToBGR(const Image* pSrc, Image* pDst) const;
+  Error ConvertToBGRU(const Image* pSrc, Image* pDst) const;
+  Error ConvertToBGR16(const Image* pSrc, Image* pDst) const;
+  Error ConvertToBGRU16(const Image* pSrc, Image* pDst) const;
+  Error ConvertToYUV411(const Image* pSrc, Image* pDst) const;
+  Error ConvertToYUV422(const Image* pSrc, Image* pDst) const;
+  Error ConvertToYUV444(const Image* pSrc, Image* pDst) const;
+  Error ConvertToRAW8(const Image* pSrc, Image* pDst) const;
+  Error ConvertToRAW12(const Image* pSrc, Image* pDst) const;
+  Error ConvertToRAW16(const Image* pSrc, Image* pDst) const;
+
+  // --- Every conversion routine, kernel and primitive: a member per row of Routines.def. --------
+#define KERNEL(routine, ...) Error routine(const Image* pSrc, Image* pDst) const;
+#define WRAPPER(routine, ...) Error routine(const Image* pSrc, Image* pDst) const;
+#define CHAIN(routine, ...) Error routine(const Image* pSrc, Image* pDst) const;
+#define DEMOSAIC(routine) Error routine(const Image* pSrc, Image* pDst) const;
+#include "routes/Routines.def"
+
+  // --- Helpers. ---------------------------------------------------------------------------------
+
+  /// Shapes *pTemporary to the source's rows, columns and tile in `format`, rows without padding.
+  Error TempImage(const Image* pSrc, Image* pTemporary, PixelFormat format) const;
+
+  /// rows x columns, wrapping at 32 bits; 0 for null.
+  unsigned int GetNumberOfPixels(const Image* pImage) const;
+
+  /// Saturates to 0 ... 255.
+  unsigned char Clamp_8bit(short value) const;
+
+  // --- The bridge to the demosaic engine. -------------------------------------------------------
+  Error ProcessImage(PixelFormat srcPixFmt, const unsigned char* pInputBuffer, unsigned int srcRows,
+                     unsigned int srcCols, PixelFormat destPixFmt, unsigned char* pOutputBuffer,
+                     ColorProcessingAlgorithm algorithm, BayerTileFormat tilePattern) const;
+  /// RAW8 for a format that the engine does not know.
+  BayerPixelFormat TranslateToBayerPixelFormat(PixelFormat pixFmt) const;
+  /// NEAREST_NEIGHBOR for a method that the engine is never asked for.
+  BayerMethod TranslateToBayerMethod(ColorProcessingAlgorithm algorithm) const;
+  /// RGGB for a tile that is none of the four.
+  BayerPattern TranslateToBayerPattern(BayerTileFormat tile) const;
+
+  /// Whether the host stores the low byte of a word first; fixed at construction.
+  bool m_LittleEndian;
+
+ private:
+  Error Dispatch(PixelFormat target, int line, const Image* pSrc, Image* pDst) const;
+  Error Run(Routine routine, const Image* pSrc, Image* pDst) const;
+  Error RunKernel(const RoutineInfo& info, const Image* pSrc, Image* pDst) const;
+  Error RunChain(const RoutineInfo& info, const Image* pSrc, Image* pDst) const;
+};
+
+extern template class KORVEX2_API Singleton<ImageConverter>;
+
+}  // namespace Korvex2
