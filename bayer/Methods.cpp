@@ -3,19 +3,21 @@
 #include <cstddef>
 #include <iterator>
 
+#include "EdgeSensing.h"
 #include "HqLinear.h"
+#include "NearestNeighbor.h"
 
 namespace Korvex2::Bayer {
 namespace {
 
 // In the order of BayerMethod.
 constexpr const Method* kMethods[] = {
-    &kHqLinear,  // nearest neighbour
-    &kHqLinear,  // edge sensing
-    &kHqLinear,  // HQ linear
-    &kHqLinear,  // directional filter
-    &kHqLinear,  // weighted directional filter
-    &kHqLinear,  // rigorous
+    &kNearestNeighbor,  // nearest neighbour
+    &kEdgeSensing,      // edge sensing
+    &kHqLinear,         // HQ linear
+    &kHqLinear,         // directional filter
+    &kHqLinear,         // weighted directional filter
+    &kHqLinear,         // rigorous
 };
 
 }  // namespace
