@@ -60,8 +60,8 @@ class Rows {
  public:
   explicit Rows(const Block<Sample>& block)
       : block_(block),
-        stride_(edgeSensingGreenStride(block.cols, sizeof(Sample))),
-        green_(static_cast<Sample*>(block.scratch) + stride_ * kEdgeSensingGreenMargin +
+        stride_(edgeSensingScratchStride(block.cols, sizeof(Sample))),
+        green_(static_cast<Sample*>(block.scratch) + stride_ * kEdgeSensingScratchMargin +
                kVectorBytes / static_cast<int>(sizeof(Sample))) {}
 
   bool isGreen(int y, int x) const { return ((y ^ x ^ block_.redRow ^ block_.redColumn) & 1) != 0; }
@@ -117,12 +117,12 @@ void edgeSensing(const Block<Sample>& block) {
 }
 
 std::size_t scratchBytes(int rows, int cols, int sampleBytes) {
-  return static_cast<std::size_t>(rows + 2 * kEdgeSensingGreenMargin) *
-         static_cast<std::size_t>(edgeSensingGreenStride(cols, sampleBytes) * sampleBytes);
+  return static_cast<std::size_t>(rows + 2 * kEdgeSensingScratchMargin) *
+         static_cast<std::size_t>(edgeSensingScratchStride(cols, sampleBytes) * sampleBytes);
 }
 
 BlockFunctions functions([[maybe_unused]] Target target) {
-#if KORVEX2_WITH_HIGHWAY && 0
+#if KORVEX2_WITH_HIGHWAY
   if (target != Target::kPlain) return edgeSensingSimd(target);
 #endif
   return {edgeSensing<std::uint8_t>, edgeSensing<std::uint16_t>};

@@ -21,7 +21,6 @@ void hqLinearRow(const Sample* const* mosaic, int cols, Sample* own, Sample* gre
                  Sample* opposite) {
   constexpr bool kC = !kColourFirst;
   constexpr bool kG = kColourFirst;
-  constexpr Sample kType{};
   using hn::Add;
   using hn::ShiftLeft;
   using hn::Sub;
@@ -38,16 +37,17 @@ void hqLinearRow(const Sample* const* mosaic, int cols, Sample* own, Sample* gre
     const auto samplesAbove = loadSamples(above);
     const auto samplesBelow = loadSamples(below);
 
-    const auto colourBefore = half<kC>(samplesBefore, kType);
-    const auto colour = half<kC>(samples, kType);
-    const auto colourAfter = half<kC>(samplesAfter, kType);
-    const auto greenBefore = half<kG>(samplesBefore, kType);
-    const auto greenHere = half<kG>(samples, kType);
-    const auto greenAfter = half<kG>(samplesAfter, kType);
-    const auto adjacentGreen = Add(half<kC>(samplesAbove, kType), half<kC>(samplesBelow, kType));
-    const auto adjacentOpposite = Add(half<kG>(samplesAbove, kType), half<kG>(samplesBelow, kType));
-    const auto twoColour = Add(half<kC>(twoAbove, kType), half<kC>(twoBelow, kType));
-    const auto twoGreen = Add(half<kG>(twoAbove, kType), half<kG>(twoBelow, kType));
+    const auto colourBefore = half<Sample, kC>(samplesBefore);
+    const auto colour = half<Sample, kC>(samples);
+    const auto colourAfter = half<Sample, kC>(samplesAfter);
+    const auto greenBefore = half<Sample, kG>(samplesBefore);
+    const auto greenHere = half<Sample, kG>(samples);
+    const auto greenAfter = half<Sample, kG>(samplesAfter);
+    const auto adjacentGreen = Add(half<Sample, kC>(samplesAbove), half<Sample, kC>(samplesBelow));
+    const auto adjacentOpposite =
+        Add(half<Sample, kG>(samplesAbove), half<Sample, kG>(samplesBelow));
+    const auto twoColour = Add(half<Sample, kC>(twoAbove), half<Sample, kC>(twoBelow));
+    const auto twoGreen = Add(half<Sample, kG>(twoAbove), half<Sample, kG>(twoBelow));
 
     // On the side where a pair's partner lies in the neighbouring pair.
     constexpr int kOutward = kColourFirst ? -2 : 2;
@@ -74,10 +74,10 @@ void hqLinearRow(const Sample* const* mosaic, int cols, Sample* own, Sample* gre
     const auto otherSum =
         Add(Add(base, Add(twoBeside, ShiftLeft<1>(twoBeside))), ShiftLeft<3>(adjacentOpposite));
 
-    storePlaces<kColourFirst>(colour, rounded<4>(ownSum, kType), own + x);
-    storePlaces<kColourFirst>(rounded<3>(greenSum, kType), greenHere, green + x);
-    storePlaces<kColourFirst>(rounded<4>(oppositeSum, kType), rounded<4>(otherSum, kType),
-                              opposite + x);
+    storePlaces<kColourFirst>(colour, inRange<Sample>(mean<Sample, 4>(ownSum)), own + x);
+    storePlaces<kColourFirst>(inRange<Sample>(mean<Sample, 3>(greenSum)), greenHere, green + x);
+    storePlaces<kColourFirst>(inRange<Sample>(mean<Sample, 4>(oppositeSum)),
+                              inRange<Sample>(mean<Sample, 4>(otherSum)), opposite + x);
   }
 }
 

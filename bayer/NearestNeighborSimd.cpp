@@ -15,7 +15,7 @@ namespace Korvex2::Bayer::HWY_NAMESPACE {
 // Both samples of each pair become its first or its second.
 template <bool kSecond, typename Sample>
 HWY_INLINE void storeTwice(Samples<Sample> samples, Sample* to) {
-  const auto value = half<kSecond>(samples, Sample{});
+  const auto value = half<Sample, kSecond>(samples);
   storeHalves<Sample>(value, value, to);
 }
 

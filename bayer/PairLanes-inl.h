@@ -42,13 +42,16 @@ template <typename Sample>
 using Wide = hn::Vec<WideTag<Sample>>;
 
 template <typename Sample>
+using Lane = hn::TFromD<WideTag<Sample>>;
+
+template <typename Sample>
 HWY_INLINE Samples<Sample> loadSamples(const Sample* from) {
   return hn::LoadU(SampleTag<Sample>(), from);
 }
 
 /// The samples in even places, if kSecond is false, or those in odd places.
-template <bool kSecond, typename Sample>
-HWY_INLINE Wide<Sample> half(hn::Vec<SampleTag<Sample>> samples, Sample /*selects the type*/) {
+template <typename Sample, bool kSecond>
+HWY_INLINE Wide<Sample> half(Samples<Sample> samples) {
   constexpr int kBits = 8 * sizeof(Sample);
   const hn::RepartitionToWide<SampleTag<Sample>> tag;
   const auto pairs = hn::BitCast(tag, samples);
@@ -64,7 +67,7 @@ HWY_INLINE Wide<Sample> half(hn::Vec<SampleTag<Sample>> samples, Sample /*select
 /// The same of the samples at an address.
 template <bool kSecond, typename Sample>
 HWY_INLINE Wide<Sample> loadHalf(const Sample* from) {
-  return half<kSecond>(loadSamples(from), Sample{});
+  return half<Sample, kSecond>(loadSamples(from));
 }
 
 /// Stores even and odd places, which must lie within the samples' range.
@@ -88,15 +91,19 @@ HWY_INLINE void storePlaces(Wide<Sample> atColour, Wide<Sample> atGreen, Sample*
   }
 }
 
-/// (sum + half) >> kShift, brought into the samples' range.
-template <int kShift, typename Sample>
-HWY_INLINE Wide<Sample> rounded(Wide<Sample> sum, Sample /*selects the type*/) {
+/// Brings values into the samples' range.
+template <typename Sample>
+HWY_INLINE Wide<Sample> inRange(Wide<Sample> value) {
   const WideTag<Sample> tag;
-  using Lane = hn::TFromD<WideTag<Sample>>;
-  const auto scaled =
-      hn::ShiftRight<kShift>(hn::Add(sum, hn::Set(tag, static_cast<Lane>(1 << (kShift - 1)))));
-  return hn::Min(hn::Max(scaled, hn::Zero(tag)),
-                 hn::Set(tag, static_cast<Lane>(std::numeric_limits<Sample>::max())));
+  constexpr auto kMost = static_cast<Lane<Sample>>(std::numeric_limits<Sample>::max());
+  return hn::Min(hn::Max(value, hn::Zero(tag)), hn::Set(tag, kMost));
+}
+
+/// The sum divided by 2^kShift, rounded to the nearest, halves upwards.
+template <typename Sample, int kShift>
+HWY_INLINE Wide<Sample> mean(Wide<Sample> sum) {
+  constexpr auto kHalf = static_cast<Lane<Sample>>(1 << (kShift - 1));
+  return hn::ShiftRight<kShift>(hn::Add(sum, hn::Set(WideTag<Sample>(), kHalf)));
 }
 
 }  // namespace Korvex2::Bayer::HWY_NAMESPACE
