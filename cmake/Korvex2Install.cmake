@@ -2,6 +2,14 @@
 include(CMakePackageConfigHelpers)
 
 set(KORVEX2_INCLUDE_DIR ${CMAKE_INSTALL_INCLUDEDIR}/korvex2)
+# A static library leaves linking Highway to its client.
+set(KORVEX2_NEEDS_HIGHWAY OFF)
+set(KORVEX2_PC_HIGHWAY "")
+if(NOT BUILD_SHARED_LIBS AND TARGET hwy::hwy)
+  set(KORVEX2_NEEDS_HIGHWAY ON)
+  set(KORVEX2_PC_HIGHWAY "-lhwy")
+endif()
+
 set(KORVEX2_CMAKE_DIR   ${CMAKE_INSTALL_LIBDIR}/cmake/Korvex2)
 
 install(TARGETS Korvex2 EXPORT Korvex2Targets)
