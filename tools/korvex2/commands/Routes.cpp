@@ -84,8 +84,7 @@ std::vector<Route> RoutesOf(const PixelFormatInfo* from, const PixelFormatInfo* 
   return routes;
 }
 
-// --- Text
-// ------------------------------------------------------------------------------------------
+// --- Text ----------------------------------------------------------------------------------------
 
 // How many passes over the pixels, d for a demosaicing one.
 std::string Symbol(const Route& route) {
@@ -188,8 +187,7 @@ void PrintSteps(const Route& route) {
   fmt::print("\nKernels that run: {}\n", PassNames(route));
 }
 
-// --- JSON
-// ------------------------------------------------------------------------------------------
+// --- JSON ----------------------------------------------------------------------------------------
 
 std::string JsonOf(const Call& call) {
   return fmt::format(R"({{"name": {}, "from": {}, "to": {}}})", Json(call.routine->name),
