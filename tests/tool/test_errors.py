@@ -47,7 +47,7 @@ def test_usage(png, arguments, hint):
 
 @pytest.mark.parametrize("name, meant", [
     ("rgb9", "rgb8"), ("bgur", "bgru"), ("mno8", "mono8"), ("yuv442", "yuv422"), ("Mono12Pakced", "mono12"),
-    ("raw 8", "raw8"), ("UYVI", "yuv422"), ("", "formats"), ("completely else", "formats"), ("x" * 10000, "formats"),
+    ("raw 8", "raw8"), ("UYVI", "yuv422"), ("", ""), ("completely else", "formats"), ("x" * 10000, "formats"),
     ("MONO8\nMONO16", "formats")])
 @pytest.mark.parametrize("option", ["--to", "--from"])
 def test_unknown_formats_suggest_the_nearest(png, name, meant, option):

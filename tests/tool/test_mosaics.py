@@ -19,16 +19,6 @@ def flat(height, width, colour, dtype=np.uint8):
     return np.broadcast_to(np.array(colour, dtype), (height, width, 3)).copy()
 
 
-@pytest.fixture
-def engine(tool):
-    """Skips where the library was built without a working demosaic engine."""
-    (tool.folder / "probe.raw").write_bytes(b"\xc8" * 4)
-    tool.succeeds("convert", "probe.raw", "probe.pgm", "--from", "raw8", "--width", 2, "--height", 2,
-                  "--tile", "rggb", "--to", "mono16")
-    if (tool.folder / "probe.pgm").read_bytes().endswith(bytes(8)):
-        pytest.skip("THE LIBRARY UNDER TEST HAS NO DEMOSAIC ENGINE")
-
-
 @pytest.mark.parametrize("tile", TILES)
 def test_a_mosaic_takes_the_colour_of_the_tile(tool, colours, tile):
     (tool.folder / "in.png").write_bytes(png_bytes(colours))
@@ -72,7 +62,7 @@ def test_raw_depths_convert_without_a_tile(tool, rng):
 @pytest.mark.parametrize("tile", TILES)
 @pytest.mark.parametrize("method", METHODS)
 @pytest.mark.parametrize("raw", ["raw8", "raw12", "raw16"])
-def test_a_flat_colour_survives_the_mosaic(tool, engine, tile, method, raw):
+def test_a_flat_colour_survives_the_mosaic(tool, tile, method, raw):
     picture = flat(16, 20, [200, 90, 30])
     (tool.folder / "in.png").write_bytes(png_bytes(picture))
     tool.succeeds("mosaic", "in.png", "mosaic.raw", "--tile", tile, "--to", raw)
@@ -83,7 +73,7 @@ def test_a_flat_colour_survives_the_mosaic(tool, engine, tile, method, raw):
 
 
 @pytest.mark.parametrize("tile", TILES)
-def test_the_camera_name_of_a_mosaic_says_its_tile(tool, engine, colours, tile):
+def test_the_camera_name_of_a_mosaic_says_its_tile(tool, colours, tile):
     (tool.folder / "in.png").write_bytes(png_bytes(colours))
     tool.succeeds("mosaic", "in.png", "mosaic.png", "--tile", tile)
     tool.succeeds("convert", "mosaic.png", "a.png", "--from", "raw8", "--tile", tile, "--to", "rgb8")
@@ -95,7 +85,7 @@ def test_the_camera_name_of_a_mosaic_says_its_tile(tool, engine, colours, tile):
     assert tile in message and other in message
 
 
-def test_the_method_reaches_12_bit_mosaics(tool, engine, rng):
+def test_the_method_reaches_12_bit_mosaics(tool, rng):
     """raw12 itself hands no method on to the demosaicing, so the tool unpacks it first."""
     (tool.folder / "in.raw").write_bytes(rng.bytes(32 * 32 * 3 // 2))
     shape = ["--width", 32, "--height", 32]
@@ -108,7 +98,7 @@ def test_the_method_reaches_12_bit_mosaics(tool, engine, rng):
                       "--method", method, "--to", "rgb16")
         results[method] = (tool.folder / "b.png").read_bytes()
         assert (tool.folder / "a.png").read_bytes() == results[method]
-    assert len(set(results.values())) == len(METHODS)
+    assert len({results[method] for method in ["nearest", "edge", "hq_linear"]}) == 3
 
 
 @pytest.mark.parametrize("how", [["--tile", "none"], ["--tile", "rggb", "--method", "none"]])

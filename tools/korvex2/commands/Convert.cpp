@@ -104,16 +104,21 @@ void AddConvertCommand(CLI::App& app, const Globals& globals) {
   command->add_option("input", options->input, "The file to read")->required();
   command->add_option("output", options->output, "The file to write")->required();
   command->add_option("--to", options->to, "Pixel format to write")->required();
-  command->add_option("--from", options->from,
-                      "Pixel format of the input, where the file does not say");
+  command
+      ->add_option("--from", options->from,
+                   "Pixel format of the input, where the file does not say")
+      ->check(NotEmpty);
   command->add_option("--width", options->width, "Pixels a row, of a headerless input")
       ->check(CLI::Range(1U, 0xffffffffU));
   command->add_option("--height", options->height, "Rows, of a headerless input")
       ->check(CLI::Range(1U, 0xffffffffU));
-  command->add_option("--tile", options->tile, "Bayer tile of a raw input: " + TileNames());
-  command->add_option(
-      "--method", options->method,
-      "How to make colour of a raw input: " + MethodNames() + "; none shows the mosaic as grey");
+  command->add_option("--tile", options->tile, "Bayer tile of a raw input: " + TileNames())
+      ->check(NotEmpty);
+  command
+      ->add_option(
+          "--method", options->method,
+          "How to make colour of a raw input: " + MethodNames() + "; none shows the mosaic as grey")
+      ->check(NotEmpty);
   command->footer("\n" + ContainerHelp() + kNotes);
   command->callback([options, &globals] { Run(*options, globals); });
 }

@@ -241,8 +241,8 @@ void AddRoutesCommand(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   CLI::App* command =
       app.add_subcommand("routes", "Show which kernels run for which pair of formats");
-  command->add_option("--from", options->from, "Only from this format");
-  command->add_option("--to", options->to, "Only to this format");
+  command->add_option("--from", options->from, "Only from this format")->check(NotEmpty);
+  command->add_option("--to", options->to, "Only to this format")->check(NotEmpty);
   command->add_flag("--json", options->json, "Print JSON");
   command->callback([options] { Run(*options); });
 }
