@@ -103,8 +103,7 @@ class Canvas {
   int m_height;
 };
 
-// --- Lettering
-// -------------------------------------------------------------------------------------
+// --- Lettering -----------------------------------------------------------------------------------
 
 // 5 x 7 dots, a row of 5 bits each, the top row first.
 struct Glyph {
@@ -123,9 +122,6 @@ constexpr Glyph kGlyphs[] = {
     {'G', {0x0e, 0x11, 0x10, 0x17, 0x11, 0x11, 0x0f}},
     {'B', {0x1e, 0x11, 0x11, 0x1e, 0x11, 0x11, 0x1e}},
     {'W', {0x11, 0x11, 0x11, 0x15, 0x15, 0x15, 0x0a}},
-    {'1', {0x04, 0x0c, 0x04, 0x04, 0x04, 0x04, 0x0e}},
-    {'3', {0x1f, 0x02, 0x04, 0x02, 0x01, 0x11, 0x0e}},
-    {'4', {0x02, 0x06, 0x0a, 0x12, 0x1f, 0x02, 0x02}},
 };
 
 // Letters `scale` pixels a dot.
@@ -142,8 +138,7 @@ void Write(Canvas& canvas, int x, int y, int scale, std::string_view text, const
   }
 }
 
-// --- The fields of the chart
-// -----------------------------------------------------------------------
+// --- The fields of the chart ---------------------------------------------------------------------
 
 // Two rows of full colours, two of the muted ones that pictures are made of.
 constexpr int kPatchColumns = 8;
@@ -249,7 +244,7 @@ void Draw(Canvas& canvas) {
 
   const Rect inner = all.Inset(unit);
   const int title = inner.h / 14;
-  const int dot = title / 10;
+  const int dot = std::min(title / 10, inner.w / 42);
   if (dot > 0) {
     Write(canvas, inner.x, inner.y, dot, "KORVEX2", kInk);
   }

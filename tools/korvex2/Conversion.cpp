@@ -3,6 +3,7 @@
 #include <cstring>
 #include <string>
 
+#include "CheckConversion.h"
 #include "Failure.h"
 #include "ImageConverterARMStub.h"
 #include "Names.h"
@@ -27,13 +28,15 @@ std::string TargetsOf(PixelFormat source) {
   return names;
 }
 
-bool IsDemosaiced(const Image& source, PixelFormat target) {
-  return IsRaw(source.GetPixelFormat()) && !IsRaw(target) && source.GetBayerTileFormat() != NONE &&
-         source.GetColorProcessing() != NO_COLOR_PROCESSING;
+std::string Describe(const Error& error) {
+  std::string text = error.GetMessage();
+  for (const Error* cause = error.GetCause(); cause != nullptr; cause = cause->GetCause()) {
+    text += fmt::format(" {}", cause->GetMessage());
+  }
+  return text;
 }
 
-// The one place that asks whether a conversion will do what it says. A route through a temporary
-// reports success even where a step of it could not do its work.
+// The one place that asks whether a conversion will do what it says.
 void CheckBeforehand(const Image& source, PixelFormat target) {
   const PixelFormat format = source.GetPixelFormat();
   if (IsRefused(format, target)) {
@@ -41,22 +44,11 @@ void CheckBeforehand(const Image& source, PixelFormat target) {
         "{} cannot be converted to {}{}; it can be converted to {}", NameOf(format), NameOf(target),
         IsRaw(target) ? " ('korvex2 mosaic' makes a mosaic of a picture)" : "", TargetsOf(format));
   }
-  const unsigned width = source.GetCols();
-  const unsigned height = source.GetRows();
-  if (IsDemosaiced(source, target) && (width % 2 != 0 || height % 2 != 0)) {
-    throw Failure(
-        "a mosaic of {} x {} pixels cannot be demosaiced: both sides must be even; crop it"
-        " to {} x {}, or take it as grey with --tile none",
-        width, height, width / 2 * 2, height / 2 * 2);
+  const Error error = CheckConversion(source, target);
+  if (error != VORERROR_OK) {
+    throw Failure("{} x {} pixels of {} cannot be converted to {}: {}", source.GetCols(),
+                  source.GetRows(), NameOf(format), NameOf(target), Describe(error));
   }
-}
-
-std::string Describe(const Error& error) {
-  std::string text = error.GetMessage();
-  for (const Error* cause = error.GetCause(); cause != nullptr; cause = cause->GetCause()) {
-    text += fmt::format(" ({})", cause->GetMessage());
-  }
-  return text;
 }
 
 PixelFormat AsGrey(PixelFormat raw) {
@@ -89,6 +81,9 @@ Image Converted(const Image& source, PixelFormat target) {
 
 Image Converted(Image source, PixelFormat target, ColorProcessingAlgorithm method) {
   const PixelFormat format = source.GetPixelFormat();
+  if (format == target) {
+    return source;  // a copy would lose what a begun group holds past the last pixel
+  }
   if (!IsRaw(format) || IsRaw(target)) {
     return Converted(source, target);
   }

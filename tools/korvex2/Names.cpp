@@ -22,6 +22,14 @@ constexpr Named<BayerTileFormat> kTiles[] = {
     {"rggb", RGGB}, {"grbg", GRBG}, {"gbrg", GBRG}, {"bggr", BGGR}, {"none", NONE},
 };
 
+// How the names of mosaics in GenICam's naming convention begin: BayerRG8, BayerRG12Packed ...
+constexpr Named<BayerTileFormat> kTilePrefixes[] = {
+    {"bayerrg", RGGB},
+    {"bayergr", GRBG},
+    {"bayergb", GBRG},
+    {"bayerbg", BGGR},
+};
+
 constexpr Named<ColorProcessingAlgorithm> kMethods[] = {
     {"nearest", NEAREST_NEIGHBOR}, {"edge", EDGE_SENSING},
     {"hq_linear", HQ_LINEAR},      {"directional", DIRECTIONAL_FILTER},
@@ -58,19 +66,23 @@ Value Parse(std::span<const Named<Value>> rows, std::string_view option, std::st
   throw UsageFailure("{} '{}' is unknown; it is one of {}", option, name, Join(rows));
 }
 
-// Insertions, deletions and replacements that turn one word into the other.
+// Insertions, deletions, replacements and swaps of neighbours that turn one word into the other.
 std::size_t EditDistance(std::string_view a, std::string_view b) {
-  std::vector<std::size_t> row(b.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    std::size_t diagonal = std::exchange(row[0], i + 1);
-    for (std::size_t j = 0; j < b.size(); ++j) {
-      const std::size_t replaced = diagonal + (a[i] == b[j] ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
+  std::vector<std::vector<std::size_t>> d(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
+  for (std::size_t i = 0; i <= a.size(); ++i) {
+    for (std::size_t j = 0; j <= b.size(); ++j) {
+      if (i == 0 || j == 0) {
+        d[i][j] = i + j;
+        continue;
+      }
+      const std::size_t replaced = d[i - 1][j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1);
+      d[i][j] = std::min({replaced, d[i - 1][j] + 1, d[i][j - 1] + 1});
+      if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) {
+        d[i][j] = std::min(d[i][j], d[i - 2][j - 2] + 1);
+      }
     }
   }
-  return row.back();
+  return d[a.size()][b.size()];
 }
 
 // The nearest of a format's names and aliases.
@@ -89,7 +101,7 @@ std::size_t DistanceTo(const PixelFormatInfo& format, std::string_view wanted) {
 // "mono8 or mono16", or nothing when no name is near.
 std::string Suggestion(std::string_view name) {
   constexpr std::size_t kMost = 3;
-  const std::string wanted = Lower(name);
+  const std::string wanted = Lower(name.substr(0, 40));
   std::vector<std::pair<std::size_t, std::string_view>> near;
   for (const PixelFormatInfo& format : PixelFormats()) {
     near.emplace_back(DistanceTo(format, wanted), format.name);
@@ -121,6 +133,22 @@ const PixelFormatInfo& ParseFormat(std::string_view option, std::string_view nam
 
 BayerTileFormat ParseTile(std::string_view name) {
   return Parse<BayerTileFormat>(kTiles, "--tile", name);
+}
+
+std::optional<BayerTileFormat> TileInFormatName(std::string_view name) {
+  const std::string wanted = Lower(name);
+  for (const auto& prefix : kTilePrefixes) {
+    if (wanted.starts_with(prefix.name)) {
+      return prefix.value;
+    }
+  }
+  return std::nullopt;
+}
+
+std::string_view NameOf(BayerTileFormat tile) {
+  const auto* row = std::find_if(std::begin(kTiles), std::end(kTiles),
+                                 [tile](const auto& known) { return known.value == tile; });
+  return row == std::end(kTiles) ? "unknown" : row->name;
 }
 
 ColorProcessingAlgorithm ParseMethod(std::string_view name) {

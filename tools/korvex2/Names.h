@@ -2,6 +2,7 @@
 
 /// What users call things: pixel formats, Bayer tiles, demosaic methods.
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -15,6 +16,11 @@ const PixelFormatInfo& ParseFormat(std::string_view option, std::string_view nam
 
 /// "rggb" ... "none", as in the name of the top-left 2x2; UsageFailure for anything else.
 BayerTileFormat ParseTile(std::string_view name);
+
+/// The tile that a name such as BayerRG8 says along with the format; nothing for other names.
+std::optional<BayerTileFormat> TileInFormatName(std::string_view name);
+
+std::string_view NameOf(BayerTileFormat tile);
 
 /// "nearest" ... "default"; UsageFailure for anything else.
 ColorProcessingAlgorithm ParseMethod(std::string_view name);

@@ -55,13 +55,20 @@ std::string HelpHint(const CLI::App& app) {
   return "korvex2 --help";
 }
 
+std::string Describe(const CLI::App& app, const CLI::ParseError& error) {
+  if (app.get_subcommands().empty() && !app.remaining().empty()) {
+    return fmt::format("'{}' is no subcommand", app.remaining().front());
+  }
+  return error.what();
+}
+
 int Parse(CLI::App& app, int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& wanted) {  // --help, --version
     return app.exit(wanted);
   } catch (const CLI::ParseError& error) {
-    Report(fmt::format("{}; see {}", error.what(), HelpHint(app)));
+    Report(fmt::format("{}; see {}", Describe(app, error), HelpHint(app)));
     return kUsage;
   }
   return 0;

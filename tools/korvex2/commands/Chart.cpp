@@ -55,8 +55,10 @@ void AddChartCommand(CLI::App& app, const Globals& globals) {
       ->check(CLI::Range(1U, 0xffffffffU))
       ->capture_default_str();
   command->add_option("--to", options->to, "Pixel format to write")->capture_default_str();
-  command->add_option("--tile", options->tile,
-                      "Bayer tile of a raw format: rggb (the default), grbg, gbrg or bggr");
+  command
+      ->add_option("--tile", options->tile,
+                   "Bayer tile of a raw format: rggb (the default), grbg, gbrg or bggr")
+      ->check(NotEmpty);
   command->footer(
       "\nThe chart is drawn in 16 bits a channel and converted like any other picture; for the "
       "raw\n"

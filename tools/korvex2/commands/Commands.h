@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <string>
 #include <utility>
 
 namespace Korvex2::Tool {
@@ -21,6 +22,11 @@ struct Globals {
     }
   }
 };
+
+/// Refuses an empty value, which would otherwise count as an option that was not given.
+inline std::string NotEmpty(const std::string& value) {
+  return value.empty() ? "a name is missing" : "";
+}
 
 void AddConvertCommand(CLI::App& app, const Globals& globals);
 void AddFormatsCommand(CLI::App& app);

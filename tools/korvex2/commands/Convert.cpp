@@ -1,6 +1,7 @@
 // korvex2 convert: one file into another, in another pixel format.
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "Conversion.h"
@@ -24,7 +25,7 @@ struct Options {
 };
 
 constexpr const char* kNotes = R"(
-A raw source needs --tile, its top-left 2x2 in reading order:
+A raw source needs --tile, its top-left 2x2 in reading order, or a name that says it (BayerRG8):
   rggb: R G   grbg: G R   gbrg: G B   bggr: B G   none: no mosaic, the samples
         G B         B G         R G         G R         are taken as grey
 An output that exists is replaced once the new one is complete.
@@ -36,10 +37,24 @@ Examples:
   korvex2 convert mosaic.png photo.png --from raw8 --tile rggb --method hq_linear --to bgru
   korvex2 convert frame.raw photo.png --from Mono12Packed --width 640 --height 480 --to mono16)";
 
+// --tile, or the tile that --from names.
+std::optional<BayerTileFormat> TileOf(const Options& options) {
+  const std::optional<BayerTileFormat> named = TileInFormatName(options.from);
+  if (options.tile.empty()) {
+    return named;
+  }
+  const BayerTileFormat tile = ParseTile(options.tile);
+  if (named && tile != NONE && tile != *named) {
+    throw UsageFailure("--from {} is tile {}, and --tile says {}; leave one of them out",
+                       options.from, NameOf(*named), NameOf(tile));
+  }
+  return tile;
+}
+
 // What the options ask of a raw source must be there, and must not be asked of any other.
 void CheckRawOptions(const Options& options, PixelFormat source, PixelFormat target) {
   const bool demosaics = IsRaw(source) && !IsRaw(target);
-  if (demosaics && options.tile.empty()) {
+  if (demosaics && !TileOf(options)) {
     throw UsageFailure("a {} source needs --tile, the colours of its top-left 2x2: {}",
                        NameOf(source), TileNames());
   }
@@ -58,7 +73,7 @@ InputShape ShapeOf(const Options& options) {
   shape.format = options.from.empty() ? nullptr : &ParseFormat("--from", options.from);
   shape.width = options.width;
   shape.height = options.height;
-  shape.tile = options.tile.empty() ? NONE : ParseTile(options.tile);
+  shape.tile = TileOf(options).value_or(NONE);
   return shape;
 }
 
@@ -89,16 +104,21 @@ void AddConvertCommand(CLI::App& app, const Globals& globals) {
   command->add_option("input", options->input, "The file to read")->required();
   command->add_option("output", options->output, "The file to write")->required();
   command->add_option("--to", options->to, "Pixel format to write")->required();
-  command->add_option("--from", options->from,
-                      "Pixel format of the input, where the file does not say");
+  command
+      ->add_option("--from", options->from,
+                   "Pixel format of the input, where the file does not say")
+      ->check(NotEmpty);
   command->add_option("--width", options->width, "Pixels a row, of a headerless input")
       ->check(CLI::Range(1U, 0xffffffffU));
   command->add_option("--height", options->height, "Rows, of a headerless input")
       ->check(CLI::Range(1U, 0xffffffffU));
-  command->add_option("--tile", options->tile, "Bayer tile of a raw input: " + TileNames());
-  command->add_option(
-      "--method", options->method,
-      "How to make colour of a raw input: " + MethodNames() + "; none shows the mosaic as grey");
+  command->add_option("--tile", options->tile, "Bayer tile of a raw input: " + TileNames())
+      ->check(NotEmpty);
+  command
+      ->add_option(
+          "--method", options->method,
+          "How to make colour of a raw input: " + MethodNames() + "; none shows the mosaic as grey")
+      ->check(NotEmpty);
   command->footer("\n" + ContainerHelp() + kNotes);
   command->callback([options, &globals] { Run(*options, globals); });
 }

@@ -84,8 +84,7 @@ std::vector<Route> RoutesOf(const PixelFormatInfo* from, const PixelFormatInfo* 
   return routes;
 }
 
-// --- Text
-// ------------------------------------------------------------------------------------------
+// --- Text ----------------------------------------------------------------------------------------
 
 // How many passes over the pixels, d for a demosaicing one.
 std::string Symbol(const Route& route) {
@@ -188,8 +187,7 @@ void PrintSteps(const Route& route) {
   fmt::print("\nKernels that run: {}\n", PassNames(route));
 }
 
-// --- JSON
-// ------------------------------------------------------------------------------------------
+// --- JSON ----------------------------------------------------------------------------------------
 
 std::string JsonOf(const Call& call) {
   return fmt::format(R"({{"name": {}, "from": {}, "to": {}}})", Json(call.routine->name),
@@ -243,8 +241,8 @@ void AddRoutesCommand(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   CLI::App* command =
       app.add_subcommand("routes", "Show which kernels run for which pair of formats");
-  command->add_option("--from", options->from, "Only from this format");
-  command->add_option("--to", options->to, "Only to this format");
+  command->add_option("--from", options->from, "Only from this format")->check(NotEmpty);
+  command->add_option("--to", options->to, "Only to this format")->check(NotEmpty);
   command->add_flag("--json", options->json, "Print JSON");
   command->callback([options] { Run(*options); });
 }

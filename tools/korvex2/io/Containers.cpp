@@ -94,8 +94,8 @@ const Container& ContainerOf(const std::string& path) {
       return container;
     }
   }
-  throw UsageFailure("the name {} does not say what kind of file it is; let it end in one of {}",
-                     path, AllExtensions());
+  throw Failure("the name {} does not say what kind of file it is; let it end in one of {}", path,
+                AllExtensions());
 }
 
 bool Holds(const Container& container, PixelFormat format) {
@@ -107,10 +107,9 @@ bool Holds(const Container& container, PixelFormat format) {
 void RequireHolds(const std::string& path, PixelFormat format) {
   const Container& container = ContainerOf(path);
   if (!Holds(container, format)) {
-    throw UsageFailure(
-        "{} does not fit into {}: {} holds {}; write a .raw file, or convert --to {}",
-        NameOf(format), path, container.name, NamesHeldBy(container),
-        container.channels == kGrey ? "mono8" : "rgb8");
+    throw Failure("{} does not fit into {}: {} holds {}; write a .raw file, or convert --to {}",
+                  NameOf(format), path, container.name, NamesHeldBy(container),
+                  container.channels == kGrey ? "mono8" : "rgb8");
   }
 }
 

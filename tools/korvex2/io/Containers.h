@@ -25,13 +25,13 @@ struct Container {
 
 std::span<const Container> Containers();
 
-/// The row for a file name; UsageFailure when its extension is none of the table's.
+/// The row for a file name; a Failure when its extension is none of the table's.
 const Container& ContainerOf(const std::string& path);
 
 /// Whether a file of this kind stores the samples of the format losslessly.
 bool Holds(const Container& container, PixelFormat format);
 
-/// UsageFailure that says which formats would fit into such a file, unless this one does.
+/// A Failure that says which formats would fit into such a file, unless this one does.
 void RequireHolds(const std::string& path, PixelFormat format);
 
 /// What the command line says about an input; headerless files need all but the tile.
