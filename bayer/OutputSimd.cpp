@@ -94,7 +94,11 @@ void writeRow(const typename Store::Sample* first, const typename Store::Sample*
   const int step = static_cast<int>(hn::Lanes(SampleTag<typename Store::Sample>()));
   if (cols < step) return (rowWritersPlain().*plain)(first, second, third, cols, out);
   const auto at = [&](int x) HWY_ATTR {
-    Store::store(first + x, second + x, third + x, out + std::ptrdiff_t{x} * Store::kPixelBytes);
+    unsigned char* const pixels = out + std::ptrdiff_t{x} * Store::kPixelBytes;
+    for (int i = 0; i < step * Store::kPixelBytes; i += 64) {
+      __builtin_prefetch(pixels + i + 2048);
+    }
+    Store::store(first + x, second + x, third + x, pixels);
   };
   int x = 0;
   for (; x <= cols - step; x += step) at(x);

@@ -102,8 +102,13 @@ HWY_INLINE Wide<Sample> inRange(Wide<Sample> value) {
 /// The sum divided by 2^kShift, rounded to the nearest, halves upwards.
 template <typename Sample, int kShift>
 HWY_INLINE Wide<Sample> mean(Wide<Sample> sum) {
-  constexpr auto kHalf = static_cast<Lane<Sample>>(1 << (kShift - 1));
-  return hn::ShiftRight<kShift>(hn::Add(sum, hn::Set(WideTag<Sample>(), kHalf)));
+  const WideTag<Sample> tag;
+  if constexpr (sizeof(Sample) == 1) {
+    // (sum * 2^(15 - kShift) + 2^14) >> 15, one instruction.
+    return hn::MulFixedPoint15(sum, hn::Set(tag, 1 << (15 - kShift)));
+  } else {
+    return hn::ShiftRight<kShift>(hn::Add(sum, hn::Set(tag, 1 << (kShift - 1))));
+  }
 }
 
 }  // namespace Korvex2::Bayer::HWY_NAMESPACE
