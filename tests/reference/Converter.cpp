@@ -1,5 +1,6 @@
 #include "reference/Converter.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "reference/Kernels.h"

@@ -9,6 +9,8 @@ namespace {
 thread_local std::size_t largestThatSucceeds = SIZE_MAX;
 thread_local std::size_t allocations = 0;
 thread_local std::size_t failures = 0;
+thread_local std::size_t ordinaryAllocations = 0;
+thread_local bool heapIsShort = false;
 
 void* Allocate(std::size_t size, std::align_val_t alignment) noexcept {
   ++allocations;
@@ -20,7 +22,32 @@ void* Allocate(std::size_t size, std::align_val_t alignment) noexcept {
   return posix_memalign(&p, static_cast<std::size_t>(alignment), size) == 0 ? p : nullptr;
 }
 
+void* AllocateOrdinary(std::size_t size) noexcept {
+  ++ordinaryAllocations;
+  return heapIsShort ? nullptr : std::malloc(size > 0 ? size : 1);
+}
+
 }  // namespace
+
+void* operator new(std::size_t size) {
+  void* p = AllocateOrdinary(size);
+  if (p == nullptr) throw std::bad_alloc();
+  return p;
+}
+
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return AllocateOrdinary(size);
+}
+
+void operator delete(void* p) noexcept {
+  std::free(p);
+}
+void operator delete(void* p, std::size_t) noexcept {
+  std::free(p);
+}
+void operator delete(void* p, const std::nothrow_t&) noexcept {
+  std::free(p);
+}
 
 void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
   return Allocate(size, alignment);
@@ -55,6 +82,18 @@ MemoryShortage::~MemoryShortage() {
 
 std::size_t MemoryShortage::Failures() const {
   return failures;
+}
+
+HeapShortage::HeapShortage() {
+  heapIsShort = true;
+}
+
+HeapShortage::~HeapShortage() {
+  heapIsShort = false;
+}
+
+std::size_t OrdinaryAllocations() {
+  return ordinaryAllocations;
 }
 
 std::size_t AlignedAllocations() {

@@ -1,7 +1,7 @@
 #pragma once
 
-/// Pixel buffers that find no memory. Linking Allocation.cpp replaces the aligned operator new that
-/// images allocate with.
+/// Memory that runs out on demand. Linking Allocation.cpp replaces operator new: the aligned one, with
+/// which images allocate, and the ordinary one.
 
 #include <cstddef>
 
@@ -19,7 +19,17 @@ class MemoryShortage {
   std::size_t Failures() const;
 };
 
-/// Aligned allocations of this thread so far, failed ones included.
+/// While one lives, ordinary allocations of this thread fail.
+class HeapShortage {
+ public:
+  HeapShortage();
+  ~HeapShortage();
+  HeapShortage(const HeapShortage&) = delete;
+  HeapShortage& operator=(const HeapShortage&) = delete;
+};
+
+/// Allocations of this thread so far, failed ones included: of pixel buffers, and of anything else.
 std::size_t AlignedAllocations();
+std::size_t OrdinaryAllocations();
 
 }  // namespace Korvex2::Test

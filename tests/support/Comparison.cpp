@@ -110,13 +110,13 @@ std::string Describe(const Case& c) {
 }
 
 testing::AssertionResult Agrees(const Case& c) {
-  RawImage source;
+  Image source;
   const unsigned stride = Reference::RowBytes(c.cols, Reference::BitsPerPixel(c.source)) + c.padding;
   const Error shaped =
       source.SetDimensions(c.rows, c.cols, stride, static_cast<PixelFormat>(c.source),
                            static_cast<BayerTileFormat>(c.tile));
   if (shaped != VORERROR_OK) return testing::AssertionFailure() << shaped;
-  source.method = static_cast<ColorProcessingAlgorithm>(c.method);
+  source.SetColorProcessing(static_cast<ColorProcessingAlgorithm>(c.method));
   Fill(source.GetData(), source.GetDataSize(), c.content, c.source ^ (c.rows * 31 + c.cols));
 
   const Reference::Frame frame = FrameOf(source);

@@ -32,13 +32,6 @@ inline constexpr Content kContents[] = {Content::Random, Content::Ramp, Content:
 
 void Fill(unsigned char* bytes, std::size_t size, Content content, std::uint32_t seed);
 
-/// An image whose colour processing can be any value, also ones that SetColorProcessing refuses.
-class RawImage : public Image {
- public:
-  ColorProcessingAlgorithm method = DEFAULT;
-  ColorProcessingAlgorithm GetColorProcessing() const noexcept override { return method; }
-};
-
 /// The oracle's copy of an image, bytes past the last pixel included.
 Reference::Frame FrameOf(const Image& image);
 
