@@ -86,6 +86,11 @@ class KORVEX2_API Image {
   virtual unsigned char* GetData() noexcept;
   virtual const unsigned char* GetData() const noexcept;
 
+  /// Whether a shape stays within 4 GiB - 1, or the failure that SetDimensions would answer. Allots
+  /// nothing.
+  static Error CheckDimensions(unsigned int rows, unsigned int cols, unsigned int stride,
+                               PixelFormat format) noexcept;
+
   /// Bits per pixel of every format that has a name (422YUV8_JPEG: 16); 0 for any other value.
   static unsigned int DetermineBitsPerPixel(PixelFormat format) noexcept;
 

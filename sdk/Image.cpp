@@ -32,6 +32,12 @@ void Free(unsigned char* buffer) noexcept {
   ::operator delete(buffer, kAlignment);
 }
 
+Error RaiseTooLarge(unsigned int rows, unsigned int cols, unsigned int stride) {
+  return KORVEX2_RAISE(VORERROR_INVALID_PARAMETER,
+                       "An image of %u rows, %u columns and a stride of %u bytes exceeds 4 GiB - 1.",
+                       rows, cols, stride);
+}
+
 }  // namespace
 
 /// How many bytes a shape takes.
@@ -107,10 +113,7 @@ void Image::Swap(Image& other) noexcept {
 Error Image::Reserve(const Shape& shape, const Layout& layout, unsigned char** ppOld) noexcept {
   *ppOld = nullptr;
   if (!layout.fits) {
-    return KORVEX2_RAISE(
-        VORERROR_INVALID_PARAMETER,
-        "An image of %u rows, %u columns and a stride of %u bytes exceeds 4 GiB - 1.", shape.rows,
-        shape.cols, shape.stride);
+    return RaiseTooLarge(shape.rows, shape.cols, shape.stride);
   }
   if (layout.needed <= m_capacity) {
     return Error();
@@ -239,6 +242,12 @@ unsigned char* Image::GetData() noexcept {
 
 const unsigned char* Image::GetData() const noexcept {
   return m_pData;
+}
+
+Error Image::CheckDimensions(unsigned int rows, unsigned int cols, unsigned int stride,
+                             PixelFormat format) noexcept {
+  const Layout layout(Shape{rows, cols, stride, format, NONE});
+  return layout.fits ? Error() : RaiseTooLarge(rows, cols, stride);
 }
 
 unsigned int Image::DetermineBitsPerPixel(PixelFormat format) noexcept {

@@ -1,0 +1,30 @@
+#include "Methods.h"
+
+#include <cstddef>
+#include <iterator>
+
+#include "EdgeSensing.h"
+#include "HqLinear.h"
+#include "NearestNeighbor.h"
+
+namespace Korvex2::Bayer {
+namespace {
+
+// In the order of BayerMethod.
+constexpr const Method* kMethods[] = {
+    &kNearestNeighbor,  // nearest neighbour
+    &kEdgeSensing,      // edge sensing
+    &kHqLinear,         // HQ linear
+    &kHqLinear,         // directional filter
+    &kHqLinear,         // weighted directional filter
+    &kHqLinear,         // rigorous
+};
+
+}  // namespace
+
+const Method* findMethod(BayerMethod method) {
+  const auto index = static_cast<std::size_t>(method);
+  return index < std::size(kMethods) ? kMethods[index] : nullptr;
+}
+
+}  // namespace Korvex2::Bayer

@@ -1,0 +1,134 @@
+#include "Output.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "OutputSimd.cpp"
+#include "hwy/foreach_target.h"
+// After foreach_target.h.
+#include "PairLanes-inl.h"
+#include "TargetTable.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace Korvex2::Bayer::HWY_NAMESPACE {
+
+#if KORVEX2_BAYER_HAS_VECTORS
+
+using Tag8 = SampleTag<std::uint8_t>;
+using Tag16 = SampleTag<std::uint16_t>;
+
+// How one vector of each plane becomes pixels. `out` is a multiple of the channel's size.
+
+struct Three8 {
+  using Sample = std::uint8_t;
+  static constexpr int kPixelBytes = 3;
+  static HWY_INLINE void store(const Sample* first, const Sample* second, const Sample* third,
+                               unsigned char* out) {
+    const Tag8 tag;
+    hn::StoreInterleaved3(hn::LoadU(tag, first), hn::LoadU(tag, second), hn::LoadU(tag, third), tag,
+                          out);
+  }
+};
+
+struct Four8 {
+  using Sample = std::uint8_t;
+  static constexpr int kPixelBytes = 4;
+  static HWY_INLINE void store(const Sample* first, const Sample* second, const Sample* third,
+                               unsigned char* out) {
+    const Tag8 tag;
+    hn::StoreInterleaved4(hn::LoadU(tag, first), hn::LoadU(tag, second), hn::LoadU(tag, third),
+                          hn::Set(tag, 0xFF), tag, out);
+  }
+};
+
+struct Three8Narrowed {
+  using Sample = std::uint16_t;
+  static constexpr int kPixelBytes = 3;
+  using Narrow = hn::Rebind<std::uint8_t, Tag16>;
+  static HWY_INLINE hn::Vec<Narrow> narrowed(const Sample* from) {
+    const hn::RebindToSigned<Tag16> tag;
+    return hn::DemoteTo(Narrow(), hn::BitCast(tag, hn::ShiftRight<8>(hn::LoadU(Tag16(), from))));
+  }
+  static HWY_INLINE void store(const Sample* first, const Sample* second, const Sample* third,
+                               unsigned char* out) {
+    hn::StoreInterleaved3(narrowed(first), narrowed(second), narrowed(third), Narrow(), out);
+  }
+};
+
+struct Four8Narrowed {
+  using Sample = std::uint16_t;
+  static constexpr int kPixelBytes = 4;
+  using Narrow = hn::Rebind<std::uint8_t, Tag16>;
+  static HWY_INLINE void store(const Sample* first, const Sample* second, const Sample* third,
+                               unsigned char* out) {
+    hn::StoreInterleaved4(Three8Narrowed::narrowed(first), Three8Narrowed::narrowed(second),
+                          Three8Narrowed::narrowed(third), hn::Set(Narrow(), 0xFF), Narrow(), out);
+  }
+};
+
+struct Three16 {
+  using Sample = std::uint16_t;
+  static constexpr int kPixelBytes = 6;
+  static HWY_INLINE void store(const Sample* first, const Sample* second, const Sample* third,
+                               unsigned char* out) {
+    const Tag16 tag;
+    hn::StoreInterleaved3(hn::LoadU(tag, first), hn::LoadU(tag, second), hn::LoadU(tag, third), tag,
+                          reinterpret_cast<Sample*>(out));
+  }
+};
+
+struct Four16 {
+  using Sample = std::uint16_t;
+  static constexpr int kPixelBytes = 8;
+  static HWY_INLINE void store(const Sample* first, const Sample* second, const Sample* third,
+                               unsigned char* out) {
+    const Tag16 tag;
+    hn::StoreInterleaved4(hn::LoadU(tag, first), hn::LoadU(tag, second), hn::LoadU(tag, third),
+                          hn::Set(tag, 0xFFFF), tag, reinterpret_cast<Sample*>(out));
+  }
+};
+
+// A row in whole vectors. The last one overlaps the one before it, as nothing may be written beyond
+// the row; rows of less than a vector are left to `plain`.
+template <typename Store, RowWriter<typename Store::Sample> RowWriters::*plain>
+void writeRow(const typename Store::Sample* first, const typename Store::Sample* second,
+              const typename Store::Sample* third, int cols, unsigned char* out) {
+  const int step = static_cast<int>(hn::Lanes(SampleTag<typename Store::Sample>()));
+  if (cols < step) return (rowWritersPlain().*plain)(first, second, third, cols, out);
+  const auto at = [&](int x) HWY_ATTR {
+    Store::store(first + x, second + x, third + x, out + std::ptrdiff_t{x} * Store::kPixelBytes);
+  };
+  int x = 0;
+  for (; x <= cols - step; x += step) at(x);
+  if (x < cols) at(cols - step);
+}
+
+RowWriters rowWriters() {
+  return {.three8 = writeRow<Three8, &RowWriters::three8>,
+          .four8 = writeRow<Four8, &RowWriters::four8>,
+          .three8Narrowed = writeRow<Three8Narrowed, &RowWriters::three8Narrowed>,
+          .four8Narrowed = writeRow<Four8Narrowed, &RowWriters::four8Narrowed>,
+          .three16 = writeRow<Three16, &RowWriters::three16>,
+          .four16 = writeRow<Four16, &RowWriters::four16>};
+}
+
+#else
+
+RowWriters rowWriters() {
+  return rowWritersPlain();
+}
+
+#endif
+
+}  // namespace Korvex2::Bayer::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace Korvex2::Bayer {
+
+HWY_EXPORT(rowWriters);
+
+RowWriters rowWritersSimd(Target target) {
+  return KORVEX2_BAYER_FOR_TARGET(rowWriters, target)();
+}
+
+}  // namespace Korvex2::Bayer
+#endif

@@ -1,0 +1,26 @@
+#pragma once
+
+/// Looks up a function exported with HWY_EXPORT for an instruction set that the caller names;
+/// Highway's own dispatch knows the best set of the machine only. Include after highway.h, use in
+/// the HWY_ONCE part of a file.
+
+#include "Target.h"
+#include "hwy/highway.h"
+
+// With a single target Highway makes no table.
+#if (HWY_TARGETS & (HWY_TARGETS - 1)) == 0
+#define KORVEX2_BAYER_FOR_TARGET(FUNCTION, TARGET) (&HWY_STATIC_DISPATCH(FUNCTION))
+#else
+#define KORVEX2_BAYER_FOR_TARGET(FUNCTION, TARGET) \
+  (HWY_DISPATCH_TABLE(FUNCTION)[::Korvex2::Bayer::tableIndex(TARGET)])
+
+namespace Korvex2::Bayer {
+
+inline std::size_t tableIndex(Target target) {
+  hwy::ChosenTarget chosen;
+  chosen.Update(static_cast<std::int64_t>(target));
+  return chosen.GetIndex();
+}
+
+}  // namespace Korvex2::Bayer
+#endif
