@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <iosfwd>
+#include <memory>
 #include <string>
 
 #include "Korvex2Export.h"
@@ -75,11 +76,6 @@ class KORVEX2_API Error {
  public:
   /// Success.
   Error() noexcept = default;
-  Error(const Error& other) noexcept;
-  Error(Error&& other) noexcept;
-  Error& operator=(const Error& other) noexcept;
-  Error& operator=(Error&& other) noexcept;
-  ~Error();
 
   ErrorType GetType() const noexcept { return m_type; }
   /// What went wrong, in a sentence; empty for success.
@@ -106,7 +102,7 @@ class KORVEX2_API Error {
   struct Record;
 
   ErrorType m_type = VORERROR_OK;
-  Record* m_pRecord = nullptr;  // shared by reference count; null for success
+  std::shared_ptr<const Record> m_pRecord;  // null for success
 };
 
 /// Writes ToString().

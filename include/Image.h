@@ -55,10 +55,11 @@ class KORVEX2_API Image {
 
   /// Shapes the image. stride is in bytes and is recorded as given.
   ///
-  /// A buffer that is large enough is kept. Zero afterwards: all of a new buffer, all of a kept
-  /// buffer of our own whose shape changes, and always whatever lies past the packed pixels. The
-  /// pixels survive where the shape stays the same, and on a caller's buffer, where they are the
-  /// caller's frame.
+  /// A buffer that is large enough is kept. All of a new buffer reads as zero, and all of a kept
+  /// one of our own whose rows, columns, stride or format change. Where none of them changes, and
+  /// on a caller's buffer, whose bytes are the caller's frame, the pixels survive and only what
+  /// lies past them is zeroed: past the packed pixels, or past rows x stride where the stride pads
+  /// the rows.
   ///
   /// The image is unchanged by a failure: VORERROR_INVALID_PARAMETER for a shape over 4 GiB - 1,
   /// VORERROR_BUFFER_TOO_SMALL on a caller's buffer, VORERROR_MEMORY_ALLOCATION_FAILED.
@@ -67,8 +68,8 @@ class KORVEX2_API Image {
 
   virtual PixelFormat GetPixelFormat() const noexcept;
   virtual ColorProcessingAlgorithm GetColorProcessing() const noexcept;
-  /// The method by which a conversion of this image, if it is raw, makes colour.
-  /// VORERROR_INVALID_PARAMETER for a value outside DEFAULT ... WEIGHTED_DIRECTIONAL_FILTER.
+  /// The method by which a conversion of this image, if it is raw, makes colour. Any value is
+  /// recorded; the converter refuses the ones that it does not know. Succeeds always.
   virtual Error SetColorProcessing(ColorProcessingAlgorithm method) noexcept;
   virtual unsigned int GetRows() const noexcept;
   virtual unsigned int GetCols() const noexcept;
@@ -85,13 +86,18 @@ class KORVEX2_API Image {
   virtual unsigned char* GetData() noexcept;
   virtual const unsigned char* GetData() const noexcept;
 
+  /// Whether a shape stays within 4 GiB - 1, or the failure that SetDimensions would answer. Allots
+  /// nothing.
+  static Error CheckDimensions(unsigned int rows, unsigned int cols, unsigned int stride,
+                               PixelFormat format) noexcept;
+
   /// Bits per pixel of every format that has a name (422YUV8_JPEG: 16); 0 for any other value.
   static unsigned int DetermineBitsPerPixel(PixelFormat format) noexcept;
 
   /// What DEFAULT stands for in this process; NEAREST_NEIGHBOR until it is set, the cheapest method
   /// and the one that any mosaic supports.
   static ColorProcessingAlgorithm GetDefaultColorProcessing() noexcept;
-  /// VORERROR_INVALID_PARAMETER for a value outside DEFAULT ... WEIGHTED_DIRECTIONAL_FILTER.
+  /// As SetColorProcessing, for every image whose own choice is DEFAULT.
   static Error SetDefaultColorProcessing(ColorProcessingAlgorithm method) noexcept;
 
  private:
@@ -102,14 +108,14 @@ class KORVEX2_API Image {
     PixelFormat format = UNSPECIFIED_PIXEL_FORMAT;
     BayerTileFormat tile = NONE;
   };
+  struct Layout;
 
-  Error Reshape(const Shape& shape) noexcept;
+  Error Reserve(const Shape& shape, const Layout& layout, unsigned char** ppOld) noexcept;
   void Swap(Image& other) noexcept;
-  void Release() noexcept;
 
   Shape m_shape;
   ColorProcessingAlgorithm m_colorProcessing = DEFAULT;
-  unsigned char* m_pData = nullptr;   // what GetData answers; null until shaped
+  unsigned char* m_pData = nullptr;    // what GetData answers; null until shaped
   unsigned char* m_pBuffer = nullptr;  // the memory, m_capacity bytes of it
   std::size_t m_capacity = 0;
   bool m_ownsBuffer = true;

@@ -2,6 +2,7 @@
 
 /// All that a client of Korvex2 needs.
 
+#include "CheckConversion.h"
 #include "Error.h"
 #include "Image.h"
 #include "ImageConverterARMStub.h"

@@ -14,9 +14,9 @@ namespace Korvex2 {
 /// One row of the table. All strings are static.
 struct PixelFormatInfo {
   PixelFormat format;
-  std::string_view name;         ///< short name: "mono12", "bgru16", "yuv422", "raw8"
-  std::string_view enumerator;   ///< "PIXEL_FORMAT_MONO12"
-  std::string_view aliases;      ///< other names, separated by spaces: GenICam PFNC, FourCC, V4L2 ...
+  std::string_view name;        ///< short name: "mono12", "bgru16", "yuv422", "raw8"
+  std::string_view enumerator;  ///< "PIXEL_FORMAT_MONO12"
+  std::string_view aliases;  ///< other names, separated by spaces: GenICam PFNC, FourCC, V4L2 ...
   std::uint32_t bitsPerPixel;
   std::uint32_t pixelsPerGroup;  ///< pixels that share whole bytes: 1, 2 or 4
   std::uint32_t bytesPerGroup;

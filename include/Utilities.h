@@ -9,7 +9,14 @@
 
 namespace Korvex2 {
 
-enum OSType { WINDOWS_X86 = 0, WINDOWS_X64 = 1, LINUX_X86 = 2, LINUX_X64 = 3, MAC = 4, UNKNOWN_OS = 5 };
+enum OSType {
+  WINDOWS_X86 = 0,
+  WINDOWS_X64 = 1,
+  LINUX_X86 = 2,
+  LINUX_X64 = 3,
+  MAC = 4,
+  UNKNOWN_OS = 5
+};
 
 enum ByteOrder { BYTE_ORDER_LITTLE_ENDIAN = 0, BYTE_ORDER_BIG_ENDIAN = 1 };
 

@@ -98,9 +98,11 @@ class KORVEX2_API ImageConverter : public Singleton<ImageConverter> {
   Error Dispatch(PixelFormat target, int line, const Image* pSrc, Image* pDst) const;
   Error Run(Routine routine, const Image* pSrc, Image* pDst) const;
   Error RunKernel(const RoutineInfo& info, const Image* pSrc, Image* pDst) const;
+  Error RunWrapper(const RoutineInfo& info, const Image* pSrc, Image* pDst) const;
   Error RunChain(const RoutineInfo& info, const Image* pSrc, Image* pDst) const;
+  Error ShowMosaicAsGrey(const Image* pSrc, Image* pDst) const;
 };
 
-extern template class KORVEX2_API Singleton<ImageConverter>;
+extern template class Singleton<ImageConverter>;
 
 }  // namespace Korvex2

@@ -6,6 +6,8 @@
 #include <boost/thread/mutex.hpp>
 #include <new>
 
+#include "Korvex2Export.h"
+
 namespace Korvex2 {
 
 /// Base of classes of which the SDK shares one instance.
@@ -18,7 +20,7 @@ namespace Korvex2 {
 /// A shared library that hands out its singleton must instantiate the template once and declare it
 /// extern in T's header, or each library would count users of its own.
 template <typename T>
-class Singleton {
+class KORVEX2_API Singleton {
  public:
   /// The shared instance; null when there is no memory for it (and no user is counted).
   static T* getInstance() {

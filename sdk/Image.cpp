@@ -1,0 +1,267 @@
+#include "Image.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <utility>
+
+#include "InternalError.h"
+#include "PixelFormats.h"
+
+#define KORVEX2_RAISE(type, ...) \
+  InternalError(__LINE__, "Image.cpp", __DATE__, __TIME__, type, __VA_ARGS__)
+
+namespace Korvex2 {
+namespace {
+
+constexpr std::uint64_t kMaxBytes = std::numeric_limits<std::uint32_t>::max();
+
+// One cache line, and the widest vector of any processor we run on.
+constexpr std::align_val_t kAlignment{64};
+
+std::atomic<ColorProcessingAlgorithm> g_defaultColorProcessing{NEAREST_NEIGHBOR};
+
+unsigned char* Allocate(std::size_t size) noexcept {
+  return static_cast<unsigned char*>(::operator new(size, kAlignment, std::nothrow));
+}
+
+void Free(unsigned char* buffer) noexcept {
+  ::operator delete(buffer, kAlignment);
+}
+
+Error RaiseTooLarge(unsigned int rows, unsigned int cols, unsigned int stride) {
+  return KORVEX2_RAISE(VORERROR_INVALID_PARAMETER,
+                       "An image of %u rows, %u columns and a stride of %u bytes exceeds 4 GiB - 1.",
+                       rows, cols, stride);
+}
+
+}  // namespace
+
+/// How many bytes a shape takes.
+struct Image::Layout {
+  std::uint64_t frame = 0;   ///< bytes that hold pixels, row padding included
+  std::uint64_t needed = 1;  ///< bytes that must be there; never 0, so that a buffer is never null
+  bool fits = true;          ///< within 4 GiB - 1
+
+  explicit Layout(const Shape& shape) noexcept {
+    const PixelFormatInfo* format = FindPixelFormat(shape.format);
+    const std::uint64_t pixels = std::uint64_t{shape.rows} * shape.cols;
+    const std::uint64_t strided = std::uint64_t{shape.rows} * shape.stride;
+    if (strided > kMaxBytes || (format != nullptr && pixels > kMaxBytes)) {
+      fits = false;
+      return;
+    }
+    const std::uint64_t packed = format == nullptr ? 0 : PackedSize(*format, pixels);
+    const std::uint64_t reached = format == nullptr ? 0 : ReachedSize(*format, pixels);
+    const bool padded =
+        format == nullptr || shape.stride > PackedStride(shape.cols, format->bitsPerPixel);
+    frame = padded ? std::max(packed, strided) : packed;
+    needed = std::max({reached, strided, std::uint64_t{1}});
+    fits = needed <= kMaxBytes;
+  }
+};
+
+Image::Image() noexcept = default;
+
+Image::Image(unsigned char* pData, std::size_t dataSize) noexcept
+    : m_pBuffer(pData),
+      m_capacity(pData == nullptr ? 0 : dataSize),
+      m_ownsBuffer(pData == nullptr) {}
+
+Image::Image(const Image& other) noexcept {
+  (void)Image::DeepCopy(&other);
+}
+
+Image& Image::operator=(const Image& other) noexcept {
+  if (this != &other) {
+    Image copy(other);
+    Swap(copy);
+  }
+  return *this;
+}
+
+Image::Image(Image&& other) noexcept {
+  Swap(other);
+}
+
+Image& Image::operator=(Image&& other) noexcept {
+  Image moved(std::move(other));
+  Swap(moved);
+  return *this;
+}
+
+Image::~Image() {
+  if (m_ownsBuffer) {
+    Free(m_pBuffer);
+  }
+}
+
+void Image::Swap(Image& other) noexcept {
+  std::swap(m_shape, other.m_shape);
+  std::swap(m_colorProcessing, other.m_colorProcessing);
+  std::swap(m_pData, other.m_pData);
+  std::swap(m_pBuffer, other.m_pBuffer);
+  std::swap(m_capacity, other.m_capacity);
+  std::swap(m_ownsBuffer, other.m_ownsBuffer);
+}
+
+// Makes room for a shape, or refuses it and changes nothing. A buffer that had to be replaced is
+// handed out through ppOld, still alive, for the caller to free.
+Error Image::Reserve(const Shape& shape, const Layout& layout, unsigned char** ppOld) noexcept {
+  *ppOld = nullptr;
+  if (!layout.fits) {
+    return RaiseTooLarge(shape.rows, shape.cols, shape.stride);
+  }
+  if (layout.needed <= m_capacity) {
+    return Error();
+  }
+  const auto needed = static_cast<std::size_t>(layout.needed);
+  if (!m_ownsBuffer) {
+    return KORVEX2_RAISE(
+        VORERROR_BUFFER_TOO_SMALL,
+        "The caller's buffer holds %zu bytes; %u rows and %u columns with a stride of "
+        "%u bytes need %zu, the last group of pixels completed.",
+        m_capacity, shape.rows, shape.cols, shape.stride, needed);
+  }
+  unsigned char* buffer = Allocate(needed);
+  if (buffer == nullptr) {
+    return KORVEX2_RAISE(VORERROR_MEMORY_ALLOCATION_FAILED,
+                         "There is no memory for an image of %zu bytes.", needed);
+  }
+  *ppOld = std::exchange(m_pBuffer, buffer);
+  m_capacity = needed;
+  return Error();
+}
+
+Error Image::DeepCopy(const Image* pSrc) noexcept {
+  if (pSrc == nullptr) {
+    return KORVEX2_RAISE(VORERROR_INVALID_PARAMETER, "The image to copy is NULL.");
+  }
+  if (pSrc == this) {
+    return Error();
+  }
+  Shape shape;
+  pSrc->GetDimensions(&shape.rows, &shape.cols, &shape.stride, &shape.format, &shape.tile);
+  const unsigned char* data = pSrc->GetData();
+  const Layout layout(shape);
+  unsigned char* old = nullptr;
+  if (data != nullptr) {
+    const Error error = Reserve(shape, layout, &old);
+    if (error != VORERROR_OK) {
+      return error;
+    }
+    // The source may look into our own buffer, so the bytes move before anything is cleared.
+    const std::uint64_t held = std::max<std::uint64_t>(layout.frame, pSrc->GetDataSize());
+    const std::uint64_t copied = std::min(held, layout.needed);
+    std::memmove(m_pBuffer, data, static_cast<std::size_t>(copied));
+    std::memset(m_pBuffer + copied, 0, static_cast<std::size_t>(layout.needed - copied));
+  }
+  m_shape = shape;
+  m_colorProcessing = pSrc->GetColorProcessing();
+  m_pData = data == nullptr ? nullptr : m_pBuffer;
+  Free(old);
+  return Error();
+}
+
+Error Image::SetDimensions(unsigned int rows, unsigned int cols, unsigned int stride,
+                           PixelFormat format, BayerTileFormat bayerFormat) noexcept {
+  const Shape shape{rows, cols, stride, format, bayerFormat};
+  const Layout layout(shape);
+  unsigned char* old = nullptr;
+  const Error error = Reserve(shape, layout, &old);
+  if (error != VORERROR_OK) {
+    return error;
+  }
+  const bool sameShape = m_pData != nullptr && rows == m_shape.rows && cols == m_shape.cols &&
+                         stride == m_shape.stride && format == m_shape.format;
+  const std::uint64_t kept = !m_ownsBuffer || sameShape ? layout.frame : 0;
+  std::memset(m_pBuffer + kept, 0, static_cast<std::size_t>(layout.needed - kept));
+  m_shape = shape;
+  m_pData = m_pBuffer;
+  Free(old);
+  return Error();
+}
+
+PixelFormat Image::GetPixelFormat() const noexcept {
+  return m_shape.format;
+}
+
+ColorProcessingAlgorithm Image::GetColorProcessing() const noexcept {
+  return m_colorProcessing;
+}
+
+Error Image::SetColorProcessing(ColorProcessingAlgorithm method) noexcept {
+  m_colorProcessing = method;
+  return Error();
+}
+
+unsigned int Image::GetRows() const noexcept {
+  return m_shape.rows;
+}
+
+unsigned int Image::GetCols() const noexcept {
+  return m_shape.cols;
+}
+
+unsigned int Image::GetStride() const noexcept {
+  return m_shape.stride;
+}
+
+unsigned int Image::GetBitsPerPixel() const noexcept {
+  return DetermineBitsPerPixel(m_shape.format);
+}
+
+BayerTileFormat Image::GetBayerTileFormat() const noexcept {
+  return m_shape.tile;
+}
+
+unsigned int Image::GetDataSize() const noexcept {
+  return m_shape.rows * m_shape.stride;
+}
+
+void Image::GetDimensions(unsigned int* rows, unsigned int* cols, unsigned int* stride,
+                          PixelFormat* format, BayerTileFormat* bayerFormat) const noexcept {
+  const auto put = [](auto* pOutput, auto value) {
+    if (pOutput != nullptr) {
+      *pOutput = value;
+    }
+  };
+  put(rows, m_shape.rows);
+  put(cols, m_shape.cols);
+  put(stride, m_shape.stride);
+  put(format, m_shape.format);
+  put(bayerFormat, m_shape.tile);
+}
+
+unsigned char* Image::GetData() noexcept {
+  return m_pData;
+}
+
+const unsigned char* Image::GetData() const noexcept {
+  return m_pData;
+}
+
+Error Image::CheckDimensions(unsigned int rows, unsigned int cols, unsigned int stride,
+                             PixelFormat format) noexcept {
+  const Layout layout(Shape{rows, cols, stride, format, NONE});
+  return layout.fits ? Error() : RaiseTooLarge(rows, cols, stride);
+}
+
+unsigned int Image::DetermineBitsPerPixel(PixelFormat format) noexcept {
+  const PixelFormatInfo* info = FindPixelFormat(format);
+  return info == nullptr ? 0 : info->bitsPerPixel;
+}
+
+ColorProcessingAlgorithm Image::GetDefaultColorProcessing() noexcept {
+  return g_defaultColorProcessing.load(std::memory_order_relaxed);
+}
+
+Error Image::SetDefaultColorProcessing(ColorProcessingAlgorithm method) noexcept {
+  g_defaultColorProcessing.store(method, std::memory_order_relaxed);
+  return Error();
+}
+
+}  // namespace Korvex2

@@ -1,0 +1,18 @@
+#include "kernels/Kernels.h"
+
+#include "kernels/scalar/Scalar.h"
+
+namespace Korvex2::kernels {
+
+Kernel Find(Routine routine) noexcept {
+  switch (routine) {
+#define KERNEL(routine, ...) \
+  case Routine::routine:     \
+    return scalar::routine;
+#include "routes/Routines.def"
+    default:
+      return nullptr;
+  }
+}
+
+}  // namespace Korvex2::kernels

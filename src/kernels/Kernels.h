@@ -1,0 +1,28 @@
+#pragma once
+
+/// The pixel kernels: plain functions on runs of pixels.
+///
+/// A kernel reads `pixels` packed pixels from src and writes as many to dst. It works in the steps
+/// that routes/Routines.def gives and completes the last one: beyond that it touches nothing. The
+/// runs may overlap, or be one; the result is then what the one-step-at-a-time loop gives.
+/// Kernels know neither Image nor Error, allocate nothing and keep no state.
+
+#include <cstddef>
+#include <cstdint>
+
+#include "routes/Routines.h"
+
+namespace Korvex2::kernels {
+
+/// What a kernel needs to know of the machine.
+struct Flags {
+  bool littleEndian;  ///< byte order of the 16-bit samples that are handled bytewise
+};
+
+using Kernel = void (*)(const std::uint8_t* src, std::uint8_t* dst, std::size_t pixels,
+                        Flags flags);
+
+/// The kernel of a routine of kind Kernel; null for every other routine.
+Kernel Find(Routine routine) noexcept;
+
+}  // namespace Korvex2::kernels

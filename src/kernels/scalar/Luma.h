@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstdint>
+
+namespace Korvex2::kernels::scalar {
+
+/// BT.601 luma in double precision, truncated: (0.299 R + 0.587 G) + 0.114 B. The order of the sums
+/// decides the last bit: a grey of v comes out as v - 1 for 65 of the 256 bytes.
+inline std::uint32_t Luma(double red, double green, double blue) {
+  return static_cast<std::uint32_t>((red * 0.299 + green * 0.587) + blue * 0.114);
+}
+
+}  // namespace Korvex2::kernels::scalar

@@ -1,0 +1,99 @@
+// Every routine on buffers that hold exactly the bytes of its steps, with a faulting page before or
+// behind and canaries on the other side: nothing else is read or written, whatever the count.
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "reference/Converter.h"
+#include "reference/Kernels.h"
+#include "reference/Routes.h"
+#include "support/Comparison.h"
+#include "support/GuardedMemory.h"
+#include "support/LentImage.h"
+
+namespace Korvex2::Test {
+namespace {
+
+class ExactBytes : public testing::TestWithParam<const char*> {
+ protected:
+  GuardedMemory m_source{1 << 14};
+  GuardedMemory m_destination{1 << 14};
+
+  void Check(const char* routine, unsigned pixels, bool atEnd, bool littleEndian) {
+    const auto& first = *Reference::FindKernel(Reference::FirstKernel(routine));
+    const auto& last = *Reference::FindKernel(Reference::LastKernel(routine));
+    const std::size_t read = Reference::BytesRead(first, pixels);
+    const std::size_t written = Reference::BytesWritten(last, pixels);
+    std::uint8_t* const source = atEnd ? m_source.AtEnd(read) : m_source.AtStart(read);
+    std::uint8_t* const destination =
+        atEnd ? m_destination.AtEnd(written) : m_destination.AtStart(written);
+    Fill(source, read, Content::Random, pixels);
+    std::memset(destination, 0xEE, written);
+
+    Bytes expected(written, 0xEE);
+    Bytes original(source, source + read);
+    Reference::Frame fromFrame;
+    fromFrame.rows = 1;
+    fromFrame.cols = pixels;
+    fromFrame.data = original.data();
+    Reference::Frame toFrame;
+    toFrame.data = expected.data();
+    toFrame.dataSize = static_cast<std::uint32_t>(written);
+    if (original.empty()) fromFrame.data = source;
+    if (expected.empty()) toFrame.data = destination;
+    Reference::Converter oracle;
+    oracle.littleEndian = littleEndian;
+    ASSERT_EQ(oracle.Run(routine, &fromFrame, &toFrame).code, 0);
+
+    const LentImage from(1, pixels, UNSPECIFIED_PIXEL_FORMAT, source, read);
+    LentImage to(1, pixels, UNSPECIFIED_PIXEL_FORMAT, destination, written);
+    ASSERT_EQ(Probe(littleEndian).Call(routine, &from, &to).GetType(), VORERROR_OK);
+
+    ASSERT_TRUE(std::equal(expected.begin(), expected.end(), destination))
+        << routine << " of " << pixels;
+    ASSERT_TRUE(std::equal(original.begin(), original.end(), source)) << routine << " of " << pixels;
+    ASSERT_TRUE(m_destination.CanariesIntact()) << routine << " of " << pixels;
+    ASSERT_TRUE(m_source.CanariesIntact()) << routine << " of " << pixels;
+  }
+
+  using Bytes = std::vector<std::uint8_t>;
+};
+
+constexpr unsigned kLongRuns[] = {127, 128, 129, 255, 257, 1000, 1021};
+
+TEST_F(ExactBytes, OfEveryKernelAtCounts0To67AndSomeLongRuns) {
+  int cases = 0;
+  for (const Reference::KernelRow& kernel : Reference::Kernels()) {
+    for (const bool atEnd : {true, false}) {
+      for (const bool littleEndian : {true, false}) {
+        for (unsigned pixels = 0; pixels <= 67; ++pixels, ++cases) {
+          Check(kernel.name, pixels, atEnd, littleEndian);
+        }
+        for (const unsigned pixels : kLongRuns) {
+          Check(kernel.name, pixels, atEnd, littleEndian);
+          ++cases;
+        }
+        if (HasFatalFailure()) return;
+      }
+    }
+  }
+  RecordProperty("cases", cases);
+}
+
+TEST_F(ExactBytes, OfEveryRouteAtCounts0To33) {
+  int cases = 0;
+  for (const Reference::RouteRow& route : Reference::Routes()) {
+    for (const bool atEnd : {true, false}) {
+      for (unsigned pixels = 0; pixels <= 33; ++pixels, ++cases) {
+        Check(route.name, pixels, atEnd, pixels % 3 != 0);
+      }
+      if (HasFatalFailure()) return;
+    }
+  }
+  RecordProperty("cases", cases);
+}
+
+}  // namespace
+}  // namespace Korvex2::Test

@@ -1,0 +1,115 @@
+#include "routes/Routines.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <set>
+#include <string>
+
+#include "reference/Kernels.h"
+#include "reference/Routes.h"
+#include "support/Probe.h"
+
+namespace Korvex2::Test {
+namespace {
+
+const RoutineInfo* FindByName(std::string_view name) {
+  for (const RoutineInfo& info : Routines()) {
+    if (info.name == name) return &info;
+  }
+  return nullptr;
+}
+
+TEST(Routines, AreThoseOfTheOracleAndNoOthers) {
+  EXPECT_EQ(Routines().size(), Reference::Kernels().size() + Reference::Routes().size() + 1);
+  EXPECT_EQ(Routines().size(), Probe::Routines().size());
+  std::set<std::string_view> names;
+  for (const RoutineInfo& info : Routines()) {
+    EXPECT_TRUE(names.insert(info.name).second) << info.name;
+    EXPECT_EQ(&GetRoutine(info.routine), &info) << info.name;
+  }
+  for (const Probe::NamedMember& member : Probe::Routines()) {
+    EXPECT_EQ(names.count(member.name), 1U) << member.name;
+  }
+}
+
+TEST(Routines, KernelsStepAsTheOraclesDo) {
+  for (const Reference::KernelRow& kernel : Reference::Kernels()) {
+    const RoutineInfo* info = FindByName(kernel.name);
+    ASSERT_NE(info, nullptr) << kernel.name;
+    EXPECT_EQ(info->kind, RoutineInfo::Kind::Kernel) << kernel.name;
+    EXPECT_EQ(info->pixelsPerStep, kernel.pixels) << kernel.name;
+    EXPECT_EQ(info->sourceBytesPerStep, kernel.sourceBytes) << kernel.name;
+    EXPECT_EQ(info->destinationBytesPerStep, kernel.destinationBytes) << kernel.name;
+    const bool clears = std::strcmp(kernel.name, "ConvertY12ToY8") == 0;
+    const bool checks = std::strcmp(kernel.name, "ConvertYUV444ToRGB") == 0;
+    EXPECT_EQ(info->extra, clears   ? RoutineInfo::Extra::ClearsDestination
+                           : checks ? RoutineInfo::Extra::ChecksEachPixel
+                                    : RoutineInfo::Extra::Plain)
+        << kernel.name;
+  }
+}
+
+TEST(Routines, RoutesAreThoseOfTheOracleRowByRow) {
+  for (const Reference::RouteRow& row : Reference::Routes()) {
+    const RoutineInfo* info = FindByName(row.name);
+    ASSERT_NE(info, nullptr) << row.name;
+    const bool chain = row.temporary != Reference::UNSPECIFIED;
+    EXPECT_EQ(info->kind, chain ? RoutineInfo::Kind::Chain : RoutineInfo::Kind::Wrapper)
+        << row.name;
+    EXPECT_EQ(info->guard, row.ownNullTest ? RoutineInfo::Guard::Guarded
+                                           : RoutineInfo::Guard::Unguarded)
+        << row.name;
+    EXPECT_EQ(info->result, row.returns == Reference::RouteRow::Returns::LastStep
+                                ? RoutineInfo::Result::LastStep
+                                : RoutineInfo::Result::Success)
+        << row.name;
+    EXPECT_EQ(GetRoutine(info->lastStep).name, row.last) << row.name;
+    EXPECT_EQ(info->temporary, row.temporary) << row.name;
+    if (chain) EXPECT_EQ(GetRoutine(info->firstStep).name, row.first) << row.name;
+  }
+}
+
+TEST(FindRoute, AgreesWithTheOracleOnEveryPair) {
+  std::vector<Reference::Format> formats{Reference::UNSPECIFIED, 0x12345};
+  for (const Reference::FormatRow& row : Reference::Formats()) formats.push_back(row.value);
+  int routed = 0;
+  for (const Reference::Format source : formats) {
+    for (const Reference::Format target : formats) {
+      const Routine routine =
+          FindRoute(static_cast<PixelFormat>(source), static_cast<PixelFormat>(target));
+      const std::string pair = std::string(Reference::FormatName(source)) + " -> " +
+                               Reference::FormatName(target);
+      const char* expected = Reference::Dispatch(source, target);
+      if (expected == nullptr && source == target) {
+        // Convert copies before it looks at the target; the table may say either.
+        EXPECT_TRUE(routine == Routine::None || routine == Routine::SameFormat) << pair;
+      } else if (expected == nullptr) {
+        EXPECT_EQ(routine, Routine::None) << pair;
+      } else if (*expected == 0) {
+        EXPECT_EQ(routine, Routine::SameFormat) << pair;
+      } else {
+        ASSERT_NE(routine, Routine::None) << pair;
+        EXPECT_EQ(GetRoutine(routine).name, expected) << pair;
+        ++routed;
+      }
+    }
+  }
+  EXPECT_EQ(routed, 201);
+  RecordProperty("pairs", routed);
+}
+
+// Keeps the oracle itself whole: each step of each route exists and no route leads back to itself.
+TEST(Oracle, ResolvesEveryRouteToKernels) {
+  for (const Reference::RouteRow& row : Reference::Routes()) {
+    for (const char* step : {row.first, row.last}) {
+      if (step == nullptr) continue;
+      EXPECT_TRUE(std::strcmp(step, Reference::kDemosaic) == 0 ||
+                  Reference::FindKernel(step) != nullptr || Reference::FindRoute(step) != nullptr)
+          << row.name << ": " << step;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace Korvex2::Test

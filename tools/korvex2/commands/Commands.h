@@ -1,0 +1,38 @@
+#pragma once
+
+/// The subcommands, one file each. Each function adds its subcommand to the command line.
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <utility>
+
+namespace Korvex2::Tool {
+
+/// What every subcommand obeys.
+struct Globals {
+  bool quiet = false;
+
+  /// Tells the user on stdout what was done, unless --quiet was given.
+  template <typename... Args>
+  void Say(fmt::format_string<Args...> format, Args&&... args) const {
+    if (!quiet) {
+      fmt::print("{}\n", fmt::format(format, std::forward<Args>(args)...));
+    }
+  }
+};
+
+/// Refuses an empty value, which would otherwise count as an option that was not given.
+inline std::string NotEmpty(const std::string& value) {
+  return value.empty() ? "a name is missing" : "";
+}
+
+void AddConvertCommand(CLI::App& app, const Globals& globals);
+void AddFormatsCommand(CLI::App& app);
+void AddRoutesCommand(CLI::App& app);
+void AddChartCommand(CLI::App& app, const Globals& globals);
+void AddMosaicCommand(CLI::App& app, const Globals& globals);
+void AddInfoCommand(CLI::App& app);
+
+}  // namespace Korvex2::Tool

@@ -1,0 +1,250 @@
+// korvex2 routes: what the converter runs for each pair of formats, told from its own tables.
+
+#include "routes/Routines.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Failure.h"
+#include "Names.h"
+#include "Table.h"
+#include "commands/Commands.h"
+
+namespace Korvex2::Tool {
+namespace {
+
+struct Options {
+  std::string from;
+  std::string to;
+  bool json = false;
+};
+
+// One call on the way; calls stand in the order in which they begin.
+struct Call {
+  const RoutineInfo* routine;
+  int depth;
+  PixelFormat source;
+  PixelFormat target;
+
+  bool IsPass() const {
+    return routine->kind == RoutineInfo::Kind::Kernel ||
+           routine->kind == RoutineInfo::Kind::Demosaic;
+  }
+};
+
+void Expand(Routine routine, PixelFormat source, PixelFormat target, int depth,
+            std::vector<Call>& calls) {
+  const RoutineInfo& info = GetRoutine(routine);
+  calls.push_back({&info, depth, source, target});
+  switch (info.kind) {
+    case RoutineInfo::Kind::Wrapper:
+      Expand(info.lastStep, source, target, depth + 1, calls);
+      break;
+    case RoutineInfo::Kind::Chain:
+      Expand(info.firstStep, source, info.temporary, depth + 1, calls);
+      Expand(info.lastStep, info.temporary, target, depth + 1, calls);
+      break;
+    case RoutineInfo::Kind::Kernel:
+    case RoutineInfo::Kind::Demosaic:
+      break;
+  }
+}
+
+struct Route {
+  PixelFormat source;
+  PixelFormat target;
+  Routine routine;
+  std::vector<Call> calls;
+};
+
+Route RouteOf(PixelFormat source, PixelFormat target) {
+  Route route{source, target, FindRoute(source, target), {}};
+  if (source == target) {
+    route.routine = Routine::SameFormat;  // copied, whatever the format
+  }
+  if (route.routine != Routine::None && route.routine != Routine::SameFormat) {
+    Expand(route.routine, source, target, 0, route.calls);
+  }
+  return route;
+}
+
+std::vector<Route> RoutesOf(const PixelFormatInfo* from, const PixelFormatInfo* to) {
+  std::vector<Route> routes;
+  for (const PixelFormatInfo& source : PixelFormats()) {
+    for (const PixelFormatInfo& target : PixelFormats()) {
+      const bool wanted = (from == nullptr ? source.convertible : from == &source) &&
+                          (to == nullptr ? target.convertible : to == &target);
+      if (wanted) {
+        routes.push_back(RouteOf(source.format, target.format));
+      }
+    }
+  }
+  return routes;
+}
+
+// --- Text ----------------------------------------------------------------------------------------
+
+// How many passes over the pixels, d for a demosaicing one.
+std::string Symbol(const Route& route) {
+  if (route.routine == Routine::None) {
+    return ".";
+  }
+  if (route.routine == Routine::SameFormat) {
+    return "=";
+  }
+  int passes = 0;
+  bool demosaics = false;
+  for (const Call& call : route.calls) {
+    passes += call.IsPass() ? 1 : 0;
+    demosaics |= call.routine->kind == RoutineInfo::Kind::Demosaic;
+  }
+  return std::to_string(passes) + (demosaics ? "d" : "");
+}
+
+void PrintMatrix(const std::vector<Route>& routes) {
+  Table table = {{"from \\ to"}};
+  for (const Route& route : routes) {
+    if (route.source == routes.front().source) {
+      table.front().emplace_back(NameOf(route.target));
+    }
+    if (route.target == routes.front().target) {
+      table.push_back({std::string(NameOf(route.source))});
+    }
+    table.back().push_back(Symbol(route));
+  }
+  Print(table);
+  fmt::print(
+      "\nA number counts the passes over the pixels, d: one of them demosaics, =: copied, .: "
+      "refused.\n"
+      "--from and --to name the routines; both together show every step.\n");
+}
+
+std::string PassNames(const Route& route) {
+  std::string names;
+  for (const Call& call : route.calls) {
+    if (call.IsPass()) {
+      names += names.empty() ? "" : ", ";
+      names += call.routine->name;
+    }
+  }
+  return names;
+}
+
+std::string RoutineName(const Route& route) {
+  switch (route.routine) {
+    case Routine::None:
+      return "refused";
+    case Routine::SameFormat:
+      return "copied";
+    default:
+      return std::string(route.calls.front().routine->name);
+  }
+}
+
+void PrintList(const std::vector<Route>& routes) {
+  Table table = {{"from", "to", "routine", "kernels that run"}};
+  for (const Route& route : routes) {
+    table.push_back({std::string(NameOf(route.source)), std::string(NameOf(route.target)),
+                     RoutineName(route), PassNames(route)});
+  }
+  Print(table);
+}
+
+std::string KindOf(const Call& call) {
+  switch (call.routine->kind) {
+    case RoutineInfo::Kind::Kernel:
+      return "kernel";
+    case RoutineInfo::Kind::Demosaic:
+      return "demosaic";
+    case RoutineInfo::Kind::Wrapper:
+      return "forwards";
+    case RoutineInfo::Kind::Chain:
+      return fmt::format("chain through a {} image", NameOf(call.routine->temporary));
+  }
+  return "";
+}
+
+void PrintSteps(const Route& route) {
+  if (route.calls.empty()) {
+    fmt::print("{} -> {}: {}\n", NameOf(route.source), NameOf(route.target), RoutineName(route));
+    return;
+  }
+  Table table = {{"routine", "from", "to", "is a", "answers"}};
+  for (const Call& call : route.calls) {
+    const bool runs = call.IsPass();
+    const bool passesOn = call.routine->result == RoutineInfo::Result::LastStep;
+    table.push_back({std::string(2 * static_cast<std::size_t>(call.depth), ' ') +
+                         std::string(call.routine->name),
+                     std::string(NameOf(call.source)), std::string(NameOf(call.target)),
+                     KindOf(call),
+                     runs       ? "its result"
+                     : passesOn ? "its last step's"
+                                : "success"});
+  }
+  Print(table);
+  fmt::print("\nKernels that run: {}\n", PassNames(route));
+}
+
+// --- JSON ----------------------------------------------------------------------------------------
+
+std::string JsonOf(const Call& call) {
+  return fmt::format(R"({{"name": {}, "from": {}, "to": {}}})", Json(call.routine->name),
+                     Json(NameOf(call.source)), Json(NameOf(call.target)));
+}
+
+std::string JsonOf(const Route& route) {
+  std::string kernels;
+  for (const Call& call : route.calls) {
+    if (call.IsPass()) {
+      kernels += (kernels.empty() ? "" : ", ") + JsonOf(call);
+    }
+  }
+  const std::string routine = route.calls.empty() ? "null" : Json(RoutineName(route));
+  const char* kind = route.routine == Routine::None         ? "refused"
+                     : route.routine == Routine::SameFormat ? "copied"
+                                                            : "converted";
+  return fmt::format(R"({{"from": {}, "to": {}, "is": "{}", "routine": {}, "kernels": [{}]}})",
+                     Json(NameOf(route.source)), Json(NameOf(route.target)), kind, routine,
+                     kernels);
+}
+
+void PrintJson(const std::vector<Route>& routes) {
+  fmt::print("[");
+  const char* separator = "\n";
+  for (const Route& route : routes) {
+    fmt::print("{}  {}", separator, JsonOf(route));
+    separator = ",\n";
+  }
+  fmt::print("\n]\n");
+}
+
+void Run(const Options& options) {
+  const auto* from = options.from.empty() ? nullptr : &ParseFormat("--from", options.from);
+  const auto* to = options.to.empty() ? nullptr : &ParseFormat("--to", options.to);
+  const std::vector<Route> routes = RoutesOf(from, to);
+  if (options.json) {
+    PrintJson(routes);
+  } else if (from != nullptr && to != nullptr) {
+    PrintSteps(routes.front());
+  } else if (from != nullptr || to != nullptr) {
+    PrintList(routes);
+  } else {
+    PrintMatrix(routes);
+  }
+}
+
+}  // namespace
+
+void AddRoutesCommand(CLI::App& app) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* command =
+      app.add_subcommand("routes", "Show which kernels run for which pair of formats");
+  command->add_option("--from", options->from, "Only from this format")->check(NotEmpty);
+  command->add_option("--to", options->to, "Only to this format")->check(NotEmpty);
+  command->add_flag("--json", options->json, "Print JSON");
+  command->callback([options] { Run(*options); });
+}
+
+}  // namespace Korvex2::Tool

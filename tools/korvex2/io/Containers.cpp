@@ -1,0 +1,149 @@
+#include "io/Containers.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+
+#include "Failure.h"
+#include "Names.h"
+#include "io/Dump.h"
+#include "io/Png.h"
+#include "io/Pnm.h"
+
+namespace Korvex2::Tool {
+namespace {
+
+constexpr unsigned kGrey = 1U << 1;
+constexpr unsigned kRgb = 1U << 3;
+constexpr unsigned kRgba = 1U << 4;
+constexpr unsigned kAnything = 0;
+
+constexpr Container kContainers[] = {
+    // clang-format off
+    {"PNG", ".png",       kGrey | kRgb | kRgba, ReadPng, WritePng,  "grey, RGB and RGBA, 8 and 16 bits"},
+    {"PGM", ".pgm",       kGrey,                ReadPnm, WritePnm,  "grey, 8 and 16 bits"},
+    {"PPM", ".ppm",       kRgb,                 ReadPnm, WritePnm,  "RGB, 8 and 16 bits"},
+    {"PNM", ".pnm",       kGrey | kRgb,         ReadPnm, WritePnm,  "grey and RGB, 8 and 16 bits"},
+    {"PAM", ".pam",       kGrey | kRgb | kRgba, ReadPnm, WritePam,  "grey, RGB and RGBA, 8 and 16 bits"},
+    {"raw", ".raw .bin",  kAnything,            nullptr, nullptr,   "headerless, any format; reading needs --from, --width, --height"},
+    // clang-format on
+};
+
+std::string ExtensionOf(const std::string& path) {
+  std::string extension = std::filesystem::path(path).extension().string();
+  for (char& c : extension) {
+    c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  }
+  return extension;
+}
+
+bool HasExtension(const Container& container, const std::string& extension) {
+  return !extension.empty() &&
+         (' ' + std::string(container.extensions) + ' ').find(' ' + extension + ' ') !=
+             std::string::npos;
+}
+
+std::string AllExtensions() {
+  std::string all;
+  for (const Container& container : kContainers) {
+    all += all.empty() ? "" : " ";
+    all += container.extensions;
+  }
+  return all;
+}
+
+std::string NamesHeldBy(const Container& container) {
+  std::string names;
+  for (const PixelFormatInfo& format : PixelFormats()) {
+    if (Holds(container, format.format)) {
+      names += names.empty() ? "" : ", ";
+      names += format.name;
+    }
+  }
+  return names;
+}
+
+Image ReadHeaderless(const std::string& path, const InputShape& shape) {
+  const InputFile file(path);
+  if (shape.format != nullptr && shape.width && shape.height) {
+    return ReadDump(file, *shape.format, *shape.width, *shape.height, shape.tile);
+  }
+  const std::string sizes = shape.format == nullptr ? "" : CommonSizes(*shape.format, file.size());
+  throw UsageFailure("{} has no header: say --from, --width and --height (it has {} bytes{})", path,
+                     file.size(), sizes.empty() ? "" : ", as " + sizes + " would");
+}
+
+void RequireSameSize(const std::string& path, const Raster& raster, const InputShape& shape) {
+  if (shape.width.value_or(raster.width) != raster.width ||
+      shape.height.value_or(raster.height) != raster.height) {
+    throw Failure("{} is {} x {} pixels; --width and --height are for headerless files", path,
+                  raster.width, raster.height);
+  }
+}
+
+}  // namespace
+
+std::span<const Container> Containers() {
+  return kContainers;
+}
+
+const Container& ContainerOf(const std::string& path) {
+  const std::string extension = ExtensionOf(path);
+  for (const Container& container : kContainers) {
+    if (HasExtension(container, extension)) {
+      return container;
+    }
+  }
+  throw Failure("the name {} does not say what kind of file it is; let it end in one of {}", path,
+                AllExtensions());
+}
+
+bool Holds(const Container& container, PixelFormat format) {
+  const unsigned channels = RasterChannels(format);
+  return container.channels == kAnything ||
+         (channels != 0 && (container.channels >> channels & 1U) != 0);
+}
+
+void RequireHolds(const std::string& path, PixelFormat format) {
+  const Container& container = ContainerOf(path);
+  if (!Holds(container, format)) {
+    throw Failure("{} does not fit into {}: {} holds {}; write a .raw file, or convert --to {}",
+                  NameOf(format), path, container.name, NamesHeldBy(container),
+                  container.channels == kGrey ? "mono8" : "rgb8");
+  }
+}
+
+Image ReadImage(const std::string& path, const InputShape& shape) {
+  const Container& container = ContainerOf(path);
+  if (container.read == nullptr) {
+    return ReadHeaderless(path, shape);
+  }
+  Raster raster = container.read(InputFile(path));
+  RequireSameSize(path, raster, shape);
+  return ToImage(std::move(raster), shape.format, shape.tile, path);
+}
+
+void WriteImage(const Image& image, const std::string& path) {
+  RequireHolds(path, image.GetPixelFormat());
+  const Container& container = ContainerOf(path);
+  OutputFile file(path);
+  if (container.write == nullptr) {
+    WriteDump(image, file);
+  } else {
+    container.write(ToRaster(image), file);
+  }
+  file.Commit();
+}
+
+std::string ContainerHelp() {
+  std::string help = "Files, by the extension of their names:\n";
+  for (const Container& container : kContainers) {
+    help += fmt::format("  {:<10} {}\n", container.extensions, container.description);
+  }
+  return help +
+         "Blue-first formats are stored in a picture file as RGB, mosaics as grey. Grey of 16 "
+         "bits,\n"
+         "colour and alpha come in as mono16, rgb8, rgbu, rgb16 or bgru16.\n";
+}
+
+}  // namespace Korvex2::Tool

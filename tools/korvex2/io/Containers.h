@@ -1,0 +1,53 @@
+#pragma once
+
+/// The file formats, chosen by the extension of a file's name.
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "Image.h"
+#include "PixelFormats.h"
+#include "io/Raster.h"
+
+namespace Korvex2::Tool {
+
+/// One row of the table of file formats.
+struct Container {
+  std::string_view name;
+  std::string_view extensions;       ///< with their dots, separated by spaces
+  unsigned channels;                 ///< bit n: holds pictures of n channels; 0: holds any format
+  Raster (*read)(const InputFile&);  ///< null for headerless files
+  void (*write)(const Raster&, OutputFile&);  ///< null for headerless files
+  std::string_view description;
+};
+
+std::span<const Container> Containers();
+
+/// The row for a file name; a Failure when its extension is none of the table's.
+const Container& ContainerOf(const std::string& path);
+
+/// Whether a file of this kind stores the samples of the format losslessly.
+bool Holds(const Container& container, PixelFormat format);
+
+/// A Failure that says which formats would fit into such a file, unless this one does.
+void RequireHolds(const std::string& path, PixelFormat format);
+
+/// What the command line says about an input; headerless files need all but the tile.
+struct InputShape {
+  const PixelFormatInfo* format = nullptr;
+  std::optional<std::uint32_t> width;
+  std::optional<std::uint32_t> height;
+  BayerTileFormat tile = NONE;
+};
+
+Image ReadImage(const std::string& path, const InputShape& shape);
+
+/// Writes the image or fails and leaves what was there.
+void WriteImage(const Image& image, const std::string& path);
+
+/// A few lines for the help of commands that read and write images.
+std::string ContainerHelp();
+
+}  // namespace Korvex2::Tool

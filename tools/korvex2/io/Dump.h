@@ -1,0 +1,26 @@
+#pragma once
+
+/// Headerless files: the packed pixels of a frame and nothing else.
+
+#include "Image.h"
+#include "PixelFormats.h"
+#include "io/File.h"
+
+namespace Korvex2::Tool {
+
+/// Bytes of a dump of `pixels` pixels: a begun group (of 2 pixels at 12 bits and in 4:2:2, of 4 in
+/// 4:1:1) is stored whole, since its pixels share their bytes.
+std::uint64_t DumpSize(const PixelFormatInfo& format, std::uint64_t pixels);
+
+/// The file as a frame. A Failure unless its size is that of the frame to the byte; the message
+/// says which sizes and formats would fit.
+Image ReadDump(const InputFile& file, const PixelFormatInfo& format, std::uint32_t width,
+               std::uint32_t height, BayerTileFormat tile);
+
+void WriteDump(const Image& image, OutputFile& file);
+
+/// Which common frame sizes a file of `size` bytes has in the format: ", as 640 x 480 would be",
+/// or nothing.
+std::string CommonSizes(const PixelFormatInfo& format, std::uint64_t size);
+
+}  // namespace Korvex2::Tool

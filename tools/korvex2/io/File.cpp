@@ -1,0 +1,166 @@
+#include "io/File.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+
+#include "Failure.h"
+
+namespace Korvex2::Tool {
+namespace {
+
+// An image has at most 4 GiB - 1 bytes; the rest leaves room for headers and for text formats.
+constexpr std::uint64_t kLargestFile = std::uint64_t{64} << 30;
+
+[[noreturn]] void FailWithErrno(const char* action, const std::string& path) {
+  const int reason = errno;
+  throw Failure("cannot {} {}: {}", action, path, std::strerror(reason));
+}
+
+void RequireRegular(const struct stat& status, const std::string& path) {
+  if (S_ISDIR(status.st_mode)) {
+    throw Failure("{} is a folder; name a file", path);
+  }
+  if (!S_ISREG(status.st_mode)) {
+    throw Failure("{} is not a regular file; devices and pipes are not supported", path);
+  }
+}
+
+// What an interrupted process has to remove. Set while one output file is open.
+char g_temporary[4096];
+
+extern "C" void RemoveTemporaryAndDie(int signal) {
+  unlink(g_temporary);
+  std::signal(signal, SIG_DFL);
+  raise(signal);
+}
+
+void RemoveWhenInterrupted(const std::string& temporary) {
+  if (temporary.size() >= sizeof g_temporary) {
+    return;
+  }
+  std::memcpy(g_temporary, temporary.c_str(), temporary.size() + 1);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    if (std::signal(signal, RemoveTemporaryAndDie) == SIG_IGN) {
+      std::signal(signal, SIG_IGN);
+    }
+  }
+}
+
+}  // namespace
+
+InputFile::InputFile(const std::string& path)
+    : m_path(path), m_fd(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
+  struct stat status;
+  if (m_fd < 0 || fstat(m_fd, &status) != 0) {
+    FailWithErrno("read", path);
+  }
+  try {
+    RequireRegular(status, path);
+    m_size = static_cast<std::uint64_t>(status.st_size);
+    if (m_size > kLargestFile) {
+      throw Failure("{} has {} bytes; a frame has at most 4294967295", path, m_size);
+    }
+  } catch (...) {
+    close(m_fd);
+    throw;
+  }
+}
+
+InputFile::~InputFile() {
+  close(m_fd);
+}
+
+void InputFile::ReadInto(unsigned char* buffer) const {
+  for (std::uint64_t done = 0; done < m_size;) {
+    const ssize_t count = pread(m_fd, buffer + done, m_size - done, static_cast<off_t>(done));
+    if (count < 0 && errno == EINTR) {
+      continue;
+    }
+    if (count < 0) {
+      FailWithErrno("read", m_path);
+    }
+    if (count == 0) {
+      throw Failure("{} became shorter while it was read", m_path);
+    }
+    done += static_cast<std::uint64_t>(count);
+  }
+}
+
+Bytes InputFile::Read() const {
+  Bytes bytes(m_size);
+  ReadInto(bytes.data.get());
+  return bytes;
+}
+
+OutputFile::OutputFile(const std::string& path) : m_path(path), m_target(path) {
+  mode_t mode = 0;
+  struct stat status;
+  if (stat(path.c_str(), &status) == 0) {
+    RequireRegular(status, path);
+    mode = status.st_mode & 07777;
+    m_target = std::filesystem::canonical(path).string();
+  }
+  const std::filesystem::path target(m_target);
+  const std::string name =
+      fmt::format(".{}.{}.tmp", target.filename().string().substr(0, 200), getpid());
+  m_temporary = (target.parent_path() / name).string();
+
+  const int fd = open(m_temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  if (fd < 0) {
+    m_temporary.clear();
+    FailWithErrno("write", path);
+  }
+  RemoveWhenInterrupted(m_temporary);
+  m_stream = fdopen(fd, "wb");
+  if (m_stream == nullptr || (mode != 0 && fchmod(fd, mode) != 0)) {
+    const int reason = errno;
+    m_stream == nullptr ? close(fd) : std::fclose(m_stream);
+    unlink(m_temporary.c_str());
+    errno = reason;
+    FailWithErrno("write", path);
+  }
+}
+
+OutputFile::~OutputFile() {
+  if (m_stream != nullptr) {
+    std::fclose(m_stream);
+  }
+  if (!m_temporary.empty()) {
+    unlink(m_temporary.c_str());
+  }
+}
+
+void OutputFile::Write(const void* data, std::size_t size) {
+  if (size != 0 && std::fwrite(data, 1, size, m_stream) != size) {
+    FailWithErrno("write", m_path);
+  }
+}
+
+void OutputFile::Close() {
+  const bool failed = std::fflush(m_stream) != 0 || std::ferror(m_stream) != 0;
+  const int reason = errno;
+  const bool closed = std::fclose(std::exchange(m_stream, nullptr)) == 0;
+  if (failed) {
+    errno = reason;
+  }
+  if (failed || !closed) {
+    FailWithErrno("write", m_path);
+  }
+}
+
+void OutputFile::Commit() {
+  Close();
+  if (std::rename(m_temporary.c_str(), m_target.c_str()) != 0) {
+    FailWithErrno("write", m_path);
+  }
+  m_temporary.clear();
+}
+
+}  // namespace Korvex2::Tool
