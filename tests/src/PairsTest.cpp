@@ -24,7 +24,7 @@ struct Size {
   unsigned rows, cols;
 };
 
-constexpr Size kSmallSizes[] = {{0, 0}, {0, 7}, {7, 0}, {1, 1}, {1, 2}, {2, 1},
+constexpr Size kSmallSizes[] = {{0, 0}, {0, 7}, {7, 0}, {1, 1}, {1, 2},  {2, 1},
                                 {1, 3}, {3, 1}, {3, 5}, {5, 7}, {3, 641}};
 
 /// Names for the cases counted, so that ctest's properties show them.
@@ -111,8 +111,8 @@ class RawPairs : public testing::TestWithParam<Reference::Format> {
   }
 };
 
-constexpr Size kRawSizes[] = {{0, 0}, {1, 1}, {1, 2}, {2, 1}, {1, 3}, {2, 2},
-                              {4, 6}, {3, 5}, {5, 7}, {6, 10}};
+constexpr Size kRawSizes[] = {{0, 0}, {1, 1}, {1, 2}, {2, 1}, {1, 3},
+                              {2, 2}, {4, 6}, {3, 5}, {5, 7}, {6, 10}};
 
 TEST_P(RawPairs, AgreeForEveryTileAndMethodAtSmallSizes) {
   for (const Reference::Format target : AllFormats()) {
