@@ -156,7 +156,7 @@ TEST_P(RawPairs, AgreeWithPaddedRowsAndStructuredContent) {
 TEST_P(RawPairs, AgreeAtLargeSizes) {
   unsigned turn = 0;
   for (const Reference::FormatRow& target : Reference::Formats()) {
-    for (const unsigned method : {1U, 2U, 3U, 4U, 7U}) {
+    for (const unsigned method : {1U, 2U, 3U, 4U, 5U, 7U}) {
       ++turn;
       Expect({GetParam(), target.value, 480, 640, 0, 1 + turn % 4, method, Content::Random,
               turn % 2 == 0, -1});
