@@ -1,6 +1,7 @@
 #include "kernels/Kernels.h"
 
 #include "kernels/scalar/Scalar.h"
+#include "kernels/simd/Simd.h"
 
 namespace Korvex2::kernels {
 
@@ -13,6 +14,13 @@ Kernel Find(Routine routine) noexcept {
     default:
       return nullptr;
   }
+}
+
+FastKernel FindFast(Routine routine) noexcept {
+  if (const FastKernel move = simd::Moves(routine)) {
+    return move;
+  }
+  return simd::Colour(routine);
 }
 
 }  // namespace Korvex2::kernels
