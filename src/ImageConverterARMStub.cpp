@@ -275,7 +275,7 @@ Error ImageConverter::RunWrapper(const RoutineInfo& info, const Image* pSrc, Ima
 // it.
 Error ImageConverter::RunChain(const RoutineInfo& info, const Image* pSrc, Image* pDst) const {
   Image temporary;
-  if (TempImage(pSrc, &temporary, info.temporary) != VORERROR_OK) {
+  if (TempImage(pSrc, &temporary, info.temporary) == VORERROR_FAILED) {  // too large, or no memory
     ClearFrom(0, pDst);
   }
   (void)Run(info.firstStep, pSrc, &temporary);

@@ -1,6 +1,5 @@
 #include "reference/Converter.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include "reference/Kernels.h"
@@ -29,8 +28,6 @@ bool AnyNull(const Frame* source, const Frame* destination) {
 
 void Frame::Shape(std::uint32_t newRows, std::uint32_t newCols, std::uint32_t newStride,
                   Format newFormat, std::uint32_t newTile) {
-  const bool same = data != nullptr && rows == newRows && cols == newCols && stride == newStride &&
-                    format == newFormat;
   rows = newRows;
   cols = newCols;
   stride = newStride;
@@ -38,13 +35,7 @@ void Frame::Shape(std::uint32_t newRows, std::uint32_t newCols, std::uint32_t ne
   tile = newTile;
   dataSize = newRows * newStride;
   // One byte at least, so that there is an address.
-  const std::size_t bytes = BufferBytes(newRows, newCols, newStride, newFormat) + 1;
-  if (same) {
-    const std::size_t packed = (std::size_t{newRows} * newCols * BitsPerPixel(newFormat) + 7) / 8;
-    for (std::size_t i = packed; i < owned.size(); ++i) owned[i] = 0;
-  } else {
-    owned.assign(bytes, 0);
-  }
+  owned.assign(BufferBytes(newRows, newCols, newStride, newFormat) + 1, 0);
   data = owned.data();
 }
 
@@ -173,7 +164,9 @@ Outcome Converter::Convert(const Frame* source, Format target, Frame* destinatio
   if (destination == nullptr) return Failure(kInvalidParameter, kDestinationNull);
   const Format sourceFormat = source->format;  // read before the shaping: both may be one image
   const std::uint32_t stride = RowBytes(source->cols, BitsPerPixel(target));
-  destination->Shape(source->rows, source->cols, stride, target, source->tile);
+  const bool unchanged =
+      source == destination && sourceFormat == target && source->stride == stride;
+  if (!unchanged) destination->Shape(source->rows, source->cols, stride, target, source->tile);
   if (sourceFormat == target) {
     if (source != destination) {
       destination->Shape(source->rows, source->cols, source->stride, target, source->tile);

@@ -30,8 +30,7 @@ struct Frame {
   std::uint32_t dataSize = 0;
   std::vector<std::uint8_t> owned;
 
-  /// Shapes the frame on bytes of its own. What stood there survives where the shape stays the
-  /// same; all else, and always what lies past the packed pixels, is zero.
+  /// Shapes the frame on bytes of its own, all zero.
   void Shape(std::uint32_t newRows, std::uint32_t newCols, std::uint32_t newStride,
              Format newFormat, std::uint32_t newTile);
 };
@@ -85,7 +84,8 @@ struct Converter {
   /// Temporaries that need more than this find no memory.
   std::uint64_t memoryLimit = 0xFFFFFFFF;
 
-  /// The whole conversion. The destination's own bytes are used as Frame::Shape says.
+  /// The whole conversion. Nothing depends on what the destination held before; converting an image
+  /// into itself is the exception.
   Outcome Convert(const Frame* source, Format target, Frame* destination) const;
 
   /// The routine of a target format, for a destination that is already shaped.

@@ -19,7 +19,8 @@ struct NamedType {
   const char* name;
 };
 
-#define NAMED(type) {type, #type}
+#define NAMED(type) \
+  { type, #type }
 constexpr NamedType kTypes[] = {
     NAMED(VORERROR_UNDEFINED),
     NAMED(VORERROR_OK),
@@ -127,16 +128,15 @@ TEST(Error, CarriesWhereWhenAndWhy) {
 
 TEST(Error, FormatsItsMessageWhateverTheLength) {
   const std::string longText(5000, 'x');
-  const Error error = InternalError(1, "f", "d", "t", VORERROR_FAILED, "%d %s %u!", -7,
-                                    longText.c_str(), 9U);
+  const Error error =
+      InternalError(1, "f", "d", "t", VORERROR_FAILED, "%d %s %u!", -7, longText.c_str(), 9U);
   EXPECT_EQ(error.GetMessage(), "-7 " + longText + " 9!");
 }
 
 TEST(Error, CopiesItsStrings) {
   std::string file = "temporary.cpp";
   std::string date = "date";
-  const Error error =
-      InternalError(1, file.c_str(), date.c_str(), "t", VORERROR_FAILED, "message");
+  const Error error = InternalError(1, file.c_str(), date.c_str(), "t", VORERROR_FAILED, "message");
   file.assign(file.size(), '?');
   date.assign(date.size(), '?');
   EXPECT_STREQ(error.GetFile(), "temporary.cpp");

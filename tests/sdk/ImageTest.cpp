@@ -113,8 +113,8 @@ TEST(Image, HoldsEveryByteThatAKernelMayTouchAndAllAreZero) {
                   .GetType(),
               VORERROR_OK);
           ASSERT_NE(image.GetData(), nullptr) << row.name << ' ' << rows << ' ' << cols;
-          const auto size = static_cast<std::size_t>(
-              Reference::BufferBytes(rows, cols, stride, row.value));
+          const auto size =
+              static_cast<std::size_t>(Reference::BufferBytes(rows, cols, stride, row.value));
           ASSERT_TRUE(AllBytesAre(image.GetData(), 0, size, 0)) << row.name;
           std::memset(image.GetData(), 0xA5, size);  // a sanitizer sees what lies outside
         }
@@ -156,8 +156,8 @@ TEST(Image, RefusesShapesOverFourGigabytesAndStaysAsItWas) {
     PixelFormat format;
   };
   const Large larges[] = {
-      {2, 1, 0x80000000, PIXEL_FORMAT_MONO8},             // rows x stride is 4 GiB
-      {65536, 65536, 1, PIXEL_FORMAT_MONO8},              // the packed pixels are
+      {2, 1, 0x80000000, PIXEL_FORMAT_MONO8},  // rows x stride is 4 GiB
+      {65536, 65536, 1, PIXEL_FORMAT_MONO8},   // the packed pixels are
       {0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, PIXEL_FORMAT_BGRU16},
       {65536, 65536, 0, PIXEL_FORMAT_BGRU16},
       {1, 0xFFFFFFFF, 8, PIXEL_FORMAT_MONO16},
@@ -221,9 +221,9 @@ TEST(LentBuffer, RefusesWhatDoesNotFitWithTheCompletedGroup) {
     std::size_t bytes;
   };
   const Shape shapes[] = {
-      {1, 3, PIXEL_FORMAT_RGB8, 12},   {1, 2, PIXEL_FORMAT_MONO12, 3},
+      {1, 3, PIXEL_FORMAT_RGB8, 12},    {1, 2, PIXEL_FORMAT_MONO12, 3},
       {5, 8, PIXEL_FORMAT_411YUV8, 12}, {3, 6, PIXEL_FORMAT_422YUV8, 8},
-      {1, 50, PIXEL_FORMAT_MONO8, 50}, {4, 0, PIXEL_FORMAT_BGRU16, 32},
+      {1, 50, PIXEL_FORMAT_MONO8, 50},  {4, 0, PIXEL_FORMAT_BGRU16, 32},
   };
   for (const Shape& shape : shapes) {
     std::vector<unsigned char> bytes(shape.bytes, 0x11);

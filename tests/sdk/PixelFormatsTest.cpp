@@ -45,7 +45,8 @@ TEST(PixelFormats, AgreeWithTheOracleOnSizes) {
     EXPECT_FALSE(info->layout.empty()) << row.name;
     for (std::uint64_t pixels = 0; pixels < 20; ++pixels) {
       EXPECT_GE(PackedSize(*info, pixels) * 8, pixels * row.bits) << row.name;
-      EXPECT_GE(ReachedSize(*info, pixels), Reference::BufferBytes(1, static_cast<std::uint32_t>(pixels), 0, row.value))
+      EXPECT_GE(ReachedSize(*info, pixels),
+                Reference::BufferBytes(1, static_cast<std::uint32_t>(pixels), 0, row.value))
           << row.name;
     }
   }

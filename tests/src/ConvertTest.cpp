@@ -86,13 +86,13 @@ TEST(Convert, WrapsTheRefusalOfAShape) {
 }
 
 TEST(Convert, ShapesTheDestinationBeforeItRefusesTheTarget) {
-  for (const PixelFormat target : {PIXEL_FORMAT_S_MONO16, PIXEL_FORMAT_S_RGB16,
-                                   PIXEL_FORMAT_422YUV8_JPEG, UNSPECIFIED_PIXEL_FORMAT,
-                                   static_cast<PixelFormat>(0x12345)}) {
+  for (const PixelFormat target :
+       {PIXEL_FORMAT_S_MONO16, PIXEL_FORMAT_S_RGB16, PIXEL_FORMAT_422YUV8_JPEG,
+        UNSPECIFIED_PIXEL_FORMAT, static_cast<PixelFormat>(0x12345)}) {
     const Image source = Frame(3, 5, PIXEL_FORMAT_RAW8, GBRG);
     Image destination = Frame(1, 1, PIXEL_FORMAT_MONO8);
-    ExpectError(ImageConverter().Convert(&source, target, &destination),
-                VORERROR_INVALID_PARAMETER, Reference::kBadFormat);
+    ExpectError(ImageConverter().Convert(&source, target, &destination), VORERROR_INVALID_PARAMETER,
+                Reference::kBadFormat);
     EXPECT_EQ(destination.GetPixelFormat(), target);
     EXPECT_EQ(destination.GetRows(), 3U);
     EXPECT_EQ(destination.GetCols(), 5U);

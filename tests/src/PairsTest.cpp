@@ -24,7 +24,7 @@ struct Size {
   unsigned rows, cols;
 };
 
-constexpr Size kSmallSizes[] = {{0, 0}, {0, 7}, {7, 0}, {1, 1}, {1, 2}, {2, 1},
+constexpr Size kSmallSizes[] = {{0, 0}, {0, 7}, {7, 0}, {1, 1}, {1, 2},  {2, 1},
                                 {1, 3}, {3, 1}, {3, 5}, {5, 7}, {3, 641}};
 
 /// Names for the cases counted, so that ctest's properties show them.
@@ -111,8 +111,8 @@ class RawPairs : public testing::TestWithParam<Reference::Format> {
   }
 };
 
-constexpr Size kRawSizes[] = {{0, 0}, {1, 1}, {1, 2}, {2, 1}, {1, 3}, {2, 2},
-                              {4, 6}, {3, 5}, {5, 7}, {6, 10}};
+constexpr Size kRawSizes[] = {{0, 0}, {1, 1}, {1, 2}, {2, 1}, {1, 3},
+                              {2, 2}, {4, 6}, {3, 5}, {5, 7}, {6, 10}};
 
 TEST_P(RawPairs, AgreeForEveryTileAndMethodAtSmallSizes) {
   for (const Reference::Format target : AllFormats()) {
@@ -156,7 +156,7 @@ TEST_P(RawPairs, AgreeWithPaddedRowsAndStructuredContent) {
 TEST_P(RawPairs, AgreeAtLargeSizes) {
   unsigned turn = 0;
   for (const Reference::FormatRow& target : Reference::Formats()) {
-    for (const unsigned method : {1U, 2U, 3U, 4U, 7U}) {
+    for (const unsigned method : {1U, 2U, 3U, 4U, 5U, 7U}) {
       ++turn;
       Expect({GetParam(), target.value, 480, 640, 0, 1 + turn % 4, method, Content::Random,
               turn % 2 == 0, -1});

@@ -1,7 +1,7 @@
 #pragma once
 
-/// Memory that runs out on demand. Linking Allocation.cpp replaces operator new: the aligned one, with
-/// which images allocate, and the ordinary one.
+/// Memory that runs out on demand. Linking Allocation.cpp replaces operator new: the aligned one,
+/// with which images allocate, and the ordinary one.
 
 #include <cstddef>
 

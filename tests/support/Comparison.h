@@ -27,8 +27,8 @@ class Noise {
 
 enum class Content { Random, Ramp, Zero, Ones, Extremes };
 
-inline constexpr Content kContents[] = {Content::Random, Content::Ramp, Content::Zero, Content::Ones,
-                                        Content::Extremes};
+inline constexpr Content kContents[] = {Content::Random, Content::Ramp, Content::Zero,
+                                        Content::Ones, Content::Extremes};
 
 void Fill(unsigned char* bytes, std::size_t size, Content content, std::uint32_t seed);
 

@@ -65,7 +65,9 @@ class Probe : public ImageConverter {
   /// The ConvertTo<Target> members.
   static std::span<const TargetMember> Targets();
 
-  Error Call(Member member, const Image* pSrc, Image* pDst) const { return (this->*member)(pSrc, pDst); }
+  Error Call(Member member, const Image* pSrc, Image* pDst) const {
+    return (this->*member)(pSrc, pDst);
+  }
   /// A routine by its name, which must exist.
   Error Call(std::string_view name, const Image* pSrc, Image* pDst) const;
 };

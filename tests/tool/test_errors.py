@@ -98,7 +98,7 @@ def test_a_png_with_any_damaged_byte_fails_or_is_read_whole(tool):
     for at in range(len(whole)):
         (tool.folder / "in.png").write_bytes(whole[:at] + bytes([whole[at] ^ 0x20]) + whole[at + 1:])
         result = tool.run("convert", "in.png", "out.pgm", "--to", "mono8")
-        assert result.returncode in (0, 1)
+        assert result.returncode in (0, 1) and result.stderr.count("\n") == result.returncode, result.stderr
         assert (tool.folder / "out.pgm").exists() == (result.returncode == 0)
         (tool.folder / "out.pgm").unlink(missing_ok=True)
 
@@ -165,6 +165,14 @@ def test_a_dump_too_large_for_a_frame(tool):
     result = tool.run("convert", "in.raw", "out.raw", "--from", "mono8", "--width", 70000, "--height", 70000,
                       "--to", "mono8")
     assert result.returncode == 1 and "4 GiB" in result.stderr and result.stderr.count("\n") == 1
+    assert not (tool.folder / "out.raw").exists()
+
+
+def test_a_file_too_large_to_read(tool):
+    (tool.folder / "in.png").write_bytes(b"")
+    os.truncate(tool.folder / "in.png", 100 << 30)  # sparse
+    result = tool.run("convert", "in.png", "out.raw", "--to", "mono8")
+    assert result.returncode == 1 and "107374182400 bytes" in result.stderr
     assert not (tool.folder / "out.raw").exists()
 
 

@@ -22,12 +22,15 @@ constexpr Named<BayerTileFormat> kTiles[] = {
     {"rggb", RGGB}, {"grbg", GRBG}, {"gbrg", GBRG}, {"bggr", BGGR}, {"none", NONE},
 };
 
-// How the names of mosaics in GenICam's naming convention begin: BayerRG8, BayerRG12Packed ...
+// How the names of raw formats begin that say the tile as well: those of GenICam (BayerRG8,
+// BayerRG12Packed ...), of FFmpeg (bayer_rggb8 ...) and four-character codes.
 constexpr Named<BayerTileFormat> kTilePrefixes[] = {
-    {"bayerrg", RGGB},
-    {"bayergr", GRBG},
-    {"bayergb", GBRG},
-    {"bayerbg", BGGR},
+    // clang-format off
+    {"bayerrg", RGGB}, {"bayer_rggb", RGGB}, {"rggb", RGGB}, {"rg16", RGGB},
+    {"bayergr", GRBG}, {"bayer_grbg", GRBG}, {"grbg", GRBG}, {"gr16", GRBG},
+    {"bayergb", GBRG}, {"bayer_gbrg", GBRG}, {"gbrg", GBRG}, {"gb16", GBRG},
+    {"bayerbg", BGGR}, {"bayer_bggr", BGGR}, {"ba81", BGGR}, {"byr2", BGGR},
+    // clang-format on
 };
 
 constexpr Named<ColorProcessingAlgorithm> kMethods[] = {
@@ -102,17 +105,16 @@ std::size_t DistanceTo(const PixelFormatInfo& format, std::string_view wanted) {
 std::string Suggestion(std::string_view name) {
   constexpr std::size_t kMost = 3;
   const std::string wanted = Lower(name.substr(0, 40));
-  std::vector<std::pair<std::size_t, std::string_view>> near;
+  std::vector<std::pair<std::size_t, const PixelFormatInfo*>> near;
   for (const PixelFormatInfo& format : PixelFormats()) {
-    near.emplace_back(DistanceTo(format, wanted), format.name);
+    near.emplace_back(DistanceTo(format, wanted), &format);
   }
-  std::stable_sort(near.begin(), near.end(),
-                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  std::sort(near.begin(), near.end());
   const std::size_t limit = std::min(near.front().first, 1 + wanted.size() / 3);
   std::string names;
   for (std::size_t i = 0; i < kMost && near[i].first <= limit; ++i) {
     names += names.empty() ? "" : " or ";
-    names += near[i].second;
+    names += near[i].second->name;
   }
   return names;
 }

@@ -17,8 +17,7 @@ namespace {
 constexpr int kFailed = 1;
 constexpr int kUsage = 2;
 
-constexpr const char* kExamples = R"(
-Examples:
+constexpr const char* kExamples = R"(Examples:
   korvex2 chart chart.png
       draw the test chart
   korvex2 convert photo.png photo.pgm --to mono8

@@ -44,20 +44,18 @@ TEST(ChannelLayout, DropsTheFourthChannel) {
 }
 
 TEST(ChannelLayout, RgbuSwapsToBgruWhenTheFlagMatchesTheHost) {
-  const Bytes result =
-      Converted("ConvertRGBUToBGRU", {1, 2, 3, 4}, 1, 4, kHostIsLittleEndian);
+  const Bytes result = Converted("ConvertRGBUToBGRU", {1, 2, 3, 4}, 1, 4, kHostIsLittleEndian);
   EXPECT_EQ(result, (Bytes{3, 2, 1, 4}));
 }
 
 TEST(ChannelLayout, RgbuSwapFollowsTheFlagWhereItDoesNotMatchTheHost) {
-  const Bytes result =
-      Converted("ConvertRGBUToBGRU", {1, 2, 3, 4}, 1, 4, !kHostIsLittleEndian);
+  const Bytes result = Converted("ConvertRGBUToBGRU", {1, 2, 3, 4}, 1, 4, !kHostIsLittleEndian);
   EXPECT_EQ(result, (Bytes{2, 3, 4, 1}));
 }
 
 TEST(ChannelLayout, SwapOfFour16BitChannelsGoesByTheHostsWordsAndIgnoresTheFlag) {
-  const Bytes expected = kHostIsLittleEndian ? Words({0xD, 0xA, 0xB, 0xC})
-                                             : Words({0xC, 0xB, 0xA, 0xD});
+  const Bytes expected =
+      kHostIsLittleEndian ? Words({0xD, 0xA, 0xB, 0xC}) : Words({0xC, 0xB, 0xA, 0xD});
   for (const bool flag : {false, true}) {
     EXPECT_EQ(Converted("Swap_C1C3_4Channel_16bit", Words({0xA, 0xB, 0xC, 0xD}), 1, 8, flag),
               expected);

@@ -16,7 +16,7 @@
 namespace Korvex2::Test {
 namespace {
 
-class ExactBytes : public testing::TestWithParam<const char*> {
+class ExactBytes : public testing::Test {
  protected:
   GuardedMemory m_source{1 << 14};
   GuardedMemory m_destination{1 << 14};
@@ -53,7 +53,8 @@ class ExactBytes : public testing::TestWithParam<const char*> {
 
     ASSERT_TRUE(std::equal(expected.begin(), expected.end(), destination))
         << routine << " of " << pixels;
-    ASSERT_TRUE(std::equal(original.begin(), original.end(), source)) << routine << " of " << pixels;
+    ASSERT_TRUE(std::equal(original.begin(), original.end(), source))
+        << routine << " of " << pixels;
     ASSERT_TRUE(m_destination.CanariesIntact()) << routine << " of " << pixels;
     ASSERT_TRUE(m_source.CanariesIntact()) << routine << " of " << pixels;
   }

@@ -51,9 +51,8 @@ TEST(SampleDepth, OddCountsHandleTheFullLastPair) {
 
 TEST(SampleDepth, NoPixelsWriteNothingAfterTheClearing) {
   Bytes source(8, 1);
-  for (const char* routine :
-       {"ConvertY8ToY12", "ConvertY8ToY16", "ConvertY12ToY16", "ConvertY16ToY8",
-        "ConvertY16ToY12", "ConvertY12ToY8"}) {
+  for (const char* routine : {"ConvertY8ToY12", "ConvertY8ToY16", "ConvertY12ToY16",
+                              "ConvertY16ToY8", "ConvertY16ToY12", "ConvertY12ToY8"}) {
     Bytes destination(8, 0xEE);
     const LentImage from(0, 5, UNSPECIFIED_PIXEL_FORMAT, source.data(), source.size());
     LentImage to(0, 5, UNSPECIFIED_PIXEL_FORMAT, destination.data(), 4);

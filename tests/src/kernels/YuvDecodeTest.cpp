@@ -56,7 +56,8 @@ TEST(YuvDecode, GroupsShareTheirChroma) {
 }
 
 /// 4:4:4 with an image whose buffer vanishes after so many questions for it: the first is that of
-/// the test before the loop, the second takes the pointer, the further ones stand before a pixel each.
+/// the test before the loop, the second takes the pointer, the further ones stand before a pixel
+/// each.
 int PixelsWritten(int questions, bool ofSource) {
   constexpr unsigned kPixels = 10;
   Bytes source(3 * kPixels, 128);
@@ -66,11 +67,11 @@ int PixelsWritten(int questions, bool ofSource) {
   (ofSource ? from : to).dataCallsUntilNull = questions;
   const Error error = Probe().ConvertYUV444ToRGB(&from, &to);
   EXPECT_EQ(error.GetType(), VORERROR_INVALID_PARAMETER);
-  EXPECT_STREQ(
-      error.GetMessage(),
-      "The source and or destination image pointer was NULL or contained a NULL buffer.");
+  EXPECT_STREQ(error.GetMessage(),
+               "The source and or destination image pointer was NULL or contained a NULL buffer.");
   int written = 0;
-  while (written < static_cast<int>(kPixels) && destination[3U * static_cast<unsigned>(written)] == 128) {
+  while (written < static_cast<int>(kPixels) &&
+         destination[3U * static_cast<unsigned>(written)] == 128) {
     ++written;
   }
   for (std::size_t i = 3U * static_cast<unsigned>(written); i < destination.size(); ++i) {

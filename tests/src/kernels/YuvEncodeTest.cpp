@@ -67,7 +67,7 @@ TEST(YuvEncode, ChromaOfFourPixelsIsTheFloorOfTheirMean) {
     return Bytes{};
   };
   Bytes source;
-  for (const std::uint8_t u : {10, 10, 10, 11}) {
+  for (const std::uint8_t u : Bytes{10, 10, 10, 11}) {
     const Bytes pixel = pixelWithU(u);
     ASSERT_EQ(pixel.size(), 3U);
     source.insert(source.end(), pixel.begin(), pixel.end());

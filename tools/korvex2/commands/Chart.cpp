@@ -60,7 +60,7 @@ void AddChartCommand(CLI::App& app, const Globals& globals) {
                    "Bayer tile of a raw format: rggb (the default), grbg, gbrg or bggr")
       ->check(NotEmpty);
   command->footer(
-      "\nThe chart is drawn in 16 bits a channel and converted like any other picture; for the "
+      "The chart is drawn in 16 bits a channel and converted like any other picture; for the "
       "raw\n"
       "formats a mosaic is sampled from it.\n\n" +
       ContainerHelp() +

@@ -119,7 +119,7 @@ void AddConvertCommand(CLI::App& app, const Globals& globals) {
           "--method", options->method,
           "How to make colour of a raw input: " + MethodNames() + "; none shows the mosaic as grey")
       ->check(NotEmpty);
-  command->footer("\n" + ContainerHelp() + kNotes);
+  command->footer(ContainerHelp() + kNotes);
   command->callback([options, &globals] { Run(*options, globals); });
 }
 

@@ -43,7 +43,7 @@ void AddMosaicCommand(CLI::App& app, const Globals& globals) {
   command->add_option("--tile", options->tile, "The top-left 2x2: rggb, grbg, gbrg or bggr")
       ->required();
   command->add_option("--to", options->to, "raw8, raw12 or raw16")->capture_default_str();
-  command->footer("\n" + ContainerHelp() +
+  command->footer(ContainerHelp() +
                   "\nExamples:\n"
                   "  korvex2 mosaic photo.png mosaic.png --tile rggb\n"
                   "  korvex2 mosaic photo.png mosaic.raw --tile bggr --to raw12\n");

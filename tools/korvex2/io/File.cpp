@@ -16,7 +16,7 @@ namespace Korvex2::Tool {
 namespace {
 
 // An image has at most 4 GiB - 1 bytes; the rest leaves room for headers and for text formats.
-constexpr std::uint64_t kLargestFile = std::uint64_t{64} << 30;
+constexpr std::uint64_t kLargestFile = std::uint64_t{16} << 30;
 
 [[noreturn]] void FailWithErrno(const char* action, const std::string& path) {
   const int reason = errno;

@@ -1,0 +1,79 @@
+/// Every instruction set of this machine gives the bytes of the plain loops.
+
+#include <gtest/gtest.h>
+
+#include <tuple>
+
+#include "Target.h"
+#include "TestPictures.h"
+
+namespace Korvex2::Bayer {
+namespace {
+
+class TargetsTest : public testing::TestWithParam<std::tuple<BayerMethod, Target>> {
+ protected:
+  void compare(const Mosaic& mosaic, BayerPixelFormat input, BayerPixelFormat output) const {
+    for (const BayerPattern pattern : kAllPatterns) {
+      Call call{.method = std::get<0>(GetParam()),
+                .pattern = pattern,
+                .input = input,
+                .output = output,
+                .settings = {.target = Target::kPlain}};
+      const Bytes plain = demosaicedBytes(mosaic, call);
+      call.settings.target = std::get<1>(GetParam());
+      ASSERT_TRUE(demosaicedBytes(mosaic, call) == plain)
+          << mosaic.rows << 'x' << mosaic.cols << " pattern " << pattern << " formats " << input
+          << " to " << output;
+    }
+  }
+
+  void compareContents(int rows, int cols) const {
+    const auto seed = static_cast<std::uint32_t>(rows * 1000 + cols);
+    for (const BayerPixelFormat input : kInputFormats) {
+      const std::uint16_t most = input == BAYER_PIXEL_FORMAT_RAW8 ? 255 : 65535;
+      const Mosaic random = randomMosaic(rows, cols, most, seed);
+      const Mosaic extreme = extremeMosaic(rows, cols, most, seed);
+      const Mosaic dim = randomMosaic(rows, cols, 3, seed);
+      for (const BayerPixelFormat output : kOutputFormats) compare(random, input, output);
+      for (const BayerPixelFormat output : {BAYER_PIXEL_FORMAT_BGR8, BAYER_PIXEL_FORMAT_BGR16}) {
+        compare(extreme, input, output);
+        compare(dim, input, output);
+      }
+    }
+  }
+};
+
+TEST_P(TargetsTest, GiveThePlainBytesAtEverySize) {
+  for (int rows = 2; rows <= 40; rows += 2) {
+    for (int cols = 2; cols <= 40; cols += 2) {
+      compareContents(rows, cols);
+      if (HasFatalFailure()) return;
+    }
+  }
+}
+
+TEST_P(TargetsTest, GiveThePlainBytesAtWidthsAroundVectorsAndBlocks) {
+  for (const int cols : {62, 64, 66, 126, 128, 130, 254, 258, 510, 514, 1026, 2046, 2050, 4098}) {
+    compareContents(4, cols);
+    if (HasFatalFailure()) return;
+  }
+}
+
+std::string nameOf(const testing::TestParamInfo<std::tuple<BayerMethod, Target>>& info) {
+  return std::string(methodName(std::get<0>(info.param))) + '_' +
+         targetName(std::get<1>(info.param));
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, TargetsTest,
+                         testing::Combine(testing::ValuesIn(kAllMethods),
+                                          testing::ValuesIn(availableTargets())),
+                         nameOf);
+
+TEST(Targets, TheBestOneIsAvailable) {
+  const std::vector<Target> targets = availableTargets();
+  EXPECT_EQ(targets.front(), Target::kPlain);
+  EXPECT_NE(std::find(targets.begin(), targets.end(), bestTarget()), targets.end());
+}
+
+}  // namespace
+}  // namespace Korvex2::Bayer

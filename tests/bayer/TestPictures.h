@@ -1,0 +1,132 @@
+#pragma once
+
+/// Pictures, mosaics and calls that the tests of the demosaic engine share.
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <ostream>
+#include <random>
+#include <vector>
+
+#include "Demosaic.h"
+#include "vorbayer.h"
+
+namespace Korvex2::Bayer {
+
+inline constexpr BayerMethod kAllMethods[] = {BAYER_METHOD_NEAREST_NEIGHBOR,
+                                              BAYER_METHOD_EDGE_SENSING,
+                                              BAYER_METHOD_HQLINEAR,
+                                              BAYER_METHOD_DIRECTIONAL_FILTER,
+                                              BAYER_METHOD_WEIGHTED_DIRECTIONAL_FILTER,
+                                              BAYER_METHOD_RIGOROUS};
+
+inline constexpr BayerPattern kAllPatterns[] = {BAYER_PATTERN_RGGB, BAYER_PATTERN_GRBG,
+                                                BAYER_PATTERN_GBRG, BAYER_PATTERN_BGGR};
+
+inline constexpr BayerPixelFormat kInputFormats[] = {BAYER_PIXEL_FORMAT_RAW8,
+                                                     BAYER_PIXEL_FORMAT_RAW16};
+
+inline constexpr BayerPixelFormat kOutputFormats[] = {
+    BAYER_PIXEL_FORMAT_BGR8,   BAYER_PIXEL_FORMAT_BGRU8, BAYER_PIXEL_FORMAT_BGR16,
+    BAYER_PIXEL_FORMAT_BGRU16, BAYER_PIXEL_FORMAT_RGB8,  BAYER_PIXEL_FORMAT_RGBU8,
+    BAYER_PIXEL_FORMAT_RGB16,  BAYER_PIXEL_FORMAT_RGBU16};
+
+/// The name of a method as part of a test's name.
+const char* methodName(BayerMethod method);
+
+/// Layouts, written out once more, apart from the engine's own table.
+int channelsOf(BayerPixelFormat format);
+int channelBytesOf(BayerPixelFormat format);
+bool blueFirstIn(BayerPixelFormat format);
+
+/// 0 red, 1 green, 2 blue.
+int colourAt(BayerPattern pattern, int y, int x);
+
+/// Rows of samples or of RGB triples. Values are at most 255 or 65535, as the test sees fit.
+struct Mosaic {
+  int rows;
+  int cols;
+  std::vector<std::uint16_t> samples;
+
+  Mosaic(int rows, int cols)
+      : rows(rows),
+        cols(cols),
+        samples(static_cast<std::size_t>(rows) * static_cast<std::size_t>(cols)) {}
+  std::uint16_t& at(int y, int x) { return samples[static_cast<std::size_t>(y * cols + x)]; }
+  std::uint16_t at(int y, int x) const { return samples[static_cast<std::size_t>(y * cols + x)]; }
+};
+
+using Rgb = std::array<std::uint16_t, 3>;
+
+struct Picture {
+  int rows;
+  int cols;
+  std::vector<Rgb> pixels;
+
+  Picture(int rows, int cols)
+      : rows(rows),
+        cols(cols),
+        pixels(static_cast<std::size_t>(rows) * static_cast<std::size_t>(cols)) {}
+  Rgb& at(int y, int x) { return pixels[static_cast<std::size_t>(y * cols + x)]; }
+  const Rgb& at(int y, int x) const { return pixels[static_cast<std::size_t>(y * cols + x)]; }
+  bool operator==(const Picture&) const = default;
+};
+
+Mosaic mosaicOf(const Picture& picture, BayerPattern pattern);
+
+/// A block of the heap of exactly this many bytes, so that a sanitizer sees every step outside.
+class Bytes {
+ public:
+  explicit Bytes(std::size_t size, unsigned char fill = 0)
+      : size_(size), data_(new unsigned char[size]) {
+    std::memset(data_.get(), fill, size);
+  }
+  unsigned char* data() { return data_.get(); }
+  const unsigned char* data() const { return data_.get(); }
+  std::size_t size() const { return size_; }
+  bool operator==(const Bytes& other) const {
+    return size_ == other.size_ && std::memcmp(data(), other.data(), size_) == 0;
+  }
+
+ private:
+  std::size_t size_;
+  std::unique_ptr<unsigned char[]> data_;
+};
+
+/// The mosaic as RAW8 (values up to 255) or RAW16, low byte first.
+Bytes encoded(const Mosaic& mosaic, BayerPixelFormat format);
+
+/// Bytes of a picture of that size.
+std::size_t pictureBytes(int rows, int cols, BayerPixelFormat format);
+
+/// The colours of a picture in any of the eight formats; fails the test if an alpha is not opaque.
+Picture decoded(const Bytes& bytes, int rows, int cols, BayerPixelFormat format);
+
+/// What to do with a mosaic.
+struct Call {
+  BayerMethod method = BAYER_METHOD_HQLINEAR;
+  BayerPattern pattern = BAYER_PATTERN_RGGB;
+  BayerPixelFormat input = BAYER_PIXEL_FORMAT_RAW8;
+  BayerPixelFormat output = BAYER_PIXEL_FORMAT_RGB8;
+  Settings settings = {};
+};
+
+/// Runs the engine between blocks of exactly the right size; fails the test if it does not succeed.
+Bytes demosaicedBytes(const Mosaic& mosaic, const Call& call, unsigned char fill = 0);
+Picture demosaiced(const Mosaic& mosaic, const Call& call);
+
+/// Random samples 0 .. most.
+Mosaic randomMosaic(int rows, int cols, std::uint16_t most, std::uint32_t seed);
+
+/// Samples that are 0 or `most`.
+Mosaic extremeMosaic(int rows, int cols, std::uint16_t most, std::uint32_t seed);
+
+/// A made-up 8-bit scene: shaded ground, discs with soft edges, gratings, grain, colours that
+/// follow the brightness as those of real scenes do. Looks the same everywhere, the border
+/// included.
+Picture scene(int rows, int cols, std::uint32_t seed);
+
+}  // namespace Korvex2::Bayer
