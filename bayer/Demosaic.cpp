@@ -19,7 +19,7 @@ using std::ptrdiff_t;
 using std::size_t;
 
 // Bytes of a mosaic sample, 0 for a format that is no mosaic.
-int bytesPerSample(BayerPixelFormat format) {
+int bytesPerSample(int format) {
   switch (format) {
     case BAYER_PIXEL_FORMAT_RAW8:
       return 1;
@@ -30,8 +30,8 @@ int bytesPerSample(BayerPixelFormat format) {
   }
 }
 
-bool knownPattern(BayerPattern pattern) {
-  return static_cast<unsigned>(pattern) <= unsigned{BAYER_PATTERN_BGGR};
+bool knownPattern(int pattern) {
+  return pattern >= BAYER_PATTERN_RGGB && pattern <= BAYER_PATTERN_BGGR;
 }
 
 // No buffer is larger than this, so offsets into a picture that passed need no further care.
@@ -176,7 +176,8 @@ class Walk {
       if (reinterpret_cast<std::uintptr_t>(out) % static_cast<unsigned>(format_.bytesPerChannel)) {
         // Words at odd addresses: made in a row of our own.
         writeRow(y, outputRow_);
-        std::memcpy(out, outputRow_, static_cast<size_t>(block_.cols) * pixelBytes);
+        std::memcpy(out, outputRow_,
+                    static_cast<size_t>(block_.cols) * static_cast<size_t>(pixelBytes));
       } else {
         writeRow(y, out);
       }
