@@ -73,6 +73,13 @@ class Workspace {
   unsigned char* next_;
 };
 
+// The width of blocks of at most `most` columns, when all are to be of almost the same width.
+int evenShare(int cols, int most) {
+  const int blocks = cols / most + (cols % most != 0);
+  const int share = cols / blocks + (cols % blocks != 0);
+  return share + share % 2;
+}
+
 // Sizes of what one demosaic needs, in bytes; everything is a multiple of kVectorBytes.
 struct Layout {
   int blockRows, blockCols, margin;
@@ -83,7 +90,7 @@ struct Layout {
       : blockRows(
             std::min(request.rows, settings.blockRows ? settings.blockRows : method.blockRows)),
         blockCols(
-            std::min(request.cols, settings.blockCols ? settings.blockCols : method.blockCols)),
+            evenShare(request.cols, settings.blockCols ? settings.blockCols : method.blockCols)),
         margin(method.margin),
         besideRow(roundedUp(static_cast<size_t>(margin * sampleBytes)) + kVectorBytes),
         mosaicRow(roundedUp(static_cast<size_t>(blockCols) * static_cast<size_t>(sampleBytes)) +
