@@ -22,7 +22,7 @@ struct Request {
 
 /// How to go about it. The picture does not depend on any of this.
 struct Settings {
-  Target target = bestTarget();
+  Target target = activeTarget();
   /// The largest block to work on, 0 for the method's own; both even.
   int blockRows = 0;
   int blockCols = 0;

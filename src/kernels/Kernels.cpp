@@ -1,7 +1,6 @@
 #include "kernels/Kernels.h"
 
 #include "kernels/scalar/Scalar.h"
-#include "kernels/simd/Simd.h"
 
 namespace Korvex2::kernels {
 
@@ -14,13 +13,6 @@ Kernel Find(Routine routine) noexcept {
     default:
       return nullptr;
   }
-}
-
-FastKernel FindFast(Routine routine) noexcept {
-  if (const FastKernel move = simd::Moves(routine)) {
-    return move;
-  }
-  return simd::Colour(routine);
 }
 
 }  // namespace Korvex2::kernels

@@ -19,7 +19,7 @@ TEST_P(BlocksTest, AnySizeGivesTheSamePicture) {
                 .input = deep ? BAYER_PIXEL_FORMAT_RAW16 : BAYER_PIXEL_FORMAT_RAW8,
                 .output = deep ? BAYER_PIXEL_FORMAT_BGR16 : BAYER_PIXEL_FORMAT_BGR8};
       const Bytes expected = demosaicedBytes(mosaic, call);
-      for (const Target target : {Target::kPlain, bestTarget()}) {
+      for (const Target target : {Target::kPlain, activeTarget()}) {
         for (const auto& [rows, cols] : kBlocks) {
           call.settings = {.target = target, .blockRows = rows, .blockCols = cols};
           EXPECT_TRUE(demosaicedBytes(mosaic, call) == expected)

@@ -7,6 +7,7 @@
 #include "kernels/simd/Arithmetic-inl.h"
 #include "kernels/simd/Interleave-inl.h"
 #include "kernels/simd/Simd.h"
+#include "simd/TargetTable.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Korvex2::kernels::HWY_NAMESPACE {
@@ -321,8 +322,8 @@ namespace Korvex2::kernels::simd {
 
 HWY_EXPORT(FindColour);
 
-FastKernel Colour(Routine routine) {
-  return HWY_DYNAMIC_DISPATCH(FindColour)(routine);
+FastKernel Colour(Simd::Target target, Routine routine) {
+  return KORVEX2_FOR_TARGET(FindColour, target)(routine);
 }
 
 }  // namespace Korvex2::kernels::simd

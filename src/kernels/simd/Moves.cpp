@@ -7,6 +7,7 @@
 // After foreach_target.h.
 #include "kernels/simd/Interleave-inl.h"
 #include "kernels/simd/Simd.h"
+#include "simd/TargetTable.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Korvex2::kernels::HWY_NAMESPACE {
@@ -170,8 +171,8 @@ namespace Korvex2::kernels::simd {
 
 HWY_EXPORT(FindMove);
 
-FastKernel Moves(Routine routine) {
-  return HWY_DYNAMIC_DISPATCH(FindMove)(routine);
+FastKernel Moves(Simd::Target target, Routine routine) {
+  return KORVEX2_FOR_TARGET(FindMove, target)(routine);
 }
 
 }  // namespace Korvex2::kernels::simd
