@@ -6,6 +6,7 @@
 #include "EdgeSensing.h"
 #include "HqLinear.h"
 #include "NearestNeighbor.h"
+#include "WeightedDirectional.h"
 
 namespace Korvex2::Bayer {
 namespace {
@@ -16,7 +17,7 @@ constexpr const Method* kMethods[] = {
     &kEdgeSensing,      // edge sensing
     &kHqLinear,         // HQ linear
     &kHqLinear,         // directional filter
-    &kHqLinear,         // weighted directional filter
+    &kWeightedDirectional,  // weighted directional filter
     &kHqLinear,         // rigorous
 };
 
