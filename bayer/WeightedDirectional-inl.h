@@ -13,27 +13,28 @@
 KORVEX2_BAYER_BEGIN_TARGET_CODE
 
 // One reciprocal per place and direction; the four sides of a pixel are those of its neighbours.
-inline void weights(In above, In here, In below, float level, int from, int to, Row out) {
-  for (int x = from; x < to; ++x) {
+inline void weights(In above, In here, In below, float level, int end, Row out) {
+  for (int x = -kBeside; x < end; ++x) {
     const float sum = level + ((above[x] + below[x]) + here[x]);
     out[x] = 1.0F / (sum * sum * sum);
   }
 }
 
 // The same of a row that holds the sums down its columns.
-inline void weightsOfColumns(In sums, float level, int from, int to, Row out) {
-  for (int x = from; x < to; ++x) {
+inline void weightsOfColumns(In sums, float level, int end, Row out) {
+  for (int x = -kBeside; x < end; ++x) {
     const float sum = level + ((sums[x - 1] + sums[x + 1]) + sums[x]);
     out[x] = 1.0F / (sum * sum * sum);
   }
 }
 
-// How much the four sides count, and the mean with these weights.
+// How much the four sides count; sums with these weights.
 struct Sides {
   float north, south, west, east;
 
-  float mean(float n, float s, float w, float e) const {
-    return ((north * n + south * s) + (west * w + east * e)) / ((north + south) + (west + east));
+  float sum() const { return (north + south) + (west + east); }
+  float sum(float n, float s, float w, float e) const {
+    return (north * n + south * s) + (west * w + east * e);
   }
 };
 
@@ -41,17 +42,20 @@ inline float arm(float here, float one, float two) {
   return 0.5F * here + 0.4F * one + 0.1F * two;
 }
 
-// Green minus colour where the mosaic holds the colour, and green everywhere.
+// Green minus colour where the mosaic holds the colour, green everywhere, and the inverse of the
+// four sides' weights.
 inline void ownDifference(In twoAbove, In above, In here, In below, In twoBelow, In along,
-                          In weightAbove, In weightBelow, In weightHere, In m, In colour, int from,
-                          int to, Row out, Row green) {
-  for (int x = from; x < to; ++x) {
+                          In weightAbove, In weightBelow, In weightHere, In m, In colour, int end,
+                          Row out, Row green, Row perWeight) {
+  for (int x = -kBeside; x < end; ++x) {
     const Sides sides{weightAbove[x], weightBelow[x], weightHere[x - 1], weightHere[x + 1]};
-    const float difference = sides.mean(
+    const float difference = sides.sum(
         arm(here[x], above[x], twoAbove[x]), arm(here[x], below[x], twoBelow[x]),
         arm(along[x], along[x - 1], along[x - 2]), arm(along[x], along[x + 1], along[x + 2]));
-    out[x] = difference;
-    green[x] = m[x] + colour[x] * difference;
+    const float inverse = 1.0F / sides.sum();
+    perWeight[x] = inverse;
+    out[x] = difference * inverse;
+    green[x] = m[x] + colour[x] * (difference * inverse);
   }
 }
 
@@ -59,8 +63,8 @@ inline void ownDifference(In twoAbove, In above, In here, In below, In twoBelow,
 // neighbours, weighted by 1 / (level + |step of green| + |step of the opposite colour|). The
 // weights are brought to a common denominator, which takes one division instead of five.
 inline void oppositeDifference(In ownAbove, In ownBelow, In greenAbove, In greenHere, In greenBelow,
-                               In above, In below, float level, int from, int to, Row out) {
-  for (int x = from; x < to; ++x) {
+                               In above, In below, float level, int end, Row out) {
+  for (int x = -kBeside; x < end; ++x) {
     const float g = greenHere[x];
     const float down = level + magnitude(above[x - 1] - below[x + 1]);
     const float up = level + magnitude(above[x + 1] - below[x - 1]);
@@ -80,15 +84,17 @@ inline void oppositeDifference(In ownAbove, In ownBelow, In greenAbove, In green
 // The row's own colour lies beside a green sample, the opposite colour above and below it.
 template <typename Sample>
 void weightedPixels(In ownAbove, In ownHere, In ownBelow, In oppositeAbove, In oppositeHere,
-                    In oppositeBelow, In weightAbove, In weightBelow, In weightHere, In m, In green,
-                    In colour, In greenPlaces, int cols, Sample* __restrict ownOut,
+                    In oppositeBelow, In weightAbove, In weightBelow, In weightHere, In perWeight,
+                    In m, In green, In colour, In greenPlaces, int end, Sample* __restrict ownOut,
                     Sample* __restrict greenOut, Sample* __restrict oppositeOut) {
-  for (int x = 0; x < cols; ++x) {
+  for (int x = 0; x < end; ++x) {
     const Sides sides{weightAbove[x], weightBelow[x], weightHere[x - 1], weightHere[x + 1]};
     const float ownDifference =
-        sides.mean(oppositeAbove[x], oppositeBelow[x], ownHere[x - 1], ownHere[x + 1]);
+        sides.sum(oppositeAbove[x], oppositeBelow[x], ownHere[x - 1], ownHere[x + 1]) *
+        perWeight[x];
     const float otherDifference =
-        sides.mean(ownAbove[x], ownBelow[x], oppositeHere[x - 1], oppositeHere[x + 1]);
+        sides.sum(ownAbove[x], ownBelow[x], oppositeHere[x - 1], oppositeHere[x + 1]) *
+        perWeight[x];
     ownOut[x] = rounded<Sample>(m[x] - greenPlaces[x] * ownDifference);
     greenOut[x] = rounded<Sample>(green[x]);
     oppositeOut[x] = rounded<Sample>(
@@ -100,6 +106,7 @@ template <typename Sample>
 void weightedDirectional(const Block<Sample>& block) {
   const int rows = block.rows;
   const int cols = block.cols;
+  const int end = columnsEnd(cols);
   const std::ptrdiff_t stride = floatStride(cols);
   constexpr float kLevel = levelOf<Sample>();
   float* scratch = static_cast<float*>(block.scratch);
@@ -113,49 +120,48 @@ void weightedDirectional(const Block<Sample>& block) {
   const Ring<4> own(scratch, stride);
   const Ring<4> green(scratch, stride);
   const Ring<4> opposite(scratch, stride);
+  const Ring<4> perWeight(scratch, stride);
   const Ring<1> temporary(scratch, stride);
   const Places places(scratch, stride);
-  // Each step runs as soon as the rows that it looks at are there, on the rows and columns within
-  // its reach of the block.
+  // Each step runs as soon as the rows that it looks at are there, for the rows within its reach of
+  // the block.
   const auto within = [rows](int y, int reach) { return -reach <= y && y < rows + reach; };
   for (int last = -7; last < rows + 7; ++last) {
-    floatRow(block.mosaic[last], -7, cols + 7, mosaic[last]);
+    floatRow(block.mosaic[last], end, mosaic[last]);
     if (const int y = last - 2; within(y, 5)) {
       const float* const colour = places.colour(colourParity(block, y));
-      differenceAlong(mosaic[y], colour, -5, cols + 5, along[y]);
+      differenceAlong(mosaic[y], colour, end, along[y]);
       differenceAcross(mosaic[y - 2], mosaic[y - 1], mosaic[y], mosaic[y + 1], mosaic[y + 2],
-                       colour, -4, cols + 4, across[y]);
-      changeAlong(along[y], -4, cols + 4, temporary[0]);
-      sum3(temporary[0], -3, cols + 3, sumsAlong[y]);
+                       colour, end, across[y]);
+      changeAlong(along[y], end, temporary[0]);
+      sum3(temporary[0], end, sumsAlong[y]);
     }
     if (const int y = last - 3; within(y, 4)) {
-      changeAcross(across[y - 1], across[y + 1], -4, cols + 4, changesAcross[y]);
+      changeAcross(across[y - 1], across[y + 1], end, changesAcross[y]);
     }
     if (const int y = last - 4; within(y, 3)) {
-      weights(sumsAlong[y - 1], sumsAlong[y], sumsAlong[y + 1], kLevel, -3, cols + 3,
-              weightsAlong[y]);
-      sumOf3(changesAcross[y - 1], changesAcross[y], changesAcross[y + 1], -4, cols + 4,
-             temporary[0]);
-      weightsOfColumns(temporary[0], kLevel, -3, cols + 3, weightsAcross[y]);
+      weights(sumsAlong[y - 1], sumsAlong[y], sumsAlong[y + 1], kLevel, end, weightsAlong[y]);
+      sumOf3(changesAcross[y - 1], changesAcross[y], changesAcross[y + 1], end, temporary[0]);
+      weightsOfColumns(temporary[0], kLevel, end, weightsAcross[y]);
     }
     if (const int y = last - 5; within(y, 2)) {
       ownDifference(across[y - 2], across[y - 1], across[y], across[y + 1], across[y + 2], along[y],
                     weightsAcross[y - 1], weightsAcross[y + 1], weightsAlong[y], mosaic[y],
-                    places.colour(colourParity(block, y)), -2, cols + 2, own[y], green[y]);
+                    places.colour(colourParity(block, y)), end, own[y], green[y], perWeight[y]);
     }
     if (const int y = last - 6; within(y, 1)) {
       oppositeDifference(own[y - 1], own[y + 1], green[y - 1], green[y], green[y + 1],
-                         mosaic[y - 1], mosaic[y + 1], kLevel, -1, cols + 1, opposite[y]);
+                         mosaic[y - 1], mosaic[y + 1], kLevel, end, opposite[y]);
     }
     if (const int y = last - 7; within(y, 0)) {
       const bool redRow = (y & 1) == block.redRow;
       const int parity = colourParity(block, y);
       const std::ptrdiff_t offset = y * block.stride;
       weightedPixels(own[y - 1], own[y], own[y + 1], opposite[y - 1], opposite[y], opposite[y + 1],
-                     weightsAcross[y - 1], weightsAcross[y + 1], weightsAlong[y], mosaic[y],
-                     green[y], places.colour(parity), places.green(parity), cols,
-                     (redRow ? block.red : block.blue) + offset, block.green + offset,
-                     (redRow ? block.blue : block.red) + offset);
+                     weightsAcross[y - 1], weightsAcross[y + 1], weightsAlong[y], perWeight[y],
+                     mosaic[y], green[y], places.colour(parity), places.green(parity),
+                     end - kBeside, (redRow ? block.red : block.blue) + offset,
+                     block.green + offset, (redRow ? block.blue : block.red) + offset);
     }
   }
 }

@@ -34,9 +34,9 @@ namespace {
 //
 // 6. Red or blue is green minus d; brought into range and rounded to the nearest, once.
 //
-// About 110 operations per pixel, 6 of them divisions.
+// About 110 operations per pixel, 4 of them divisions.
 
-constexpr int kRingRows = 8 + 8 + 4 + 4 + 4 + 8 + 4 + 4 + 4 + 4 + 1 + 1;
+constexpr int kRingRows = 8 + 8 + 4 + 4 + 4 + 8 + 4 + 4 + 4 + 4 + 4 + 1 + 1;
 
 std::size_t scratchBytes(int, int cols, int) {
   return floatRowsBytes(kRingRows, cols);
@@ -52,7 +52,7 @@ BlockFunctions functions([[maybe_unused]] Target target) {
 }  // namespace
 
 const Method kWeightedDirectional = {.margin = 7,
-                                     .blockRows = 128,
+                                     .blockRows = 256,
                                      .blockCols = 512,
                                      .scratchBytes = scratchBytes,
                                      .functions = functions};
