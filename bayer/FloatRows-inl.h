@@ -1,5 +1,4 @@
-/// What the methods that compute in floating point share: rows of floats, their arithmetic, the
-/// colour differences along rows and columns.
+/// What the methods that compute in floating point share: rows of floats and their arithmetic.
 ///
 /// These are plain loops over rows that the compiler turns into vectors. Like the methods' own
 /// -inl.h files, this one is compiled for plain C++ and once more for every instruction set, each
@@ -28,12 +27,21 @@ KORVEX2_BAYER_BEGIN_TARGET_CODE
 using Row = float* __restrict;
 using In = const float* __restrict;
 
-// Steps compute whole vectors, from kBeside columns before the block to columnsEnd(): more columns
-// than are looked at, and those farthest out from columns that mean nothing. These still are finite
-// numbers, and no step divides by zero.
-constexpr int kBeside = 16;
-constexpr int columnsEnd(int cols) {
-  return (cols + kBeside - 1) / kBeside * kBeside + kBeside;
+// The columns that a step computes: whole vectors, and more than are looked at. Those farthest out
+// come from columns that mean nothing and mean nothing themselves.
+struct Columns {
+  int begin;
+  int end;
+};
+
+constexpr int kColumnStep = 16;
+constexpr int roundedUp(int cols) {
+  return (cols + kColumnStep - 1) / kColumnStep * kColumnStep;
+}
+
+// The block's columns and at least `beside` on either side.
+constexpr Columns columnsAround(int cols, int beside) {
+  return {-roundedUp(beside), roundedUp(cols) + roundedUp(beside)};
 }
 
 // A ring of rows: row y takes the place of row y - kRows. Columns count from the block's left edge
@@ -95,42 +103,8 @@ Sample rounded(float v) {
 }
 
 template <typename Sample>
-void floatRow(const Sample* __restrict samples, int end, Row out) {
-  for (int x = -kBeside; x < end; ++x) out[x] = static_cast<float>(samples[x]);
-}
-
-// Green minus red or blue at every place, the missing one of both estimated from five samples of
-// the row: (-c + 2g - 2c + 2g - c) / 4 where the middle is red or blue, the
-// negative of it where the middle is green.
-inline void differenceAlong(In m, In colour, int end, Row out) {
-  for (int x = -kBeside; x < end; ++x) {
-    const float other = 2 * (m[x - 1] + m[x + 1]) - 2 * m[x] - (m[x - 2] + m[x + 2]);
-    out[x] = (0.5F * colour[x] - 0.25F) * other;
-  }
-}
-
-// The same along columns; m2 is the row itself.
-inline void differenceAcross(In m0, In m1, In m2, In m3, In m4, In colour, int end, Row out) {
-  for (int x = -kBeside; x < end; ++x) {
-    const float other = 2 * (m1[x] + m3[x]) - 2 * m2[x] - (m0[x] + m4[x]);
-    out[x] = (0.5F * colour[x] - 0.25F) * other;
-  }
-}
-
-inline void changeAlong(In d, int end, Row out) {
-  for (int x = -kBeside; x < end; ++x) out[x] = magnitude(d[x + 1] - d[x - 1]);
-}
-
-inline void changeAcross(In above, In below, int end, Row out) {
-  for (int x = -kBeside; x < end; ++x) out[x] = magnitude(below[x] - above[x]);
-}
-
-inline void sum3(In a, int end, Row out) {
-  for (int x = -kBeside; x < end; ++x) out[x] = (a[x - 1] + a[x + 1]) + a[x];
-}
-
-inline void sumOf3(In a, In b, In c, int end, Row out) {
-  for (int x = -kBeside; x < end; ++x) out[x] = (a[x] + c[x]) + b[x];
+void floatRow(const Sample* __restrict samples, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) out[x] = static_cast<float>(samples[x]);
 }
 
 KORVEX2_BAYER_END_TARGET_CODE

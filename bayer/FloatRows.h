@@ -12,7 +12,7 @@ inline constexpr int kFloatMargin = 64;
 /// Floats from one row to the next.
 constexpr std::ptrdiff_t floatStride(int cols) {
   constexpr std::ptrdiff_t kStep = 16;
-  return (cols + kStep - 1) / kStep * kStep + 2 * kFloatMargin;
+  return (cols + kStep - 1) / kStep * kStep + 2 * kFloatMargin + kStep;
 }
 
 constexpr std::size_t floatRowsBytes(int rows, int cols) {

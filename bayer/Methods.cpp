@@ -6,6 +6,7 @@
 #include "EdgeSensing.h"
 #include "HqLinear.h"
 #include "NearestNeighbor.h"
+#include "Rigorous.h"
 #include "WeightedDirectional.h"
 
 namespace Korvex2::Bayer {
@@ -13,12 +14,12 @@ namespace {
 
 // In the order of BayerMethod.
 constexpr const Method* kMethods[] = {
-    &kNearestNeighbor,  // nearest neighbour
-    &kEdgeSensing,      // edge sensing
-    &kHqLinear,         // HQ linear
-    &kHqLinear,         // directional filter
+    &kNearestNeighbor,      // nearest neighbour
+    &kEdgeSensing,          // edge sensing
+    &kHqLinear,             // HQ linear
+    &kHqLinear,             // directional filter
     &kWeightedDirectional,  // weighted directional filter
-    &kHqLinear,         // rigorous
+    &kRigorous,             // rigorous
 };
 
 }  // namespace

@@ -8,35 +8,26 @@
 #define KORVEX2_BAYER_WEIGHTED_DIRECTIONAL_INL_H_
 #endif
 
+#include "ColourDifferences-inl.h"
 #include "FloatRows-inl.h"
 
 KORVEX2_BAYER_BEGIN_TARGET_CODE
 
 // One reciprocal per place and direction; the four sides of a pixel are those of its neighbours.
-inline void weights(In above, In here, In below, float level, int end, Row out) {
-  for (int x = -kBeside; x < end; ++x) {
+inline void weights(In above, In here, In below, float level, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) {
     const float sum = level + ((above[x] + below[x]) + here[x]);
     out[x] = 1.0F / (sum * sum * sum);
   }
 }
 
 // The same of a row that holds the sums down its columns.
-inline void weightsOfColumns(In sums, float level, int end, Row out) {
-  for (int x = -kBeside; x < end; ++x) {
+inline void weightsOfColumns(In sums, float level, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) {
     const float sum = level + ((sums[x - 1] + sums[x + 1]) + sums[x]);
     out[x] = 1.0F / (sum * sum * sum);
   }
 }
-
-// How much the four sides count; sums with these weights.
-struct Sides {
-  float north, south, west, east;
-
-  float sum() const { return (north + south) + (west + east); }
-  float sum(float n, float s, float w, float e) const {
-    return (north * n + south * s) + (west * w + east * e);
-  }
-};
 
 inline float arm(float here, float one, float two) {
   return 0.5F * here + 0.4F * one + 0.1F * two;
@@ -45,9 +36,9 @@ inline float arm(float here, float one, float two) {
 // Green minus colour where the mosaic holds the colour, green everywhere, and the inverse of the
 // four sides' weights.
 inline void ownDifference(In twoAbove, In above, In here, In below, In twoBelow, In along,
-                          In weightAbove, In weightBelow, In weightHere, In m, In colour, int end,
+                          In weightAbove, In weightBelow, In weightHere, In m, In colour, Columns c,
                           Row out, Row green, Row perWeight) {
-  for (int x = -kBeside; x < end; ++x) {
+  for (int x = c.begin; x < c.end; ++x) {
     const Sides sides{weightAbove[x], weightBelow[x], weightHere[x - 1], weightHere[x + 1]};
     const float difference = sides.sum(
         arm(here[x], above[x], twoAbove[x]), arm(here[x], below[x], twoBelow[x]),
@@ -56,28 +47,6 @@ inline void ownDifference(In twoAbove, In above, In here, In below, In twoBelow,
     perWeight[x] = inverse;
     out[x] = difference * inverse;
     green[x] = m[x] + colour[x] * (difference * inverse);
-  }
-}
-
-// Green minus the opposite colour where the mosaic holds red or blue: the mean over the diagonal
-// neighbours, weighted by 1 / (level + |step of green| + |step of the opposite colour|). The
-// weights are brought to a common denominator, which takes one division instead of five.
-inline void oppositeDifference(In ownAbove, In ownBelow, In greenAbove, In greenHere, In greenBelow,
-                               In above, In below, float level, int end, Row out) {
-  for (int x = -kBeside; x < end; ++x) {
-    const float g = greenHere[x];
-    const float down = level + magnitude(above[x - 1] - below[x + 1]);
-    const float up = level + magnitude(above[x + 1] - below[x - 1]);
-    const float nw = down + magnitude(g - greenAbove[x - 1]);
-    const float se = down + magnitude(g - greenBelow[x + 1]);
-    const float ne = up + magnitude(g - greenAbove[x + 1]);
-    const float sw = up + magnitude(g - greenBelow[x - 1]);
-    const float downProduct = nw * se;
-    const float upProduct = ne * sw;
-    const float downSum = ownAbove[x - 1] * se + ownBelow[x + 1] * nw;
-    const float upSum = ownAbove[x + 1] * sw + ownBelow[x - 1] * ne;
-    out[x] = (downSum * upProduct + upSum * downProduct) /
-             ((nw + se) * upProduct + (ne + sw) * downProduct);
   }
 }
 
@@ -106,7 +75,7 @@ template <typename Sample>
 void weightedDirectional(const Block<Sample>& block) {
   const int rows = block.rows;
   const int cols = block.cols;
-  const int end = columnsEnd(cols);
+  const Columns columns = columnsAround(cols, 7);
   const std::ptrdiff_t stride = floatStride(cols);
   constexpr float kLevel = levelOf<Sample>();
   float* scratch = static_cast<float*>(block.scratch);
@@ -127,31 +96,31 @@ void weightedDirectional(const Block<Sample>& block) {
   // the block.
   const auto within = [rows](int y, int reach) { return -reach <= y && y < rows + reach; };
   for (int last = -7; last < rows + 7; ++last) {
-    floatRow(block.mosaic[last], end, mosaic[last]);
+    floatRow(block.mosaic[last], columns, mosaic[last]);
     if (const int y = last - 2; within(y, 5)) {
       const float* const colour = places.colour(colourParity(block, y));
-      differenceAlong(mosaic[y], colour, end, along[y]);
+      differenceAlong(mosaic[y], colour, columns, along[y]);
       differenceAcross(mosaic[y - 2], mosaic[y - 1], mosaic[y], mosaic[y + 1], mosaic[y + 2],
-                       colour, end, across[y]);
-      changeAlong(along[y], end, temporary[0]);
-      sum3(temporary[0], end, sumsAlong[y]);
+                       colour, columns, across[y]);
+      changeAlong(along[y], columns, temporary[0]);
+      sum3(temporary[0], columns, sumsAlong[y]);
     }
     if (const int y = last - 3; within(y, 4)) {
-      changeAcross(across[y - 1], across[y + 1], end, changesAcross[y]);
+      changeAcross(across[y - 1], across[y + 1], columns, changesAcross[y]);
     }
     if (const int y = last - 4; within(y, 3)) {
-      weights(sumsAlong[y - 1], sumsAlong[y], sumsAlong[y + 1], kLevel, end, weightsAlong[y]);
-      sumOf3(changesAcross[y - 1], changesAcross[y], changesAcross[y + 1], end, temporary[0]);
-      weightsOfColumns(temporary[0], kLevel, end, weightsAcross[y]);
+      weights(sumsAlong[y - 1], sumsAlong[y], sumsAlong[y + 1], kLevel, columns, weightsAlong[y]);
+      sumOf3(changesAcross[y - 1], changesAcross[y], changesAcross[y + 1], columns, temporary[0]);
+      weightsOfColumns(temporary[0], kLevel, columns, weightsAcross[y]);
     }
     if (const int y = last - 5; within(y, 2)) {
       ownDifference(across[y - 2], across[y - 1], across[y], across[y + 1], across[y + 2], along[y],
                     weightsAcross[y - 1], weightsAcross[y + 1], weightsAlong[y], mosaic[y],
-                    places.colour(colourParity(block, y)), end, own[y], green[y], perWeight[y]);
+                    places.colour(colourParity(block, y)), columns, own[y], green[y], perWeight[y]);
     }
     if (const int y = last - 6; within(y, 1)) {
       oppositeDifference(own[y - 1], own[y + 1], green[y - 1], green[y], green[y + 1],
-                         mosaic[y - 1], mosaic[y + 1], kLevel, end, opposite[y]);
+                         mosaic[y - 1], mosaic[y + 1], kLevel, columns, opposite[y]);
     }
     if (const int y = last - 7; within(y, 0)) {
       const bool redRow = (y & 1) == block.redRow;
@@ -160,7 +129,7 @@ void weightedDirectional(const Block<Sample>& block) {
       weightedPixels(own[y - 1], own[y], own[y + 1], opposite[y - 1], opposite[y], opposite[y + 1],
                      weightsAcross[y - 1], weightsAcross[y + 1], weightsAlong[y], perWeight[y],
                      mosaic[y], green[y], places.colour(parity), places.green(parity),
-                     end - kBeside, (redRow ? block.red : block.blue) + offset,
+                     roundedUp(cols), (redRow ? block.red : block.blue) + offset,
                      block.green + offset, (redRow ? block.blue : block.red) + offset);
     }
   }
