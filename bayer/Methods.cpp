@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <iterator>
 
+#include "DirectionalFilter.h"
 #include "EdgeSensing.h"
 #include "HqLinear.h"
 #include "NearestNeighbor.h"
@@ -17,7 +18,7 @@ constexpr const Method* kMethods[] = {
     &kNearestNeighbor,      // nearest neighbour
     &kEdgeSensing,          // edge sensing
     &kHqLinear,             // HQ linear
-    &kHqLinear,             // directional filter
+    &kDirectionalFilter,    // directional filter
     &kWeightedDirectional,  // weighted directional filter
     &kRigorous,             // rigorous
 };

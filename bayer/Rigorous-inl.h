@@ -17,7 +17,7 @@ KORVEX2_BAYER_BEGIN_TARGET_CODE
 
 // Sums of places two apart, outermost first: (1 + 2 * kHalf) of them.
 template <int kHalf, typename Term>
-float everyOther(Term term, int x) {
+[[gnu::always_inline]] inline float everyOther(Term term, int x) {
   if constexpr (kHalf == 1) {
     return (term(x - 2) + term(x + 2)) + term(x);
   } else {

@@ -20,7 +20,7 @@ BlockFunctions functions([[maybe_unused]] Target target) {
 }  // namespace
 
 const Method kRigorous = {.margin = kRigorousReach,
-                          .blockRows = 256,
+                          .blockRows = 512,
                           .blockCols = 256,
                           .scratchBytes = scratchBytes,
                           .functions = functions};
