@@ -25,7 +25,7 @@ constexpr const Method* kMethods[] = {
 
 }  // namespace
 
-const Method* findMethod(BayerMethod method) {
+const Method* findMethod(int method) {
   const auto index = static_cast<std::size_t>(method);
   return index < std::size(kMethods) ? kMethods[index] : nullptr;
 }

@@ -9,7 +9,8 @@
 
 // With a single target Highway makes no table.
 #if (HWY_TARGETS & (HWY_TARGETS - 1)) == 0
-#define KORVEX2_BAYER_FOR_TARGET(FUNCTION, TARGET) (&HWY_STATIC_DISPATCH(FUNCTION))
+#define KORVEX2_BAYER_FOR_TARGET(FUNCTION, TARGET) \
+  (static_cast<void>(TARGET), &HWY_STATIC_DISPATCH(FUNCTION))
 #else
 #define KORVEX2_BAYER_FOR_TARGET(FUNCTION, TARGET) \
   (HWY_DISPATCH_TABLE(FUNCTION)[::Korvex2::Bayer::tableIndex(TARGET)])
