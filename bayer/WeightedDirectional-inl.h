@@ -13,19 +13,18 @@
 
 KORVEX2_BAYER_BEGIN_TARGET_CODE
 
-// One reciprocal per place and direction; the four sides of a pixel are those of its neighbours.
-inline void weights(In above, In here, In below, float level, Columns c, Row out) {
+// Weights of both directions at every place, by one division; the four sides of a pixel are those
+// of its neighbours. `down` holds the sums down the columns of the changes along columns.
+inline void weights(In above, In here, In below, In down, float level, Columns c, Row along,
+                    Row across) {
   for (int x = c.begin; x < c.end; ++x) {
-    const float sum = level + ((above[x] + below[x]) + here[x]);
-    out[x] = 1.0F / (sum * sum * sum);
-  }
-}
-
-// The same of a row that holds the sums down its columns.
-inline void weightsOfColumns(In sums, float level, Columns c, Row out) {
-  for (int x = c.begin; x < c.end; ++x) {
-    const float sum = level + ((sums[x - 1] + sums[x + 1]) + sums[x]);
-    out[x] = 1.0F / (sum * sum * sum);
+    const float alongSum = level + ((above[x] + below[x]) + here[x]);
+    const float acrossSum = level + ((down[x - 1] + down[x + 1]) + down[x]);
+    const float inverse = 1.0F / (alongSum * acrossSum);
+    const float a = inverse * acrossSum;
+    const float b = inverse * alongSum;
+    along[x] = a * a * a;
+    across[x] = b * b * b;
   }
 }
 
@@ -109,9 +108,9 @@ void weightedDirectional(const Block<Sample>& block) {
       changeAcross(across[y - 1], across[y + 1], columns, changesAcross[y]);
     }
     if (const int y = last - 4; within(y, 3)) {
-      weights(sumsAlong[y - 1], sumsAlong[y], sumsAlong[y + 1], kLevel, columns, weightsAlong[y]);
       sumOf3(changesAcross[y - 1], changesAcross[y], changesAcross[y + 1], columns, temporary[0]);
-      weightsOfColumns(temporary[0], kLevel, columns, weightsAcross[y]);
+      weights(sumsAlong[y - 1], sumsAlong[y], sumsAlong[y + 1], temporary[0], kLevel, columns,
+              weightsAlong[y], weightsAcross[y]);
     }
     if (const int y = last - 5; within(y, 2)) {
       ownDifference(across[y - 2], across[y - 1], across[y], across[y + 1], across[y + 2], along[y],

@@ -34,7 +34,7 @@ namespace {
 //
 // 6. Red or blue is green minus d; brought into range and rounded to the nearest, once.
 //
-// About 110 operations per pixel, 4 of them divisions.
+// About 110 operations per pixel, 3 of them divisions.
 
 constexpr int kRingRows = 8 + 8 + 4 + 4 + 4 + 8 + 4 + 4 + 4 + 4 + 4 + 1 + 1;
 
