@@ -16,8 +16,11 @@ using Simd::Target;
 FastKernel Find([[maybe_unused]] Target target, [[maybe_unused]] Routine routine) {
 #if KORVEX2_WITH_HIGHWAY
   if (target != Target::kPlain) {
-    const FastKernel move = simd::Moves(target, routine);
-    return move != nullptr ? move : simd::Colour(target, routine);
+    for (const auto family : {simd::Moves, simd::Packed12, simd::Encodes, simd::Decodes}) {
+      if (const FastKernel kernel = family(target, routine)) {
+        return kernel;
+      }
+    }
   }
 #endif
   return nullptr;
