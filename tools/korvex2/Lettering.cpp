@@ -51,6 +51,9 @@ constexpr Glyph kGlyphs[] = {
     {'X', {0x11, 0x11, 0x0a, 0x04, 0x0a, 0x11, 0x11}},
     {'Y', {0x11, 0x11, 0x0a, 0x04, 0x04, 0x04, 0x04}},
     {'Z', {0x1f, 0x01, 0x02, 0x04, 0x08, 0x10, 0x1f}},
+    {'d', {0x01, 0x01, 0x0d, 0x13, 0x11, 0x13, 0x0d}},
+    {'x', {0x00, 0x00, 0x11, 0x0a, 0x04, 0x0a, 0x11}},
+    {';', {0x00, 0x0c, 0x0c, 0x00, 0x0c, 0x04, 0x08}},
     {'.', {0x00, 0x00, 0x00, 0x00, 0x00, 0x0c, 0x0c}},
     {',', {0x00, 0x00, 0x00, 0x00, 0x06, 0x04, 0x08}},
     {'-', {0x00, 0x00, 0x00, 0x1f, 0x00, 0x00, 0x00}},
@@ -60,18 +63,22 @@ constexpr Glyph kGlyphs[] = {
     {'/', {0x01, 0x01, 0x02, 0x04, 0x08, 0x10, 0x10}},
 };
 
-const Glyph* Find(char letter) {
-  const int capital = std::toupper(static_cast<unsigned char>(letter));
+const Glyph* Find(int letter) {
   const auto* glyph = std::find_if(std::begin(kGlyphs), std::end(kGlyphs),
-                                   [&](const Glyph& known) { return known.letter == capital; });
+                                   [&](const Glyph& known) { return known.letter == letter; });
   return glyph == std::end(kGlyphs) ? nullptr : glyph;
+}
+
+const Glyph* GlyphOf(char letter) {
+  const Glyph* glyph = Find(letter);
+  return glyph != nullptr ? glyph : Find(std::toupper(static_cast<unsigned char>(letter)));
 }
 
 }  // namespace
 
 void Write(Canvas& canvas, int x, int y, int scale, std::string_view text, const Colour& colour) {
   for (const char letter : text) {
-    const Glyph* glyph = Find(letter);
+    const Glyph* glyph = GlyphOf(letter);
     for (int dot = 0; dot < 5 * kLetterHeight && glyph != nullptr; ++dot) {
       if ((glyph->rows[static_cast<std::size_t>(dot / 5)] >> (4 - dot % 5) & 1) != 0) {
         canvas.Fill({x + dot % 5 * scale, y + dot / 5 * scale, scale, scale}, colour);

@@ -1,6 +1,6 @@
 #pragma once
 
-/// Text in pictures: capitals of 5 x 7 dots.
+/// Text in pictures, in letters of 5 x 7 dots.
 
 #include <string_view>
 
@@ -11,8 +11,8 @@ namespace Korvex2::Tool {
 inline constexpr int kLetterWidth = 6;   ///< dots from one letter to the next
 inline constexpr int kLetterHeight = 7;  ///< dots
 
-/// Writes letters `scale` pixels a dot, (x, y) being the top-left. Small letters are written as
-/// capitals, letters without a shape as blanks.
+/// Writes letters `scale` pixels a dot, (x, y) being the top-left. Letters without a shape
+/// of their own are written as capitals, what has none either as blanks.
 void Write(Canvas& canvas, int x, int y, int scale, std::string_view text, const Colour& colour);
 
 /// Pixels from the first dot to the last.

@@ -1,5 +1,7 @@
 #include "Sheet.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cstring>
 
@@ -18,6 +20,7 @@ constexpr int kDot = 2;              // pixels a dot of the letters
 constexpr int kLine = 14 * kDot;     // from the picture's end to the next row of pictures
 constexpr int kSmallestSide = 384;   // of a magnified detail, in pixels, along its longer side
 constexpr int kNarrowestCell = 280;  // leaves room for the letters
+constexpr Colour kMark = Rgb(0xffd23f);
 constexpr Colour kFaint = Rgb(0x9aa4b1);
 
 // Any pixel of an rgb8 or rgb16 picture.
@@ -64,10 +67,10 @@ void DrawDetail(Canvas& canvas, const Rect& cell, const Image& picture, const Ar
   });
 }
 
-void DrawLabel(Canvas& canvas, const Rect& cell, const Exhibit& exhibit) {
+void DrawLabel(Canvas& canvas, const Rect& cell, std::string_view name, std::string_view remark) {
   const int y = cell.y + cell.h + 3 * kDot;
-  Write(canvas, cell.x, y, kDot, exhibit.name, kInk);
-  Write(canvas, cell.x + cell.w - WidthOf(exhibit.remark, kDot), y, kDot, exhibit.remark, kInk);
+  Write(canvas, cell.x, y, kDot, name, kInk);
+  Write(canvas, cell.x + cell.w - WidthOf(remark, kDot), y, kDot, remark, kInk);
 }
 
 void DrawOutline(Canvas& canvas, const Rect& rect, const Colour& colour) {
@@ -114,8 +117,9 @@ void DrawOverview(Canvas& canvas, const Rect& cell, const Image& picture, const 
   const Rect frame{place.x + left, place.y + top,
                    std::max(3, Scaled(detail.x + detail.width, columns, width) - left),
                    std::max(3, Scaled(detail.y + detail.height, rows, height) - top)};
-  DrawOutline(canvas, frame.Inset(-1), Grey(0));
-  DrawOutline(canvas, frame, Grey(1));
+  DrawOutline(canvas, frame.Inset(-2), Grey(0));
+  DrawOutline(canvas, frame.Inset(-1), kMark);
+  DrawOutline(canvas, frame, kMark);
 }
 
 }  // namespace
@@ -141,9 +145,11 @@ Image DrawSheet(std::string_view title, const std::vector<Exhibit>& exhibits, co
   for (int i = 0; i < static_cast<int>(exhibits.size()); ++i) {
     const Exhibit& exhibit = exhibits[static_cast<std::size_t>(i)];
     DrawDetail(canvas, cell(i), *exhibit.picture, detail, scale);
-    DrawLabel(canvas, cell(i), exhibit);
+    DrawLabel(canvas, cell(i), exhibit.name, exhibit.remark);
   }
-  DrawOverview(canvas, cell(down * kAcross - 1), *exhibits.front().picture, detail);
+  const Rect last = cell(down * kAcross - 1);
+  DrawOverview(canvas, last, *exhibits.front().picture, detail);
+  DrawLabel(canvas, last, "the detail", fmt::format("at {}, {}", detail.x, detail.y));
   return Converted(sheet, PIXEL_FORMAT_RGB8);
 }
 

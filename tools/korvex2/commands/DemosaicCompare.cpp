@@ -156,9 +156,9 @@ void WriteSheet(const Options& options, const Image& truth, const std::vector<Ou
         {&outcome.picture, std::string(outcome.method->name), Decibels(outcome.cpsnr) + " dB"});
   }
   const std::string title =
-      fmt::format("{}  {}  {} x {} pixels at {}, {}  CPSNR of the whole picture",
+      fmt::format("{}  {}  {} x {} pixels of {} x {}; the CPSNR is that of all",
                   std::filesystem::path(options.input).filename().string(), options.tile,
-                  detail.width, detail.height, detail.x, detail.y);
+                  detail.width, detail.height, truth.GetCols(), truth.GetRows());
   WriteImage(DrawSheet(title, exhibits, detail), options.sheet);
 }
 
