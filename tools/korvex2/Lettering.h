@@ -11,8 +11,7 @@ namespace Korvex2::Tool {
 inline constexpr int kLetterWidth = 6;   ///< dots from one letter to the next
 inline constexpr int kLetterHeight = 7;  ///< dots
 
-/// Writes letters `scale` pixels a dot, (x, y) being the top-left. Letters without a shape
-/// of their own are written as capitals, what has none either as blanks.
+/// Writes letters `scale` pixels a dot, (x, y) being the top-left; what has no shape is left blank.
 void Write(Canvas& canvas, int x, int y, int scale, std::string_view text, const Colour& colour);
 
 /// Pixels from the first dot to the last.
