@@ -19,7 +19,7 @@ using std::ptrdiff_t;
 using std::size_t;
 
 // Bytes of a mosaic sample, 0 for a format that is no mosaic.
-int bytesPerSample(BayerPixelFormat format) {
+int bytesPerSample(int format) {
   switch (format) {
     case BAYER_PIXEL_FORMAT_RAW8:
       return 1;
@@ -30,8 +30,8 @@ int bytesPerSample(BayerPixelFormat format) {
   }
 }
 
-bool knownPattern(BayerPattern pattern) {
-  return static_cast<unsigned>(pattern) <= unsigned{BAYER_PATTERN_BGGR};
+bool knownPattern(int pattern) {
+  return pattern >= BAYER_PATTERN_RGGB && pattern <= BAYER_PATTERN_BGGR;
 }
 
 // No buffer is larger than this, so offsets into a picture that passed need no further care.
@@ -73,6 +73,13 @@ class Workspace {
   unsigned char* next_;
 };
 
+// The width of blocks of at most `most` columns, when all are to be of almost the same width.
+int evenShare(int cols, int most) {
+  const int blocks = cols / most + (cols % most != 0);
+  const int share = cols / blocks + (cols % blocks != 0);
+  return share + share % 2;
+}
+
 // Sizes of what one demosaic needs, in bytes; everything is a multiple of kVectorBytes.
 struct Layout {
   int blockRows, blockCols, margin;
@@ -83,7 +90,7 @@ struct Layout {
       : blockRows(
             std::min(request.rows, settings.blockRows ? settings.blockRows : method.blockRows)),
         blockCols(
-            std::min(request.cols, settings.blockCols ? settings.blockCols : method.blockCols)),
+            evenShare(request.cols, settings.blockCols ? settings.blockCols : method.blockCols)),
         margin(method.margin),
         besideRow(roundedUp(static_cast<size_t>(margin * sampleBytes)) + kVectorBytes),
         mosaicRow(roundedUp(static_cast<size_t>(blockCols) * static_cast<size_t>(sampleBytes)) +
@@ -176,7 +183,8 @@ class Walk {
       if (reinterpret_cast<std::uintptr_t>(out) % static_cast<unsigned>(format_.bytesPerChannel)) {
         // Words at odd addresses: made in a row of our own.
         writeRow(y, outputRow_);
-        std::memcpy(out, outputRow_, static_cast<size_t>(block_.cols) * pixelBytes);
+        std::memcpy(out, outputRow_,
+                    static_cast<size_t>(block_.cols) * static_cast<size_t>(pixelBytes));
       } else {
         writeRow(y, out);
       }

@@ -7,21 +7,22 @@
 
 namespace Korvex2::Bayer {
 
-/// The arguments of bayerToColor().
+/// The arguments of bayerToColor(). A C program can pass any number for an enumerator, which C++
+/// must not touch as an enumerator; so here they are numbers.
 struct Request {
-  BayerPixelFormat inputFormat;
+  int inputFormat;
   const unsigned char* input;
   int rows;
   int cols;
-  BayerPixelFormat outputFormat;
+  int outputFormat;
   unsigned char* output;
-  BayerMethod method;
-  BayerPattern pattern;
+  int method;
+  int pattern;
 };
 
 /// How to go about it. The picture does not depend on any of this.
 struct Settings {
-  Target target = bestTarget();
+  Target target = activeTarget();
   /// The largest block to work on, 0 for the method's own; both even.
   int blockRows = 0;
   int blockCols = 0;

@@ -131,8 +131,8 @@ BlockFunctions functions([[maybe_unused]] Target target) {
 }  // namespace
 
 const Method kEdgeSensing = {.margin = 3,
-                             .blockRows = 16,
-                             .blockCols = 2048,
+                             .blockRows = 8,
+                             .blockCols = 8192,
                              .scratchBytes = scratchBytes,
                              .functions = functions};
 

@@ -86,7 +86,7 @@ BlockFunctions functions([[maybe_unused]] Target target) {
 
 const Method kHqLinear = {.margin = 2,
                           .blockRows = 2,
-                          .blockCols = 4096,
+                          .blockCols = 8192,
                           .scratchBytes = nullptr,
                           .functions = functions};
 

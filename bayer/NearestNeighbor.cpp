@@ -36,7 +36,7 @@ BlockFunctions functions([[maybe_unused]] Target target) {
 
 const Method kNearestNeighbor = {.margin = 0,
                                  .blockRows = 2,
-                                 .blockCols = 4096,
+                                 .blockCols = 8192,
                                  .scratchBytes = nullptr,
                                  .functions = functions};
 

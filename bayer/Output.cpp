@@ -5,6 +5,8 @@
 #include <iterator>
 #include <limits>
 
+#include "vorbayer.h"
+
 namespace Korvex2::Bayer {
 namespace {
 
@@ -46,8 +48,8 @@ void write(const Sample* first, const Sample* second, const Sample* third, int c
 
 }  // namespace
 
-const OutputFormat* findOutputFormat(BayerPixelFormat format) {
-  const std::size_t index = static_cast<std::size_t>(format) - BAYER_PIXEL_FORMAT_BGR8;
+const OutputFormat* findOutputFormat(int format) {
+  const std::size_t index = static_cast<std::size_t>(format) - std::size_t{BAYER_PIXEL_FORMAT_BGR8};
   return index < std::size(kFormats) ? &kFormats[index] : nullptr;
 }
 

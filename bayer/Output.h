@@ -5,7 +5,6 @@
 #include <cstdint>
 
 #include "Target.h"
-#include "vorbayer.h"
 
 namespace Korvex2::Bayer {
 
@@ -17,8 +16,8 @@ struct OutputFormat {
   int bytesPerPixel() const { return channels * bytesPerChannel; }
 };
 
-/// The layout of a colour format, null for a format that is none.
-const OutputFormat* findOutputFormat(BayerPixelFormat format);
+/// The layout of a BayerPixelFormat, null for a format that is none.
+const OutputFormat* findOutputFormat(int format);
 
 /// Writes `cols` pixels, their channels in the order of the arguments. The planes may be read up to
 /// the next multiple of kVectorBytes; exactly the pixels are written.

@@ -5,7 +5,7 @@
 #include "hwy/foreach_target.h"
 // After foreach_target.h.
 #include "PairLanes-inl.h"
-#include "TargetTable.h"
+#include "simd/TargetTable.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Korvex2::Bayer::HWY_NAMESPACE {
@@ -131,7 +131,7 @@ namespace Korvex2::Bayer {
 HWY_EXPORT(rowWriters);
 
 RowWriters rowWritersSimd(Target target) {
-  return KORVEX2_BAYER_FOR_TARGET(rowWriters, target)();
+  return KORVEX2_FOR_TARGET(rowWriters, target)();
 }
 
 }  // namespace Korvex2::Bayer

@@ -1,22 +1,14 @@
 #pragma once
 
-/// Instruction sets as values, so that a test can ask for each in turn.
+/// The engine takes its instruction sets from simd/.
 
-#include <cstdint>
-#include <vector>
+#include "simd/Target.h"
 
 namespace Korvex2::Bayer {
 
-/// kPlain is C++ without vectors and exists everywhere; other values are Highway's target bits.
-enum class Target : std::int64_t { kPlain = 0 };
-
-/// The best instruction set of this machine.
-Target bestTarget();
-
-/// All instruction sets that were compiled and that this machine has; kPlain is the first.
-std::vector<Target> availableTargets();
-
-/// "plain", "AVX2", ...
-const char* targetName(Target target);
+using Simd::activeTarget;
+using Simd::availableTargets;
+using Simd::Target;
+using Simd::targetName;
 
 }  // namespace Korvex2::Bayer

@@ -1,18 +1,33 @@
 #include "vorbayer.h"
 
+#include <cstring>
+
 #include "Demosaic.h"
+
+namespace {
+
+// The number behind an enumerator, also where it is none of the enumeration's.
+template <typename Enum>
+int number(const Enum& value) {
+  static_assert(sizeof(Enum) == sizeof(int));
+  int result;
+  std::memcpy(&result, &value, sizeof(result));
+  return result;
+}
+
+}  // namespace
 
 BayerError bayerToColor(BayerPixelFormat inputFormat, const unsigned char* pInput, int rows,
                         int cols, BayerPixelFormat outputFormat, unsigned char* pOutput,
                         BayerMethod method, BayerPattern pattern) {
   using namespace Korvex2::Bayer;
-  return demosaic({.inputFormat = inputFormat,
+  return demosaic({.inputFormat = number(inputFormat),
                    .input = pInput,
                    .rows = rows,
                    .cols = cols,
-                   .outputFormat = outputFormat,
+                   .outputFormat = number(outputFormat),
                    .output = pOutput,
-                   .method = method,
-                   .pattern = pattern},
+                   .method = number(method),
+                   .pattern = number(pattern)},
                   Settings{});
 }

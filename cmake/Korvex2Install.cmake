@@ -14,7 +14,7 @@ set(KORVEX2_CMAKE_DIR   ${CMAKE_INSTALL_LIBDIR}/cmake/Korvex2)
 
 install(TARGETS Korvex2 EXPORT Korvex2Targets)
 install(DIRECTORY include/ DESTINATION ${KORVEX2_INCLUDE_DIR})
-install(FILES src/CheckConversion.h src/ImageConverterARMStub.h src/Singleton.h DESTINATION ${KORVEX2_INCLUDE_DIR})
+install(FILES src/CheckConversion.h src/ImageConverterARMStub.h src/InstructionSets.h src/Singleton.h DESTINATION ${KORVEX2_INCLUDE_DIR})
 install(FILES src/routes/Routines.h src/routes/Routines.def DESTINATION ${KORVEX2_INCLUDE_DIR}/routes)
 
 install(EXPORT Korvex2Targets NAMESPACE Korvex2:: DESTINATION ${KORVEX2_CMAKE_DIR})

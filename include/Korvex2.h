@@ -6,6 +6,7 @@
 #include "Error.h"
 #include "Image.h"
 #include "ImageConverterARMStub.h"
+#include "InstructionSets.h"
 #include "Korvex2Defs.h"
 #include "Korvex2Version.h"
 #include "PixelFormats.h"

@@ -55,10 +55,25 @@ typedef enum BayerPixelFormat {
 } BayerPixelFormat;
 
 /* Demosaics rows x cols samples at pInput into rows x cols pixels at pOutput; both run row after
- * row, top row first, without gaps. The buffers must not overlap.
+ * row, top row first, without gaps. The buffers must not overlap; any address will do.
  *
- * Odd rows, then odd cols, are refused; 0 x 0 is a success that touches nothing. On a failure
- * nothing is written. Reentrant, keeps no state between calls. */
+ * Any of the methods, patterns, mosaic formats and colour formats go together. Missing samples
+ * around the picture are those inside, mirrored about the edge sample. Where the mosaic has a
+ * sample, the picture has it unchanged. Depths: 8-bit samples for 16-bit pictures are multiplied by
+ * 257 before the work, so the picture keeps the precision of the interpolation; 16-bit samples for
+ * 8-bit pictures are worked on in 16 bits, and the high byte of each result is kept.
+ *
+ * Failures, in the order in which they are looked for; nothing is written then:
+ *   beFAILED           an unknown method, or rows or cols below zero
+ *   beINVALID_PATTERN  inputFormat is no mosaic, outputFormat no colour format, pattern unknown
+ *   (a picture without pixels succeeds here, whatever the pointers)
+ *   beODD_ROWS         rows is odd
+ *   beODD_COLS         cols is odd
+ *   beFAILED           a null buffer, a size that no buffer can have, no memory
+ *
+ * Allocates line buffers, released before it returns: their size depends on the method and on cols,
+ * up to a limit, not on rows; docs/demosaicing.md has the figures. Reentrant, keeps no state between
+ * calls, throws nothing. */
 VORBAYER_API BayerError bayerToColor(BayerPixelFormat inputFormat, const unsigned char* pInput,
                                      int rows, int cols, BayerPixelFormat outputFormat,
                                      unsigned char* pOutput, BayerMethod method,

@@ -1,6 +1,8 @@
 #include "ImageConverterARMStub.h"
 
+#include <bit>
 #include <cstring>
+#include <functional>
 #include <source_location>
 #include <typeinfo>
 
@@ -9,6 +11,7 @@
 #include "Utilities.h"
 #include "kernels/Kernels.h"
 #include "kernels/scalar/Clamp.h"
+#include "routes/PieceWalk.h"
 
 namespace Korvex2 {
 namespace {
@@ -52,6 +55,28 @@ bool LacksBuffer(const Image* pSrc, Image* pDst) {
 // A plain Image keeps its buffer for the length of a call; a subclass might not.
 bool KeepsItsBuffer(const Image& image) {
   return typeid(image) == typeid(Image);
+}
+
+bool AreApart(const unsigned char* a, std::size_t aSize, const unsigned char* b,
+              std::size_t bSize) {
+  const std::less_equal<const unsigned char*> before;
+  return before(a + aSize, b) || before(b + bSize, a);
+}
+
+// Whether every temporary image of a route could be shaped for this source.
+bool TemporariesFit(const RoutineInfo& info, const Image& source) {
+  if (info.kind == RoutineInfo::Kind::Kernel) {
+    return true;
+  }
+  if (info.kind == RoutineInfo::Kind::Chain) {
+    const unsigned int cols = source.GetCols();
+    const unsigned int stride = PackedStride(cols, Image::DetermineBitsPerPixel(info.temporary));
+    if (Image::CheckDimensions(source.GetRows(), cols, stride, info.temporary) != VORERROR_OK ||
+        !TemporariesFit(GetRoutine(info.firstStep), source)) {
+      return false;
+    }
+  }
+  return TemporariesFit(GetRoutine(info.lastStep), source);
 }
 
 // Zeroes the destination from a byte on, so that a reused one does not pass off an earlier frame as
@@ -178,6 +203,9 @@ Error ImageConverter::Run(Routine routine, const Image* pSrc, Image* pDst) const
   if (info.guard == RoutineInfo::Guard::Guarded && LacksBuffer(pSrc, pDst)) {
     return Raise(CallerLine(), VORERROR_INVALID_PARAMETER, kNullImages);
   }
+  if (MayWalk(info, pSrc, pDst)) {
+    return WalkRoutine(routine, pSrc, pDst);
+  }
   // clang-format off
   switch (info.kind) {
     case RoutineInfo::Kind::Kernel:   return RunKernel(info, pSrc, pDst);
@@ -186,6 +214,30 @@ Error ImageConverter::Run(Routine routine, const Image* pSrc, Image* pDst) const
     case RoutineInfo::Kind::Demosaic: return ConvertBayerImageToBGR(pSrc, pDst);
   }
   // clang-format on
+  return Success();
+}
+
+// Whether the route can be walked over the two buffers in pieces and give the same bytes: images
+// that keep their buffers, runs apart from each other, temporaries that an image could hold.
+bool ImageConverter::MayWalk(const RoutineInfo& info, const Image* pSrc, const Image* pDst) const {
+  if (m_LittleEndian != (std::endian::native == std::endian::little) || pSrc == nullptr ||
+      pDst == nullptr || !KeepsItsBuffer(*pSrc) || !KeepsItsBuffer(*pDst) ||
+      !IsWalkable(info.routine)) {
+    return false;
+  }
+  const unsigned char* src = pSrc->GetData();
+  const unsigned char* dst = pDst->GetData();
+  const RunSize size = RunSizeOf(info.routine, GetNumberOfPixels(pSrc));
+  return src != nullptr && dst != nullptr && AreApart(src, size.source, dst, size.destination) &&
+         TemporariesFit(info, *pSrc);
+}
+
+Error ImageConverter::WalkRoutine(Routine routine, const Image* pSrc, Image* pDst) const {
+  const std::size_t pixels = GetNumberOfPixels(pSrc);
+  Walk(routine, pSrc->GetData(), pDst->GetData(), pixels, {.littleEndian = m_LittleEndian});
+  if (ClearsDestination(routine)) {
+    ClearFrom(pixels + pixels % 2, pDst);  // only what the pairs of 8-bit pixels left
+  }
   return Success();
 }
 

@@ -97,6 +97,8 @@ class KORVEX2_API ImageConverter : public Singleton<ImageConverter> {
  private:
   Error Dispatch(PixelFormat target, int line, const Image* pSrc, Image* pDst) const;
   Error Run(Routine routine, const Image* pSrc, Image* pDst) const;
+  bool MayWalk(const RoutineInfo& info, const Image* pSrc, const Image* pDst) const;
+  Error WalkRoutine(Routine routine, const Image* pSrc, Image* pDst) const;
   Error RunKernel(const RoutineInfo& info, const Image* pSrc, Image* pDst) const;
   Error RunWrapper(const RoutineInfo& info, const Image* pSrc, Image* pDst) const;
   Error RunChain(const RoutineInfo& info, const Image* pSrc, Image* pDst) const;

@@ -22,7 +22,16 @@ struct Flags {
 using Kernel = void (*)(const std::uint8_t* src, std::uint8_t* dst, std::size_t pixels,
                         Flags flags);
 
-/// The kernel of a routine of kind Kernel; null for every other routine.
+/// The plain loop of a routine of kind Kernel; null for every other routine.
 Kernel Find(Routine routine) noexcept;
+
+/// A vector kernel. Converts the first pixels of a run, as many as fill whole vectors and always a
+/// multiple of four, and answers how many they were. The runs must not overlap; samples are in the
+/// byte order of the host. It touches no byte beyond the pixels that it converts.
+using FastKernel = std::size_t (*)(const std::uint8_t* src, std::uint8_t* dst, std::size_t pixels);
+
+/// The vector kernel that does the whole work of a routine, a chain perhaps; null where there is
+/// none for this machine.
+FastKernel FindFast(Routine routine) noexcept;
 
 }  // namespace Korvex2::kernels

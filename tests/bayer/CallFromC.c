@@ -1,10 +1,9 @@
-/* The header serves C99 programs. */
-#include "vorbayer.h"
+/* The header serves C99 programs, which may pass any number for an enumerator. */
+#include "CallFromC.h"
 
-int demosaicFromC(const unsigned char* mosaic, unsigned char* picture);
-
-int demosaicFromC(const unsigned char* mosaic, unsigned char* picture) {
-  BayerError error = bayerToColor(BAYER_PIXEL_FORMAT_RAW8, mosaic, 2, 2, BAYER_PIXEL_FORMAT_RGB8,
-                                  picture, BAYER_METHOD_NEAREST_NEIGHBOR, BAYER_PATTERN_RGGB);
-  return error == beOK;
+int bayerToColorByNumbers(int inputFormat, const unsigned char* input, int rows, int cols,
+                          int outputFormat, unsigned char* output, int method, int pattern) {
+  return (int)bayerToColor((BayerPixelFormat)inputFormat, input, rows, cols,
+                           (BayerPixelFormat)outputFormat, output, (BayerMethod)method,
+                           (BayerPattern)pattern);
 }

@@ -70,7 +70,7 @@ TEST_P(OutputTest, NothingAroundThePictureIsTouchedAndAddressesMayBeOdd) {
       std::memcpy(shifted.data() + 1, in.data(), in.size());
       for (const BayerPixelFormat output : kOutputFormats) {
         const Bytes expected = demosaicedBytes(mosaic, callFor(input, output));
-        for (std::size_t shift : {0, 1, 2, 3}) {
+        for (std::size_t shift = 0; shift < 4; ++shift) {
           Bytes space(expected.size() + 2 * kAround + shift, 0xA5);
           Bytes wanted = Bytes(space.size(), 0xA5);
           unsigned char* const out = space.data() + kAround + shift;

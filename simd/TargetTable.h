@@ -4,17 +4,18 @@
 /// Highway's own dispatch knows the best set of the machine only. Include after highway.h, use in
 /// the HWY_ONCE part of a file.
 
-#include "Target.h"
 #include "hwy/highway.h"
+#include "simd/Target.h"
 
 // With a single target Highway makes no table.
 #if (HWY_TARGETS & (HWY_TARGETS - 1)) == 0
-#define KORVEX2_BAYER_FOR_TARGET(FUNCTION, TARGET) (&HWY_STATIC_DISPATCH(FUNCTION))
+#define KORVEX2_FOR_TARGET(FUNCTION, TARGET) \
+  (static_cast<void>(TARGET), &HWY_STATIC_DISPATCH(FUNCTION))
 #else
-#define KORVEX2_BAYER_FOR_TARGET(FUNCTION, TARGET) \
-  (HWY_DISPATCH_TABLE(FUNCTION)[::Korvex2::Bayer::tableIndex(TARGET)])
+#define KORVEX2_FOR_TARGET(FUNCTION, TARGET) \
+  (HWY_DISPATCH_TABLE(FUNCTION)[::Korvex2::Simd::tableIndex(TARGET)])
 
-namespace Korvex2::Bayer {
+namespace Korvex2::Simd {
 
 inline std::size_t tableIndex(Target target) {
   hwy::ChosenTarget chosen;
@@ -22,5 +23,5 @@ inline std::size_t tableIndex(Target target) {
   return chosen.GetIndex();
 }
 
-}  // namespace Korvex2::Bayer
+}  // namespace Korvex2::Simd
 #endif

@@ -1,0 +1,83 @@
+/// Differences of green and red or blue, as the directional methods share them. See
+/// FloatRows-inl.h.
+
+#if defined(KORVEX2_BAYER_COLOUR_DIFFERENCES_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef KORVEX2_BAYER_COLOUR_DIFFERENCES_INL_H_
+#undef KORVEX2_BAYER_COLOUR_DIFFERENCES_INL_H_
+#else
+#define KORVEX2_BAYER_COLOUR_DIFFERENCES_INL_H_
+#endif
+
+#include "FloatRows-inl.h"
+
+KORVEX2_BAYER_BEGIN_TARGET_CODE
+
+// Green minus red or blue at every place, the missing one of both estimated from five samples of
+// the row: (-c + 2g - 2c + 2g - c) / 4 where the middle is red or blue, the
+// negative of it where the middle is green.
+inline void differenceAlong(In m, In colour, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) {
+    const float other = 2 * (m[x - 1] + m[x + 1]) - 2 * m[x] - (m[x - 2] + m[x + 2]);
+    out[x] = (0.5F * colour[x] - 0.25F) * other;
+  }
+}
+
+// The same along columns; m2 is the row itself.
+inline void differenceAcross(In m0, In m1, In m2, In m3, In m4, In colour, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) {
+    const float other = 2 * (m1[x] + m3[x]) - 2 * m2[x] - (m0[x] + m4[x]);
+    out[x] = (0.5F * colour[x] - 0.25F) * other;
+  }
+}
+
+inline void changeAlong(In d, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) out[x] = magnitude(d[x + 1] - d[x - 1]);
+}
+
+inline void changeAcross(In above, In below, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) out[x] = magnitude(below[x] - above[x]);
+}
+
+inline void sum3(In a, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) out[x] = (a[x - 1] + a[x + 1]) + a[x];
+}
+
+inline void sumOf3(In above, In here, In below, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) out[x] = (above[x] + below[x]) + here[x];
+}
+
+// How much the four sides count; sums with these weights.
+struct Sides {
+  float north, south, west, east;
+
+  float sum() const { return (north + south) + (west + east); }
+  float sum(float n, float s, float w, float e) const {
+    return (north * n + south * s) + (west * w + east * e);
+  }
+};
+
+// Green minus the opposite colour where the mosaic holds red or blue: the mean over the diagonal
+// neighbours, weighted by 1 / (level + |step of green| + |step of the opposite colour|). The
+// weights are brought to a common denominator, which takes one division instead of five.
+inline void oppositeDifference(In ownAbove, In ownBelow, In greenAbove, In greenHere, In greenBelow,
+                               In above, In below, float level, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) {
+    const float g = greenHere[x];
+    const float down = level + magnitude(above[x - 1] - below[x + 1]);
+    const float up = level + magnitude(above[x + 1] - below[x - 1]);
+    const float nw = down + magnitude(g - greenAbove[x - 1]);
+    const float se = down + magnitude(g - greenBelow[x + 1]);
+    const float ne = up + magnitude(g - greenAbove[x + 1]);
+    const float sw = up + magnitude(g - greenBelow[x - 1]);
+    const float downProduct = nw * se;
+    const float upProduct = ne * sw;
+    const float downSum = ownAbove[x - 1] * se + ownBelow[x + 1] * nw;
+    const float upSum = ownAbove[x + 1] * sw + ownBelow[x - 1] * ne;
+    out[x] = (downSum * upProduct + upSum * downProduct) /
+             ((nw + se) * upProduct + (ne + sw) * downProduct);
+  }
+}
+
+KORVEX2_BAYER_END_TARGET_CODE
+
+#endif

@@ -1,0 +1,640 @@
+// The loops of the rigorous method; what they compute stands in Rigorous.cpp.
+
+#if defined(KORVEX2_BAYER_RIGOROUS_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef KORVEX2_BAYER_RIGOROUS_INL_H_
+#undef KORVEX2_BAYER_RIGOROUS_INL_H_
+#else
+#define KORVEX2_BAYER_RIGOROUS_INL_H_
+#endif
+
+#include <cassert>
+
+#include "ColourDifferences-inl.h"
+#include "FloatRows-inl.h"
+#include "Rigorous.h"
+
+KORVEX2_BAYER_BEGIN_TARGET_CODE
+
+// Sums of places two apart, outermost first: (1 + 2 * kHalf) of them.
+template <int kHalf, typename Term>
+[[gnu::always_inline]] inline float everyOther(Term term, int x) {
+  if constexpr (kHalf == 1) {
+    return (term(x - 2) + term(x + 2)) + term(x);
+  } else {
+    return ((term(x - 4) + term(x + 4)) + (term(x - 2) + term(x + 2))) + term(x);
+  }
+}
+
+template <int kHalf>
+void everyOtherAlong(In a, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) {
+    out[x] = everyOther<kHalf>([a](int i) { return a[i]; }, x);
+  }
+}
+
+// The same of the products of two rows.
+template <int kHalf>
+void everyOtherAlong(In a, In b, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) {
+    out[x] = everyOther<kHalf>([a, b](int i) { return a[i] * b[i]; }, x);
+  }
+}
+
+inline void everyOther3(In a, In b, In d, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) out[x] = (a[x] + d[x]) + b[x];
+}
+
+inline void everyOther5(In a0, In a1, In a2, In a3, In a4, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) out[x] = ((a0[x] + a4[x]) + (a1[x] + a3[x])) + a2[x];
+}
+
+template <int kHalf, typename Rows>
+void everyOtherAcross(const Rows& rows, int y, Columns c, Row out) {
+  if constexpr (kHalf == 1) {
+    everyOther3(rows[y - 2], rows[y], rows[y + 2], c, out);
+  } else {
+    everyOther5(rows[y - 4], rows[y - 2], rows[y], rows[y + 2], rows[y + 4], c, out);
+  }
+}
+
+// Sums of the places in between: one to either side, or one and three.
+template <int kHalf>
+void betweenAlong(In a, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) {
+    const float near = a[x - 1] + a[x + 1];
+    out[x] = kHalf == 1 ? near : (a[x - 3] + a[x + 3]) + near;
+  }
+}
+
+inline void sumOf2(In a, In b, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) out[x] = a[x] + b[x];
+}
+
+inline void sumOf2And2(In a, In b, In near0, In near1, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) out[x] = (a[x] + b[x]) + (near0[x] + near1[x]);
+}
+
+template <int kHalf, typename Rows>
+void betweenAcross(const Rows& rows, int y, Columns c, Row out) {
+  if constexpr (kHalf == 1) {
+    sumOf2(rows[y - 1], rows[y + 1], c, out);
+  } else {
+    sumOf2And2(rows[y - 3], rows[y + 3], rows[y - 1], rows[y + 1], c, out);
+  }
+}
+
+inline void product(In a, In b, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) out[x] = a[x] * b[x];
+}
+
+// The line mosaic = slope * other + offset through the samples of a window, from their sums.
+inline void fitLine(In sumM, In sumO, In sumMO, In sumOO, float perSample, float noise, Columns c,
+                    Row slope, Row offset) {
+  for (int x = c.begin; x < c.end; ++x) {
+    const float meanM = sumM[x] * perSample;
+    const float meanO = sumO[x] * perSample;
+    const float covariance = sumMO[x] * perSample - meanM * meanO;
+    const float variance = sumOO[x] * perSample - meanO * meanO;
+    const float a = covariance / (variance + noise);
+    slope[x] = a;
+    offset[x] = meanM - a * meanO;
+  }
+}
+
+// What the mean line of the window leaves of the sample itself.
+inline void residual(In m, In other, In slopes, In offsets, float perLine, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) {
+    out[x] = m[x] - ((slopes[x] * perLine) * other[x] + offsets[x] * perLine);
+  }
+}
+
+// What the mean line of the neighbours, which hold the other colour, makes of the sample.
+inline void tentative(In m, In slopes, In offsets, float perLine, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) {
+    out[x] = (slopes[x] * perLine) * m[x] + offsets[x] * perLine;
+  }
+}
+
+inline void addMeanAlong(In a, In r, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) out[x] = a[x] + 0.5F * (r[x - 1] + r[x + 1]);
+}
+
+inline void addMeanAcross(In a, In above, In below, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) out[x] = a[x] + 0.5F * (above[x] + below[x]);
+}
+
+inline void firstEstimateAlong(In m, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) {
+    out[x] = 0.5F * (m[x - 1] + m[x + 1]) + 0.25F * (2 * m[x] - (m[x - 2] + m[x + 2]));
+  }
+}
+
+inline void firstEstimateAcross(In m0, In m1, In m2, In m3, In m4, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) {
+    out[x] = 0.5F * (m1[x] + m3[x]) + 0.25F * (2 * m2[x] - (m0[x] + m4[x]));
+  }
+}
+
+// Green minus colour from the sample and the estimate of the other.
+inline void signedDifference(In m, In other, In colour, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) out[x] = (2 * colour[x] - 1) * (other[x] - m[x]);
+}
+
+// One round of residual interpolation along rows. Windows span 1 + 2 * kHalf samples along the row
+// and five rows, two apart. Runs eight rows behind the estimate it improves.
+template <int kHalf>
+class RoundAlong {
+ public:
+  static constexpr int kLag = 8;
+  RoundAlong(float*& scratch, std::ptrdiff_t stride)
+      : sumM_(scratch, stride),
+        sumO_(scratch, stride),
+        sumMO_(scratch, stride),
+        sumOO_(scratch, stride),
+        slope_(scratch, stride),
+        offset_(scratch, stride),
+        slopeBetween_(scratch, stride),
+        offsetBetween_(scratch, stride),
+        t_(scratch, stride) {}
+
+  // `other` holds the rows up to y; writes row y - kLag of `improved`.
+  template <typename Mosaic, typename Other, typename Out>
+  void step(const Mosaic& m, const Other& other, int y, float noise, Columns c,
+            const Out& improved) {
+    everyOtherAlong<kHalf>(m[y], c, sumM_[y]);
+    everyOtherAlong<kHalf>(other[y], c, sumO_[y]);
+    everyOtherAlong<kHalf>(m[y], other[y], c, sumMO_[y]);
+    everyOtherAlong<kHalf>(other[y], other[y], c, sumOO_[y]);
+    const int f = y - 4;
+    everyOtherAcross<2>(sumM_, f, c, t_[0]);
+    everyOtherAcross<2>(sumO_, f, c, t_[1]);
+    everyOtherAcross<2>(sumMO_, f, c, t_[2]);
+    everyOtherAcross<2>(sumOO_, f, c, t_[3]);
+    fitLine(t_[0], t_[1], t_[2], t_[3], 1.0F / (5 * (1 + 2 * kHalf)), noise, c, t_[4], t_[5]);
+    everyOtherAlong<kHalf>(t_[4], c, slope_[f]);
+    everyOtherAlong<kHalf>(t_[5], c, offset_[f]);
+    betweenAlong<kHalf>(t_[4], c, slopeBetween_[f]);
+    betweenAlong<kHalf>(t_[5], c, offsetBetween_[f]);
+    const int r = y - kLag;
+    everyOtherAcross<2>(slope_, r, c, t_[0]);
+    everyOtherAcross<2>(offset_, r, c, t_[1]);
+    everyOtherAcross<2>(slopeBetween_, r, c, t_[2]);
+    everyOtherAcross<2>(offsetBetween_, r, c, t_[3]);
+    residual(m[r], other[r], t_[0], t_[1], 1.0F / (5 * (1 + 2 * kHalf)), c, t_[4]);
+    tentative(m[r], t_[2], t_[3], 1.0F / (5 * 2 * kHalf), c, t_[5]);
+    addMeanAlong(t_[5], t_[4], c, improved[r]);
+  }
+
+ private:
+  Ring<16> sumM_, sumO_, sumMO_, sumOO_, slope_, offset_, slopeBetween_, offsetBetween_;
+  Ring<8> t_;
+};
+
+// The same along columns, 4 * kHalf + 1 rows behind.
+template <int kHalf>
+class RoundAcross {
+ public:
+  static constexpr int kLag = 4 * kHalf + 1;
+  RoundAcross(float*& scratch, std::ptrdiff_t stride)
+      : mo_(scratch, stride),
+        oo_(scratch, stride),
+        slope_(scratch, stride),
+        offset_(scratch, stride),
+        residual_(scratch, stride),
+        tentative_(scratch, stride),
+        t_(scratch, stride) {}
+
+  template <typename Mosaic, typename Other, typename Out>
+  void step(const Mosaic& m, const Other& other, int y, float noise, Columns c,
+            const Out& improved) {
+    product(m[y], other[y], c, mo_[y]);
+    product(other[y], other[y], c, oo_[y]);
+    const int f = y - 2 * kHalf;
+    window(m, f, c, 0);
+    window(other, f, c, 1);
+    window(mo_, f, c, 2);
+    window(oo_, f, c, 3);
+    fitLine(t_[0], t_[1], t_[2], t_[3], 1.0F / (5 * (1 + 2 * kHalf)), noise, c, slope_[f],
+            offset_[f]);
+    const int r = f - 2 * kHalf;
+    window(slope_, r, c, 0);
+    window(offset_, r, c, 1);
+    residual(m[r], other[r], t_[0], t_[1], 1.0F / (5 * (1 + 2 * kHalf)), c, residual_[r]);
+    windowBetween(slope_, r, c, 0);
+    windowBetween(offset_, r, c, 1);
+    tentative(m[r], t_[0], t_[1], 1.0F / (5 * 2 * kHalf), c, tentative_[r]);
+    addMeanAcross(tentative_[r - 1], residual_[r - 2], residual_[r], c, improved[r - 1]);
+  }
+
+ private:
+  template <typename Rows>
+  void window(const Rows& rows, int y, Columns c, int to) const {
+    everyOtherAcross<kHalf>(rows, y, c, t_[4]);
+    everyOtherAlong<2>(t_[4], c, t_[to]);
+  }
+  template <typename Rows>
+  void windowBetween(const Rows& rows, int y, Columns c, int to) const {
+    betweenAcross<kHalf>(rows, y, c, t_[4]);
+    everyOtherAlong<2>(t_[4], c, t_[to]);
+  }
+
+  Ring<16> mo_, oo_, slope_, offset_;
+  Ring<4> residual_, tentative_;
+  Ring<8> t_;
+};
+
+// 1 / (level + sum)^2 over 3x3 and over 5x5 changes, the direction's own axis first.
+inline void inverseSquares(In sums, float level, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) out[x] = 1.0F / square(level + sums[x]);
+}
+
+inline void sum5(In a, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) {
+    out[x] = ((a[x - 2] + a[x + 2]) + (a[x - 1] + a[x + 1])) + a[x];
+  }
+}
+
+inline void squaredChangeAlong(In a, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) out[x] = square(a[x + 1] - a[x - 1]);
+}
+
+inline void squaredChangeAcross(In above, In below, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) out[x] = square(below[x] - above[x]);
+}
+
+inline void sum9(In a, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) {
+    out[x] = (((a[x - 4] + a[x + 4]) + (a[x - 3] + a[x + 3])) +
+              ((a[x - 2] + a[x + 2]) + (a[x - 1] + a[x + 1]))) +
+             a[x];
+  }
+}
+
+inline void sumOf9(In a0, In a1, In a2, In a3, In a4, In a5, In a6, In a7, In a8, Columns c,
+                   Row out) {
+  for (int x = c.begin; x < c.end; ++x) {
+    out[x] = (((a0[x] + a8[x]) + (a1[x] + a7[x])) + ((a2[x] + a6[x]) + (a3[x] + a5[x]))) + a4[x];
+  }
+}
+
+template <typename Rows>
+void sum9Across(const Rows& a, int y, Columns c, Row out) {
+  sumOf9(a[y - 4], a[y - 3], a[y - 2], a[y - 1], a[y], a[y + 1], a[y + 2], a[y + 3], a[y + 4], c,
+         out);
+}
+
+// Squared changes of a plane, over 9x9 places. Runs five rows behind the plane.
+class Activity {
+ public:
+  static constexpr int kLag = 5;
+  Activity(float*& scratch, std::ptrdiff_t stride)
+      : along_(scratch, stride), across_(scratch, stride), t_(scratch, stride) {}
+
+  template <typename Rows>
+  void step(const Rows& plane, int y, Columns c, Row out) {
+    squaredChangeAlong(plane[y], c, t_[0]);
+    sum9(t_[0], c, along_[y]);
+    squaredChangeAcross(plane[y - 2], plane[y], c, across_[y - 1]);
+    sum9Across(along_, y - kLag, c, t_[0]);
+    sum9Across(across_, y - kLag, c, t_[1]);
+    sum9(t_[1], c, t_[2]);
+    sumOf2(t_[0], t_[2], c, out);
+  }
+
+ private:
+  Ring<16> along_, across_;
+  Ring<4> t_;
+};
+
+// The square of how much a difference changes compared to green.
+inline void squaredRatio(In difference, In green, float level, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) {
+    out[x] = square(difference[x] / (green[x] + 1e-3F * level * level));
+  }
+}
+
+// Green minus the row's own colour: the first estimate.
+inline void firstDifference(In above, In here, In below, In along, In weightAbove, In weightBelow,
+                            In weightHere, In m, In colour, Columns c, Row out, Row green) {
+  for (int x = c.begin; x < c.end; ++x) {
+    const Sides sides{weightAbove[x], weightBelow[x], weightHere[x - 1], weightHere[x + 1]};
+    const float v = 0.6F * here[x];
+    const float h = 0.6F * along[x];
+    const float sum = sides.sum(v + 0.4F * above[x], v + 0.4F * below[x], h + 0.4F * along[x - 1],
+                                h + 0.4F * along[x + 1]);
+    const float difference = sum / sides.sum();
+    out[x] = difference;
+    green[x] = m[x] + colour[x] * difference;
+  }
+}
+
+// Both differences everywhere: at red and blue they are known, at green they are means of the four
+// sides.
+inline void fullDifferences(In ownAbove, In ownHere, In ownBelow, In oppositeAbove, In oppositeHere,
+                            In oppositeBelow, In weightAbove, In weightBelow, In weightHere,
+                            In colour, In green, Columns c, Row own, Row opposite) {
+  for (int x = c.begin; x < c.end; ++x) {
+    const Sides sides{weightAbove[x], weightBelow[x], weightHere[x - 1], weightHere[x + 1]};
+    const float inverse = 1.0F / sides.sum();
+    const float o =
+        sides.sum(oppositeAbove[x], oppositeBelow[x], ownHere[x - 1], ownHere[x + 1]) * inverse;
+    const float p =
+        sides.sum(ownAbove[x], ownBelow[x], oppositeHere[x - 1], oppositeHere[x + 1]) * inverse;
+    own[x] = colour[x] * ownHere[x] + green[x] * o;
+    opposite[x] = colour[x] * oppositeHere[x] + green[x] * p;
+  }
+}
+
+// Draws the difference towards the mean of its four sides, the more the steadier it is.
+inline void refine(In own, In above, In here, In below, In weightAbove, In weightBelow,
+                   In weightHere, In ratio, In m, In colour, Columns c, Row out, Row green) {
+  for (int x = c.begin; x < c.end; ++x) {
+    const Sides sides{weightAbove[x], weightBelow[x], weightHere[x - 1], weightHere[x + 1]};
+    const float mean = sides.sum(above[x], below[x], here[x - 1], here[x + 1]) / sides.sum();
+    const float difference = own[x] + (mean - own[x]) / (1.0F + 1000.0F * ratio[x]);
+    out[x] = difference;
+    green[x] = m[x] + colour[x] * difference;
+  }
+}
+
+// The Laplacian over places two away.
+inline void laplacian(In above, In here, In below, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) {
+    out[x] = 4 * here[x] - ((above[x] + below[x]) + (here[x - 2] + here[x + 2]));
+  }
+}
+
+// Sums over 5x5 places two apart, in an order that a transposition does not change.
+inline void sum25(In a0, In a1, In a2, In a3, In a4, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) {
+    const float cross =
+        ((a2[x - 2] + a2[x + 2]) + (a1[x] + a3[x])) + ((a2[x - 4] + a2[x + 4]) + (a0[x] + a4[x]));
+    const float diagonal = ((a1[x - 2] + a3[x + 2]) + (a1[x + 2] + a3[x - 2])) +
+                           ((a0[x - 4] + a4[x + 4]) + (a0[x + 4] + a4[x - 4]));
+    const float steep = (a0[x - 2] + a4[x + 2]) + (a0[x + 2] + a4[x - 2]);
+    const float flat = (a1[x - 4] + a3[x + 4]) + (a1[x + 4] + a3[x - 4]);
+    out[x] = ((cross + diagonal) + (steep + flat)) + a2[x];
+  }
+}
+
+template <typename Rows>
+void window25(const Rows& a, int y, Columns c, Row out) {
+  sum25(a[y - 4], a[y - 2], a[y], a[y + 2], a[y + 4], c, out);
+}
+
+// The mean of two lines through the window that give the colour from green: that of least squares
+// and that of the least Laplacian of what is left over.
+inline void fitColour(In sumM, In sumG, In sumMG, In sumGG, In sumLL, In sumKK, float noise,
+                      Columns c, Row slope, Row offset) {
+  constexpr float kPer = 1.0F / 25;
+  for (int x = c.begin; x < c.end; ++x) {
+    const float meanM = sumM[x] * kPer;
+    const float meanG = sumG[x] * kPer;
+    const float covariance = sumMG[x] * kPer - meanM * meanG;
+    const float variance = sumGG[x] * kPer - meanG * meanG;
+    const float a =
+        0.5F * (covariance / (variance + noise) + (sumLL[x] * kPer) / (sumKK[x] * kPer + noise));
+    slope[x] = a;
+    offset[x] = meanM - a * meanG;
+  }
+}
+
+// What the mean line makes of green, less the sample itself.
+inline void guidedResidual(In m, In green, In slopes, In offsets, Columns c, Row slope, Row offset,
+                           Row out) {
+  constexpr float kPer = 1.0F / 25;
+  for (int x = c.begin; x < c.end; ++x) {
+    const float a = slopes[x] * kPer;
+    const float b = offsets[x] * kPer;
+    slope[x] = a;
+    offset[x] = b;
+    out[x] = (a * green[x] + b) - m[x];
+  }
+}
+
+inline float fourMean(In above, In below, int x) {
+  return 0.25F * ((above[x - 1] + below[x + 1]) + (above[x + 1] + below[x - 1]));
+}
+
+// The colours that the guided lines and their residuals give, everywhere: own and opposite.
+inline void guidedColours(In residualAbove, In residualHere, In residualBelow, In oppositeAbove,
+                          In oppositeHere, In oppositeBelow, In weightAbove, In weightBelow,
+                          In weightHere, In slopeAbove, In slope, In slopeBelow, In offsetAbove,
+                          In offset, In offsetBelow, In green, In m, In along, In across, Columns c,
+                          Row own, Row opposite) {
+  for (int x = c.begin; x < c.end; ++x) {
+    const Sides sides{weightAbove[x], weightBelow[x], weightHere[x - 1], weightHere[x + 1]};
+    const float inverse = 1.0F / sides.sum();
+    const float r =
+        sides.sum(oppositeAbove[x], oppositeBelow[x], residualHere[x - 1], residualHere[x + 1]) *
+        inverse;
+    const float s =
+        sides.sum(residualAbove[x], residualBelow[x], oppositeHere[x - 1], oppositeHere[x + 1]) *
+        inverse;
+    const float g = green[x];
+    // Beside green: the row's colour left and right, the opposite colour above and below.
+    const float beside =
+        (0.5F * (slope[x - 1] + slope[x + 1]) * g + 0.5F * (offset[x - 1] + offset[x + 1])) - r;
+    const float upright =
+        (0.5F * (slopeAbove[x] + slopeBelow[x]) * g + 0.5F * (offsetAbove[x] + offsetBelow[x])) - s;
+    const float rowShare = (sides.west + sides.east) * inverse;
+    const float columnShare = (sides.north + sides.south) * inverse;
+    own[x] = beside + 0.4F * rowShare * ((m[x] - along[x]) - beside);
+    opposite[x] = upright + 0.4F * columnShare * ((m[x] - across[x]) - upright);
+  }
+}
+
+inline void guidedOpposite(In slopeAbove, In slopeBelow, In offsetAbove, In offsetBelow,
+                           In residual, In green, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) {
+    out[x] =
+        (fourMean(slopeAbove, slopeBelow, x) * green[x] + fourMean(offsetAbove, offsetBelow, x)) -
+        residual[x];
+  }
+}
+
+// Where colours follow green, green minus the interpolated difference is the better estimate; where
+// they do not, the guided one.
+template <typename Sample>
+void rigorousPixels(In ownDifference, In otherDifference, In ownGuided, In oppositeGuided,
+                    In oppositeGuidedAtColour, In ownRatio, In oppositeRatio, In green, In m,
+                    In colour, In greenPlaces, int end, Sample* __restrict ownOut,
+                    Sample* __restrict greenOut, Sample* __restrict oppositeOut) {
+  for (int x = 0; x < end; ++x) {
+    const float g = green[x];
+    const float guided = colour[x] * oppositeGuidedAtColour[x] + greenPlaces[x] * oppositeGuided[x];
+    const float own =
+        ownGuided[x] + ((g - ownDifference[x]) - ownGuided[x]) / (1.0F + 2000.0F * ownRatio[x]);
+    const float opposite =
+        guided + ((g - otherDifference[x]) - guided) / (1.0F + 2000.0F * oppositeRatio[x]);
+    ownOut[x] = rounded<Sample>(colour[x] * m[x] + greenPlaces[x] * own);
+    greenOut[x] = rounded<Sample>(g);
+    oppositeOut[x] = rounded<Sample>(opposite);
+  }
+}
+
+template <typename Sample>
+void rigorous(const Block<Sample>& block) {
+  const int rows = block.rows;
+  const int cols = block.cols;
+  const Columns c = columnsAround(cols, kRigorousReach);
+  const std::ptrdiff_t stride = floatStride(cols);
+  constexpr float kLevel = levelOf<Sample>();
+  constexpr float kNoise = 0.1F * kLevel * kLevel;
+  float* scratch = static_cast<float*>(block.scratch);
+  const Ring<64> mosaic(scratch, stride);
+  const Ring<16> along0(scratch, stride), along1(scratch, stride), along2(scratch, stride);
+  const Ring<16> across0(scratch, stride), across1(scratch, stride), across2(scratch, stride);
+  RoundAlong<1> roundAlong1(scratch, stride);
+  RoundAlong<2> roundAlong2(scratch, stride);
+  RoundAcross<1> roundAcross1(scratch, stride);
+  RoundAcross<2> roundAcross2(scratch, stride);
+  const Ring<32> alongDifference(scratch, stride), acrossDifference(scratch, stride);
+  const Ring<8> narrowAlong(scratch, stride), wideAlong(scratch, stride);
+  const Ring<8> changesAcross(scratch, stride);
+  const Ring<32> narrowWeightAlong(scratch, stride), narrowWeightAcross(scratch, stride);
+  const Ring<16> wideWeightAlong(scratch, stride), wideWeightAcross(scratch, stride);
+  const Ring<16> own1(scratch, stride), green1(scratch, stride), opposite1(scratch, stride);
+  const Ring<16> red1(scratch, stride), blue1(scratch, stride);
+  Activity redActivity(scratch, stride), greenActivity(scratch, stride),
+      blueActivity(scratch, stride);
+  const Ring<16> redRatio(scratch, stride), blueRatio(scratch, stride);
+  const Ring<4> own2(scratch, stride), green2(scratch, stride), opposite2(scratch, stride);
+  const Ring<4> red2(scratch, stride), blue2(scratch, stride);
+  const Ring<16> own3(scratch, stride), green3(scratch, stride), opposite3(scratch, stride);
+  const Ring<16> mg(scratch, stride), gg(scratch, stride), mk(scratch, stride), kk(scratch, stride);
+  const Ring<16> slope(scratch, stride), offset(scratch, stride);
+  const Ring<4> meanSlope(scratch, stride), meanOffset(scratch, stride);
+  const Ring<4> guided(scratch, stride), guidedOpp(scratch, stride);
+  const Ring<8> t(scratch, stride);
+  const Places places(scratch, stride);
+  assert(scratch - static_cast<float*>(block.scratch) == kRigorousRows * stride);
+
+  const auto colour = [&](int y) { return places.colour(colourParity(block, y)); };
+  const auto greens = [&](int y) { return places.green(colourParity(block, y)); };
+  const auto isRed = [&](int y) { return (y & 1) == block.redRow; };
+
+  for (int last = -kRigorousReach; last < rows + kRigorousReach; ++last) {
+    floatRow(block.mosaic[last], c, mosaic[last]);
+
+    firstEstimateAlong(mosaic[last], c, along0[last]);
+    roundAlong1.step(mosaic, along0, last, kNoise, c, along1);
+    roundAlong2.step(mosaic, along1, last - 8, kNoise, c, along2);
+
+    int y = last - 2;
+    firstEstimateAcross(mosaic[y - 2], mosaic[y - 1], mosaic[y], mosaic[y + 1], mosaic[y + 2], c,
+                        across0[y]);
+    roundAcross1.step(mosaic, across0, y, kNoise, c, across1);
+    roundAcross2.step(mosaic, across1, y - 5, kNoise, c, across2);
+
+    y = last - 16;
+    signedDifference(mosaic[y], along2[y], colour(y), c, alongDifference[y]);
+    signedDifference(mosaic[y], across2[y], colour(y), c, acrossDifference[y]);
+    changeAlong(alongDifference[y], c, t[0]);
+    sum3(t[0], c, narrowAlong[y]);
+    sum5(t[0], c, wideAlong[y]);
+    changeAcross(acrossDifference[y - 2], acrossDifference[y], c, changesAcross[y - 1]);
+
+    y = last - 19;
+    sumOf3(narrowAlong[y - 1], narrowAlong[y], narrowAlong[y + 1], c, t[0]);
+    inverseSquares(t[0], kLevel, c, narrowWeightAlong[y]);
+    everyOther5(wideAlong[y - 2], wideAlong[y - 1], wideAlong[y], wideAlong[y + 1],
+                wideAlong[y + 2], c, t[0]);
+    inverseSquares(t[0], kLevel, c, wideWeightAlong[y]);
+    sumOf3(changesAcross[y - 1], changesAcross[y], changesAcross[y + 1], c, t[0]);
+    sum3(t[0], c, t[1]);
+    inverseSquares(t[1], kLevel, c, narrowWeightAcross[y]);
+    everyOther5(changesAcross[y - 2], changesAcross[y - 1], changesAcross[y], changesAcross[y + 1],
+                changesAcross[y + 2], c, t[0]);
+    sum5(t[0], c, t[1]);
+    inverseSquares(t[1], kLevel, c, wideWeightAcross[y]);
+
+    y = last - 20;
+    firstDifference(acrossDifference[y - 1], acrossDifference[y], acrossDifference[y + 1],
+                    alongDifference[y], narrowWeightAcross[y - 1], narrowWeightAcross[y + 1],
+                    narrowWeightAlong[y], mosaic[y], colour(y), c, own1[y], green1[y]);
+    y = last - 21;
+    oppositeDifference(own1[y - 1], own1[y + 1], green1[y - 1], green1[y], green1[y + 1],
+                       mosaic[y - 1], mosaic[y + 1], kLevel, c, opposite1[y]);
+    y = last - 22;
+    fullDifferences(own1[y - 1], own1[y], own1[y + 1], opposite1[y - 1], opposite1[y],
+                    opposite1[y + 1], wideWeightAcross[y - 1], wideWeightAcross[y + 1],
+                    wideWeightAlong[y], colour(y), greens(y), c, (isRed(y) ? red1 : blue1)[y],
+                    (isRed(y) ? blue1 : red1)[y]);
+    redActivity.step(red1, y, c, t[0]);
+    greenActivity.step(green1, y, c, t[1]);
+    blueActivity.step(blue1, y, c, t[2]);
+    y = last - 27;
+    squaredRatio(t[0], t[1], kLevel, c, redRatio[y]);
+    squaredRatio(t[2], t[1], kLevel, c, blueRatio[y]);
+    const Ring<16>& full1 = isRed(y) ? red1 : blue1;
+    refine(own1[y], full1[y - 1], full1[y], full1[y + 1], wideWeightAcross[y - 1],
+           wideWeightAcross[y + 1], wideWeightAlong[y], (isRed(y) ? redRatio : blueRatio)[y],
+           mosaic[y], colour(y), c, own2[y], green2[y]);
+    y = last - 28;
+    oppositeDifference(own2[y - 1], own2[y + 1], green2[y - 1], green2[y], green2[y + 1],
+                       mosaic[y - 1], mosaic[y + 1], kLevel, c, opposite2[y]);
+    y = last - 29;
+    fullDifferences(own2[y - 1], own2[y], own2[y + 1], opposite2[y - 1], opposite2[y],
+                    opposite2[y + 1], wideWeightAcross[y - 1], wideWeightAcross[y + 1],
+                    wideWeightAlong[y], colour(y), greens(y), c, (isRed(y) ? red2 : blue2)[y],
+                    (isRed(y) ? blue2 : red2)[y]);
+    y = last - 30;
+    const Ring<4>& full2 = isRed(y) ? red2 : blue2;
+    refine(own2[y], full2[y - 1], full2[y], full2[y + 1], wideWeightAcross[y - 1],
+           wideWeightAcross[y + 1], wideWeightAlong[y], (isRed(y) ? redRatio : blueRatio)[y],
+           mosaic[y], colour(y), c, own3[y], green3[y]);
+    product(mosaic[y], green3[y], c, mg[y]);
+    product(green3[y], green3[y], c, gg[y]);
+    y = last - 31;
+    oppositeDifference(own3[y - 1], own3[y + 1], green3[y - 1], green3[y], green3[y + 1],
+                       mosaic[y - 1], mosaic[y + 1], kLevel, c, opposite3[y]);
+
+    y = last - 32;
+    laplacian(mosaic[y - 2], mosaic[y], mosaic[y + 2], c, t[0]);
+    laplacian(green3[y - 2], green3[y], green3[y + 2], c, t[1]);
+    product(t[0], t[1], c, mk[y]);
+    product(t[1], t[1], c, kk[y]);
+    y = last - 36;
+    window25(mosaic, y, c, t[0]);
+    window25(green3, y, c, t[1]);
+    window25(mg, y, c, t[2]);
+    window25(gg, y, c, t[3]);
+    window25(mk, y, c, t[4]);
+    window25(kk, y, c, t[5]);
+    fitColour(t[0], t[1], t[2], t[3], t[4], t[5], kNoise, c, slope[y], offset[y]);
+    y = last - 40;
+    window25(slope, y, c, t[0]);
+    window25(offset, y, c, t[1]);
+    guidedResidual(mosaic[y], green3[y], t[0], t[1], c, meanSlope[y], meanOffset[y], guided[y]);
+    y = last - 41;
+    oppositeDifference(guided[y - 1], guided[y + 1], green3[y - 1], green3[y], green3[y + 1],
+                       mosaic[y - 1], mosaic[y + 1], kLevel, c, guidedOpp[y]);
+
+    y = last - kRigorousReach;
+    if (y < 0) continue;
+    fullDifferences(own3[y - 1], own3[y], own3[y + 1], opposite3[y - 1], opposite3[y],
+                    opposite3[y + 1], narrowWeightAcross[y - 1], narrowWeightAcross[y + 1],
+                    narrowWeightAlong[y], colour(y), greens(y), c, t[0], t[1]);
+    guidedColours(guided[y - 1], guided[y], guided[y + 1], guidedOpp[y - 1], guidedOpp[y],
+                  guidedOpp[y + 1], narrowWeightAcross[y - 1], narrowWeightAcross[y + 1],
+                  narrowWeightAlong[y], meanSlope[y - 1], meanSlope[y], meanSlope[y + 1],
+                  meanOffset[y - 1], meanOffset[y], meanOffset[y + 1], green3[y], mosaic[y],
+                  alongDifference[y], acrossDifference[y], c, t[2], t[3]);
+    guidedOpposite(meanSlope[y - 1], meanSlope[y + 1], meanOffset[y - 1], meanOffset[y + 1],
+                   guidedOpp[y], green3[y], c, t[4]);
+    const std::ptrdiff_t at = y * block.stride;
+    rigorousPixels(t[0], t[1], t[2], t[3], t[4], (isRed(y) ? redRatio : blueRatio)[y],
+                   (isRed(y) ? blueRatio : redRatio)[y], green3[y], mosaic[y], colour(y), greens(y),
+                   roundedUp(cols), (isRed(y) ? block.red : block.blue) + at, block.green + at,
+                   (isRed(y) ? block.blue : block.red) + at);
+  }
+}
+
+inline BlockFunctions rigorousFunctions() {
+  return {rigorous<std::uint8_t>, rigorous<std::uint16_t>};
+}
+
+KORVEX2_BAYER_END_TARGET_CODE
+
+#endif
