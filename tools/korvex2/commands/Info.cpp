@@ -1,6 +1,8 @@
 // korvex2 info: the machine, the library and what was built into the tool.
 
+#include <libraw/libraw.h>
 #include <png.h>
+#include <tiffio.h>
 
 #include <memory>
 #include <string>
@@ -42,8 +44,16 @@ std::string FileFormats() {
   return names;
 }
 
+// From "LIBTIFF, Version 4.5.0\nCopyright ...".
+std::string TiffVersion() {
+  const std::string text = TIFFGetVersion();
+  const std::size_t begin = text.find("Version ");
+  return begin == std::string::npos ? "" : text.substr(begin + 8, text.find('\n') - begin - 8);
+}
+
 std::string Features() {
-  std::string features = fmt::format("{}, libpng {}", FileFormats(), png_get_libpng_ver(nullptr));
+  std::string features = fmt::format("{}, libpng {}, libtiff {}, LibRaw {}", FileFormats(),
+                                     png_get_libpng_ver(nullptr), TiffVersion(), libraw_version());
 #if !defined(NDEBUG)
   features += ", assertions";
 #endif
