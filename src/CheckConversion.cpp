@@ -1,6 +1,8 @@
 #include "CheckConversion.h"
 
+#include <limits>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "InternalError.h"
@@ -33,7 +35,7 @@ bool EngineKnows(ColorProcessingAlgorithm method) {
 class Examination {
  public:
   Examination(const Image& source, PixelFormat target) : m_source(source), m_target(target) {
-    source.GetDimensions(&m_rows, &m_cols, nullptr, &m_format, &m_tile);
+    source.GetDimensions(&m_rows, &m_cols, &m_stride, &m_format, &m_tile);
   }
 
   Error Run() {
@@ -45,13 +47,24 @@ class Examination {
       Add(__LINE__, VORERROR_FAILED,
           "As " + NameOf(m_target) + ", " + SizeOf(m_rows, m_cols) + " pixels exceed 4 GiB - 1.");
     }
-    if (m_format != m_target) {
+    if (m_format == m_target) {
+      ExamineCopy();
+    } else {
       FollowRoute();
     }
     return Result();
   }
 
  private:
+  // A copy takes the source's stride along.
+  void ExamineCopy() {
+    if (Image::CheckDimensions(m_rows, m_cols, m_stride, m_format) != VORERROR_OK) {
+      Add(__LINE__, VORERROR_INVALID_PARAMETER,
+          "With a stride of " + std::to_string(m_stride) + " bytes, " + SizeOf(m_rows, m_cols) +
+              " pixels exceed 4 GiB - 1.");
+    }
+  }
+
   void FollowRoute() {
     const Routine routine = FindRoute(m_format, m_target);
     if (routine == Routine::None) {
@@ -85,12 +98,14 @@ class Examination {
   }
 
   void ExamineMosaic(PixelFormat format, ColorProcessingAlgorithm method, bool reports) {
-    const ErrorType failure = reports ? VORERROR_FAILED : VORERROR_IMAGE_CONVERSION_FAILED;
+    const auto failure = [reports](ErrorType reported) {
+      return reports ? reported : VORERROR_IMAGE_CONVERSION_FAILED;
+    };
     if (m_tile == NONE) {
       return ExamineGrey(format, "tile NONE");
     }
     if (m_tile < NONE || m_tile > BGGR) {
-      Add(__LINE__, failure,
+      Add(__LINE__, failure(VORERROR_INVALID_PARAMETER),
           "Bayer tile " + std::to_string(static_cast<int>(m_tile)) +
               " is unknown; it must be NONE, RGGB, GRBG, GBRG or BGGR.");
     }
@@ -101,15 +116,22 @@ class Examination {
       return ExamineGrey(format, "NO_COLOR_PROCESSING");
     }
     if (!EngineKnows(effective)) {
-      Add(__LINE__, failure,
+      Add(__LINE__, failure(VORERROR_INVALID_PARAMETER),
           "Color processing " + std::to_string(static_cast<int>(effective)) +
               " is not available; it must be NO_COLOR_PROCESSING, NEAREST_NEIGHBOR, EDGE_SENSING, "
               "HQ_LINEAR, DIRECTIONAL_FILTER or RIGOROUS.");
     }
-    ExamineSides(failure);
+    ExamineSides(failure(VORERROR_FAILED));
   }
 
   void ExamineSides(ErrorType failure) {
+    for (const unsigned int side : {m_rows, m_cols}) {
+      if (side > static_cast<unsigned int>(std::numeric_limits<int>::max())) {
+        Add(__LINE__, failure,
+            "A mosaic has 2147483647 rows and columns at most; this one has " +
+                std::to_string(side) + ".");
+      }
+    }
     if (m_rows == 0 || m_cols == 0) {
       return;
     }
@@ -172,6 +194,7 @@ class Examination {
   PixelFormat m_format = UNSPECIFIED_PIXEL_FORMAT;
   unsigned int m_rows = 0;
   unsigned int m_cols = 0;
+  unsigned int m_stride = 0;
   BayerTileFormat m_tile = Korvex2::NONE;
   std::vector<Reason> m_reasons;
 };

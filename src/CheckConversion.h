@@ -14,12 +14,14 @@ namespace Korvex2 {
 ///
 /// Convert reports success for most raw sources even when no colour could be made of them. This
 /// function names every reason for which it would fail, or would succeed without having converted:
-/// the first one is the result, the others follow through GetCause().
+/// the first one is the result, the others follow through GetCause(), warnings last.
 ///
 ///   VORERROR_OK                       converts
-///   VORERROR_INVALID_PARAMETER        Convert fails: no buffer, or a pair that it refuses
-///   VORERROR_FAILED                   Convert fails: the destination would exceed 4 GiB - 1, or a
-///                                     mosaic that it cannot demosaic, on a route that reports it
+///   VORERROR_INVALID_PARAMETER        Convert fails so: no buffer, a pair that it refuses, a copy
+///                                     whose stride exceeds the limit, or an unknown tile or method
+///                                     of a mosaic on a route that reports it
+///   VORERROR_FAILED                   Convert fails so: the destination would exceed 4 GiB - 1, or
+///                                     odd sides of a mosaic on a route that reports them
 ///   VORERROR_IMAGE_CONVERSION_FAILED  Convert answers success and the picture is not there: a
 ///                                     temporary image over the limit, odd sides or an unknown tile
 ///                                     or method of a mosaic, raw samples of 12 or 16 bits without
