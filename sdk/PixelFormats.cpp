@@ -98,6 +98,10 @@ std::uint64_t PackedSize(const PixelFormatInfo& format, std::uint64_t pixels) no
   return (pixels * format.bitsPerPixel + 7) / 8;
 }
 
+std::uint64_t GroupedSize(const PixelFormatInfo& format, std::uint64_t pixels) noexcept {
+  return RoundUp(pixels, format.pixelsPerGroup) / format.pixelsPerGroup * format.bytesPerGroup;
+}
+
 std::uint64_t ReachedSize(const PixelFormatInfo& format, std::uint64_t pixels) noexcept {
   return PackedSize(format, RoundUp(pixels, format.pixelsPerReach));
 }

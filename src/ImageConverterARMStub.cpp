@@ -88,7 +88,7 @@ std::size_t HeldBytes(const Image& image) {
     return image.GetDataSize();
   }
   const std::uint64_t pixels = std::uint64_t{image.GetRows()} * image.GetCols();
-  return std::max<std::size_t>(image.GetDataSize(), PackedSize(*format, pixels));
+  return std::max<std::size_t>(image.GetDataSize(), GroupedSize(*format, pixels));
 }
 
 // Zeroes the destination from a byte on, so that a reused one does not pass off an earlier frame as
@@ -251,8 +251,9 @@ bool ImageConverter::MayWalk(const RoutineInfo& info, const Image* pSrc, const I
 Error ImageConverter::WalkRoutine(Routine routine, const Image* pSrc, Image* pDst) const {
   const std::size_t pixels = GetNumberOfPixels(pSrc);
   Walk(routine, pSrc->GetData(), pDst->GetData(), pixels, {.littleEndian = m_LittleEndian});
-  if (ClearsDestination(routine)) {
-    ClearFrom(pixels + pixels % 2, pDst);  // only what the pairs of 8-bit pixels left
+  const std::size_t written = pixels + pixels % 2;  // by the kernel that clears, which packs pairs
+  if (ClearsDestination(routine) && written < pDst->GetDataSize()) {
+    std::memset(pDst->GetData() + written, 0, pDst->GetDataSize() - written);
   }
   return Success();
 }

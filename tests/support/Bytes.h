@@ -16,8 +16,8 @@ namespace Korvex2::Test {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// What `routine` writes for a row of `pixels` pixels into `size` zero bytes, by the plain loops and by
-/// whatever is fastest.
+/// What `routine` writes for a row of `pixels` pixels into `size` zero bytes, by the plain loops
+/// and by whatever is fastest.
 inline Bytes Converted(std::string_view routine, Bytes source, unsigned pixels, std::size_t size,
                        bool littleEndian = true) {
   Bytes fastest(size, 0);

@@ -86,7 +86,7 @@ Image Converted(const Image& source, PixelFormat target) {
 Image Converted(Image source, PixelFormat target, ColorProcessingAlgorithm method) {
   const PixelFormat format = source.GetPixelFormat();
   if (format == target) {
-    return source;  // a copy would lose what a begun group holds past the last pixel
+    return source;
   }
   if (!IsRaw(format) || IsRaw(target)) {
     return Converted(source, target);

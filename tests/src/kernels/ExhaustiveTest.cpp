@@ -1,5 +1,5 @@
-// Whole domains: all RGB triples, all YUV triples, all 16-bit samples, against the oracle's loops. On
-// plain images, so that the kernels of the instruction set in use are what runs.
+// Whole domains: all RGB triples, all YUV triples, all 16-bit samples, against the oracle's loops.
+// On plain images, so that the kernels of the instruction set in use are what runs.
 
 #include <gtest/gtest.h>
 

@@ -49,8 +49,8 @@ void Check(const char* routine, unsigned pixels, int distance, bool littleEndian
   const Image plainFrom = PlainImage(pixels, fastest.data() + kMargin, read);
   Image plainTo = PlainImage(pixels, fastest.data() + kMargin + distance, written);
   ASSERT_EQ(Probe(littleEndian).Call(routine, &plainFrom, &plainTo).GetType(), VORERROR_OK);
-  ASSERT_EQ(fastest, theirs) << routine << " of " << pixels << " plain pixels, destination = source + "
-                             << distance;
+  ASSERT_EQ(fastest, theirs) << routine << " of " << pixels
+                             << " plain pixels, destination = source + " << distance;
 }
 
 TEST(Overlap, OfEveryKernelIsAsTheLiteralLoopHasIt) {
