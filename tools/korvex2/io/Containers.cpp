@@ -57,15 +57,25 @@ std::string AllExtensions() {
   return all;
 }
 
-std::string WritableExtensions() {
+// The extensions of the containers that a condition picks, in the order of the table.
+template <typename Condition>
+std::string ExtensionsWhere(Condition condition) {
   std::string all;
   for (const Container& container : kContainers) {
-    if (container.channels != kNothing) {
+    if (condition(container)) {
       all += all.empty() ? "" : " ";
       all += container.extensions;
     }
   }
   return all;
+}
+
+std::string WritableExtensions() {
+  return ExtensionsWhere([](const Container& c) { return c.channels != kNothing; });
+}
+
+std::string ExtensionsThatHold(PixelFormat format) {
+  return ExtensionsWhere([format](const Container& c) { return Holds(c, format); });
 }
 
 std::string NamesHeldBy(const Container& container) {
@@ -137,9 +147,9 @@ void RequireHolds(const std::string& path, PixelFormat format) {
                   container.name, WritableExtensions());
   }
   if (!Holds(container, format)) {
-    throw Failure("{} does not fit into {}: {} holds {}; write a .raw file, or convert --to {}",
+    throw Failure("{} does not fit into {}: {} holds {}; write one of {}, or convert --to {}",
                   NameOf(format), path, container.name, NamesHeldBy(container),
-                  container.channels == kGrey ? "mono8" : "rgb8");
+                  ExtensionsThatHold(format), container.channels == kGrey ? "mono8" : "rgb8");
   }
 }
 
