@@ -1,6 +1,6 @@
 #include "WeightedDirectional.h"
 
-#include "FloatRows.h"
+#include "HalfRows.h"
 #include "WeightedDirectional-inl.h"
 
 namespace Korvex2::Bayer {
@@ -36,10 +36,17 @@ namespace {
 //
 // About 110 operations per pixel, 3 of them divisions.
 
-constexpr int kRingRows = 8 + 8 + 4 + 4 + 4 + 8 + 4 + 4 + 4 + 4 + 4 + 1 + 1;
+// Whole rows of integers and half rows of floats.
+constexpr std::ptrdiff_t kIntRows = 8 + 4 + 4 + 4 + 4;
+constexpr std::ptrdiff_t kHalfRows = 2 * 8 + 2 * 4 + 4 + 4 + 4 + 4;
 
-std::size_t scratchBytes(int, int cols, int) {
-  return floatRowsBytes(kRingRows, cols);
+std::size_t scratchBytes(int, int cols, int sampleBytes) {
+  const std::ptrdiff_t intBytes = sampleBytes == 1 ? sizeof(WeightedDirectionalInt<std::uint8_t>)
+                                                   : sizeof(WeightedDirectionalInt<std::uint16_t>);
+  constexpr std::ptrdiff_t kFloatBytes = sizeof(float);
+  const std::ptrdiff_t columns = halfRowsStride(cols);
+  return static_cast<std::size_t>(kIntRows * columns * intBytes +
+                                  kHalfRows * (columns / 2) * kFloatBytes);
 }
 
 BlockFunctions functions([[maybe_unused]] Target target) {
@@ -51,9 +58,9 @@ BlockFunctions functions([[maybe_unused]] Target target) {
 
 }  // namespace
 
-const Method kWeightedDirectional = {.margin = 7,
+const Method kWeightedDirectional = {.margin = kWeightedDirectionalReach,
                                      .blockRows = 256,
-                                     .blockCols = 512,
+                                     .blockCols = 480,
                                      .scratchBytes = scratchBytes,
                                      .functions = functions};
 
