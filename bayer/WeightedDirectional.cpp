@@ -35,7 +35,7 @@ namespace {
 //
 // 6. Red or blue is green minus d; brought into range and rounded to the nearest, once.
 //
-// About 80 operations per pixel, 40 of them on integers; five divisions for two pixels. Columns of
+// About 110 operations per pixel, 45 of them on integers; five divisions for two pixels. Columns of
 // blocks are wide, so that pictures are written in long runs, and a multiple of vectors with their
 // surroundings.
 
