@@ -56,26 +56,41 @@ struct Sides {
   }
 };
 
+// Places to the left and to the right of those of a row.
+struct Beside {
+  const float* left;
+  const float* right;
+};
+
 // Green minus the opposite colour where the mosaic holds red or blue: the mean over the diagonal
 // neighbours, weighted by 1 / (level + |step of green| + |step of the opposite colour|). The
 // weights are brought to a common denominator, which takes one division instead of five.
-inline void oppositeDifference(In ownAbove, In ownBelow, In greenAbove, In greenHere, In greenBelow,
-                               In above, In below, float level, Columns c, Row out) {
+inline void oppositeDifference(Beside ownAbove, Beside ownBelow, Beside greenAbove, In greenHere,
+                               Beside greenBelow, Beside above, Beside below, float level,
+                               Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) {
     const float g = greenHere[x];
-    const float down = level + magnitude(above[x - 1] - below[x + 1]);
-    const float up = level + magnitude(above[x + 1] - below[x - 1]);
-    const float nw = down + magnitude(g - greenAbove[x - 1]);
-    const float se = down + magnitude(g - greenBelow[x + 1]);
-    const float ne = up + magnitude(g - greenAbove[x + 1]);
-    const float sw = up + magnitude(g - greenBelow[x - 1]);
+    const float down = level + magnitude(above.left[x] - below.right[x]);
+    const float up = level + magnitude(above.right[x] - below.left[x]);
+    const float nw = down + magnitude(g - greenAbove.left[x]);
+    const float se = down + magnitude(g - greenBelow.right[x]);
+    const float ne = up + magnitude(g - greenAbove.right[x]);
+    const float sw = up + magnitude(g - greenBelow.left[x]);
     const float downProduct = nw * se;
     const float upProduct = ne * sw;
-    const float downSum = ownAbove[x - 1] * se + ownBelow[x + 1] * nw;
-    const float upSum = ownAbove[x + 1] * sw + ownBelow[x - 1] * ne;
+    const float downSum = ownAbove.left[x] * se + ownBelow.right[x] * nw;
+    const float upSum = ownAbove.right[x] * sw + ownBelow.left[x] * ne;
     out[x] = (downSum * upProduct + upSum * downProduct) /
              ((nw + se) * upProduct + (ne + sw) * downProduct);
   }
+}
+
+// The same on whole rows.
+inline void oppositeDifference(In ownAbove, In ownBelow, In greenAbove, In greenHere, In greenBelow,
+                               In above, In below, float level, Columns c, Row out) {
+  const auto diagonal = [](const float* row) { return Beside{row - 1, row + 1}; };
+  oppositeDifference(diagonal(ownAbove), diagonal(ownBelow), diagonal(greenAbove), greenHere,
+                     diagonal(greenBelow), diagonal(above), diagonal(below), level, c, out);
 }
 
 KORVEX2_BAYER_END_TARGET_CODE

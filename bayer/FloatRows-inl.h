@@ -95,11 +95,16 @@ constexpr float levelOf() {
   return sizeof(Sample) == 1 ? 1.0F : 257.0F;
 }
 
+// Within the range of samples.
 template <typename Sample>
-Sample rounded(float v) {
+std::int32_t roundedInt(float v) {
   constexpr float kMost = std::numeric_limits<Sample>::max();
   const float low = v < 0 ? 0.0F : v;
-  return static_cast<Sample>(static_cast<std::int32_t>((low > kMost ? kMost : low) + 0.5F));
+  return static_cast<std::int32_t>((low > kMost ? kMost : low) + 0.5F);
+}
+template <typename Sample>
+Sample rounded(float v) {
+  return static_cast<Sample>(roundedInt<Sample>(v));
 }
 
 template <typename Sample>

@@ -1,13 +1,14 @@
 #include "WeightedDirectional.h"
 
-#include "FloatRows.h"
+#include "HalfRows.h"
 #include "WeightedDirectional-inl.h"
 
 namespace Korvex2::Bayer {
 namespace {
 
-// d is green minus red or blue, whichever of them the pixel's row (or column) holds. All values are
-// floats in the unit of the samples; `level` is one level of eight bits (1, or 257 for 16 bits).
+// d is green minus red or blue; `level` is one level of eight bits (1, or 257 for 16 bits). Steps
+// 1, 2 up to the sums, and the arms of 3 are in integers, fourfold and fortyfold, and exact; the
+// rest is in floats in the unit of the samples.
 //
 // 1. Two planes of differences, along rows and along columns, at every pixel, from five samples:
 //
@@ -34,12 +35,21 @@ namespace {
 //
 // 6. Red or blue is green minus d; brought into range and rounded to the nearest, once.
 //
-// About 110 operations per pixel, 3 of them divisions.
+// About 110 operations per pixel, 45 of them on integers; five divisions for two pixels. Columns of
+// blocks are wide, so that pictures are written in long runs, and a multiple of vectors with their
+// surroundings.
 
-constexpr int kRingRows = 8 + 8 + 4 + 4 + 4 + 8 + 4 + 4 + 4 + 4 + 4 + 1 + 1;
+// Whole rows of integers and half rows of floats.
+constexpr std::ptrdiff_t kIntRows = 8 + 4 + 4 + 4 + 4;
+constexpr std::ptrdiff_t kHalfRows = 2 * 8 + 2 * 4 + 4 + 4 + 4 + 4;
 
-std::size_t scratchBytes(int, int cols, int) {
-  return floatRowsBytes(kRingRows, cols);
+std::size_t scratchBytes(int, int cols, int sampleBytes) {
+  const std::ptrdiff_t intBytes = sampleBytes == 1 ? sizeof(WeightedDirectionalInt<std::uint8_t>)
+                                                   : sizeof(WeightedDirectionalInt<std::uint16_t>);
+  constexpr std::ptrdiff_t kFloatBytes = sizeof(float);
+  const std::ptrdiff_t columns = halfRowsStride(cols);
+  return static_cast<std::size_t>(kIntRows * columns * intBytes +
+                                  kHalfRows * (columns / 2) * kFloatBytes);
 }
 
 BlockFunctions functions([[maybe_unused]] Target target) {
@@ -51,9 +61,9 @@ BlockFunctions functions([[maybe_unused]] Target target) {
 
 }  // namespace
 
-const Method kWeightedDirectional = {.margin = 7,
-                                     .blockRows = 256,
-                                     .blockCols = 512,
+const Method kWeightedDirectional = {.margin = kWeightedDirectionalReach,
+                                     .blockRows = 128,
+                                     .blockCols = 992,
                                      .scratchBytes = scratchBytes,
                                      .functions = functions};
 

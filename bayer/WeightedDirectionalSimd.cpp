@@ -4,8 +4,8 @@
 #define HWY_TARGET_INCLUDE "WeightedDirectionalSimd.cpp"
 #include "hwy/foreach_target.h"
 // After foreach_target.h.
-#include "simd/TargetTable.h"
 #include "WeightedDirectional-inl.h"
+#include "simd/TargetTable.h"
 
 #if HWY_ONCE
 namespace Korvex2::Bayer {

@@ -58,10 +58,11 @@ class KORVEX2_API Image {
   /// A buffer that is large enough is kept. All of a new buffer reads as zero, and all of a kept
   /// one of our own whose rows, columns, stride or format change. Where none of them changes, and
   /// on a caller's buffer, whose bytes are the caller's frame, the pixels survive and only what
-  /// lies past them is zeroed: past the packed pixels, or past rows x stride where the stride pads
-  /// the rows.
+  /// lies past them is zeroed: past the last group of packed pixels, or past rows x stride where
+  /// the stride pads the rows.
   ///
-  /// The image is unchanged by a failure: VORERROR_INVALID_PARAMETER for a shape over 4 GiB - 1,
+  /// The image is unchanged by a failure: VORERROR_INVALID_PARAMETER for a shape that, its
+  /// last group completed, exceeds 4 GiB - 1,
   /// VORERROR_BUFFER_TOO_SMALL on a caller's buffer, VORERROR_MEMORY_ALLOCATION_FAILED.
   virtual Error SetDimensions(unsigned int rows, unsigned int cols, unsigned int stride,
                               PixelFormat format, BayerTileFormat bayerFormat) noexcept;
@@ -86,8 +87,8 @@ class KORVEX2_API Image {
   virtual unsigned char* GetData() noexcept;
   virtual const unsigned char* GetData() const noexcept;
 
-  /// Whether a shape stays within 4 GiB - 1, or the failure that SetDimensions would answer. Allots
-  /// nothing.
+  /// Whether a shape, its last group completed, stays within 4 GiB - 1, or the failure that
+  /// SetDimensions would answer. Allots nothing.
   static Error CheckDimensions(unsigned int rows, unsigned int cols, unsigned int stride,
                                PixelFormat format) noexcept;
 

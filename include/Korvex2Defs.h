@@ -8,7 +8,8 @@ namespace Korvex2 {
 
 /// How the pixels of a frame are laid out. docs/formats.md draws each layout byte by byte.
 ///
-/// Samples of 16 bits are little-endian words on every target but big-endian hosts.
+/// Grey and raw samples of 16 bits are stored low byte first; those of colour formats are words of
+/// the host, which is the same thing on every target but big-endian ones.
 enum PixelFormat : std::uint32_t {
   PIXEL_FORMAT_MONO8 = 0x80000000,         ///< 8 bits of grey
   PIXEL_FORMAT_411YUV8 = 0x40000000,       ///< U Y0 Y1 V Y2 Y3: 4 pixels in 6 bytes

@@ -37,6 +37,10 @@ KORVEX2_API const PixelFormatInfo* FindPixelFormat(std::string_view name) noexce
 /// Bytes that `pixels` tightly packed pixels fill, the last one begun counted whole.
 KORVEX2_API std::uint64_t PackedSize(const PixelFormatInfo& format, std::uint64_t pixels) noexcept;
 
+/// Bytes of `pixels` tightly packed pixels with the last group whole: what a frame keeps. An odd
+/// run of 4:2:2 or 4:1:1 has the V of its last pixels there.
+KORVEX2_API std::uint64_t GroupedSize(const PixelFormatInfo& format, std::uint64_t pixels) noexcept;
+
 /// Bytes that a kernel may touch for a run of `pixels`: the run rounded up to pixelsPerReach.
 KORVEX2_API std::uint64_t ReachedSize(const PixelFormatInfo& format, std::uint64_t pixels) noexcept;
 

@@ -72,8 +72,8 @@ typedef enum BayerPixelFormat {
  *   beFAILED           a null buffer, a size that no buffer can have, no memory
  *
  * Allocates line buffers, released before it returns: their size depends on the method and on cols,
- * up to a limit, not on rows; docs/demosaicing.md has the figures. Reentrant, keeps no state between
- * calls, throws nothing. */
+ * up to a limit, not on rows; docs/demosaicing.md has the figures. Reentrant, keeps no state
+ * between calls, throws nothing. */
 VORBAYER_API BayerError bayerToColor(BayerPixelFormat inputFormat, const unsigned char* pInput,
                                      int rows, int cols, BayerPixelFormat outputFormat,
                                      unsigned char* pOutput, BayerMethod method,

@@ -33,9 +33,10 @@ void Free(unsigned char* buffer) noexcept {
 }
 
 Error RaiseTooLarge(unsigned int rows, unsigned int cols, unsigned int stride) {
-  return KORVEX2_RAISE(VORERROR_INVALID_PARAMETER,
-                       "An image of %u rows, %u columns and a stride of %u bytes exceeds 4 GiB - 1.",
-                       rows, cols, stride);
+  return KORVEX2_RAISE(
+      VORERROR_INVALID_PARAMETER,
+      "An image of %u rows, %u columns and a stride of %u bytes exceeds 4 GiB - 1.", rows, cols,
+      stride);
 }
 
 }  // namespace
@@ -54,7 +55,7 @@ struct Image::Layout {
       fits = false;
       return;
     }
-    const std::uint64_t packed = format == nullptr ? 0 : PackedSize(*format, pixels);
+    const std::uint64_t packed = format == nullptr ? 0 : GroupedSize(*format, pixels);
     const std::uint64_t reached = format == nullptr ? 0 : ReachedSize(*format, pixels);
     const bool padded =
         format == nullptr || shape.stride > PackedStride(shape.cols, format->bitsPerPixel);

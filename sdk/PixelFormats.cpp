@@ -39,9 +39,9 @@ FORMAT("bgru16",      BGRU16,       64,   1,        8,     1,     true,     "B(1
 FORMAT("yuv411",      411YUV8,      12,   4,        6,     4,     true,     "U Y0 Y1 V Y2 Y3",                             "411yuv8 IYU1 uyyvyy411 YUV411_8_UYYVYY")
 FORMAT("yuv422",      422YUV8,      16,   2,        4,     2,     true,     "U Y0 V Y1",                                   "422yuv8 UYVY uyvy422 YUV422_8_UYVY")
 FORMAT("yuv444",      444YUV8,      24,   1,        3,     1,     true,     "U Y V",                                       "444yuv8 IYU2 YUV8_UYV")
-FORMAT("raw8",        RAW8,         8,    1,        1,     2,     true,     "mosaic",                                      "bayer8 BayerRG8 BayerGR8 BayerGB8 BayerBG8 RGGB GRBG GBRG BA81 bayer_rggb8 bayer_grbg8 bayer_gbrg8 bayer_bggr8")
+FORMAT("raw8",        RAW8,         8,    1,        1,     2,     true,     "mosaic",                                      "bayer8 BayerRG8 BayerGR8 BayerGB8 BayerBG8 RGGB GRBG GBRG BGGR BA81 bayer_rggb8 bayer_grbg8 bayer_gbrg8 bayer_bggr8")
 FORMAT("raw12",       RAW12,        12,   2,        3,     2,     true,     "P0[11:4] P1[3:0]P0[3:0] P1[11:4], mosaic",    "bayer12 BayerRG12Packed BayerGR12Packed BayerGB12Packed BayerBG12Packed")
-FORMAT("raw16",       RAW16,        16,   1,        2,     2,     true,     "mosaic(16)",                                  "bayer16 BayerRG16 BayerGR16 BayerGB16 BayerBG16 RG16 GR16 GB16 BYR2 bayer_rggb16le bayer_grbg16le bayer_gbrg16le bayer_bggr16le")
+FORMAT("raw16",       RAW16,        16,   1,        2,     2,     true,     "mosaic(16)",                                  "bayer16 BayerRG16 BayerGR16 BayerGB16 BayerBG16 RG16 GR16 GB16 BYR2 rggb16le grbg16le gbrg16le bggr16le bayer_rggb16le bayer_grbg16le bayer_gbrg16le bayer_bggr16le")
 FORMAT("s_mono16",    S_MONO16,     16,   1,        2,     1,     false,    "Y(16, signed)",                               "Mono16s")
 FORMAT("s_rgb16",     S_RGB16,      48,   1,        6,     1,     false,    "R(16, signed) G(16, signed) B(16, signed)",   "RGB16s")
 FORMAT("yuv422_jpeg", 422YUV8_JPEG, 16,   2,        4,     2,     false,    "compressed stream",                           "422yuv8_jpeg")
@@ -96,6 +96,10 @@ const PixelFormatInfo* FindPixelFormat(std::string_view name) noexcept {
 
 std::uint64_t PackedSize(const PixelFormatInfo& format, std::uint64_t pixels) noexcept {
   return (pixels * format.bitsPerPixel + 7) / 8;
+}
+
+std::uint64_t GroupedSize(const PixelFormatInfo& format, std::uint64_t pixels) noexcept {
+  return RoundUp(pixels, format.pixelsPerGroup) / format.pixelsPerGroup * format.bytesPerGroup;
 }
 
 std::uint64_t ReachedSize(const PixelFormatInfo& format, std::uint64_t pixels) noexcept {

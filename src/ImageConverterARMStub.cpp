@@ -1,5 +1,6 @@
 #include "ImageConverterARMStub.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 #include <functional>
@@ -79,12 +80,24 @@ bool TemporariesFit(const RoutineInfo& info, const Image& source) {
   return TemporariesFit(GetRoutine(info.lastStep), source);
 }
 
+// The bytes of an image. The stride of a very long row can fall short of its pixels, which a plain
+// Image holds all the same.
+std::size_t HeldBytes(const Image& image) {
+  const PixelFormatInfo* format = FindPixelFormat(image.GetPixelFormat());
+  if (format == nullptr || !KeepsItsBuffer(image)) {
+    return image.GetDataSize();
+  }
+  const std::uint64_t pixels = std::uint64_t{image.GetRows()} * image.GetCols();
+  return std::max<std::size_t>(image.GetDataSize(), GroupedSize(*format, pixels));
+}
+
 // Zeroes the destination from a byte on, so that a reused one does not pass off an earlier frame as
 // this one where a conversion could not write.
 void ClearFrom(std::size_t offset, Image* pDst) {
   unsigned char* data = pDst == nullptr ? nullptr : pDst->GetData();
-  if (data != nullptr && offset < pDst->GetDataSize()) {
-    std::memset(data + offset, 0, pDst->GetDataSize() - offset);
+  const std::size_t size = data == nullptr ? 0 : HeldBytes(*pDst);
+  if (offset < size) {
+    std::memset(data + offset, 0, size - offset);
   }
 }
 
@@ -227,7 +240,10 @@ bool ImageConverter::MayWalk(const RoutineInfo& info, const Image* pSrc, const I
   }
   const unsigned char* src = pSrc->GetData();
   const unsigned char* dst = pDst->GetData();
-  const RunSize size = RunSizeOf(info.routine, GetNumberOfPixels(pSrc));
+  RunSize size = RunSizeOf(info.routine, GetNumberOfPixels(pSrc));
+  if (ClearsDestination(info.routine)) {
+    size.destination = std::max<std::size_t>(size.destination, pDst->GetDataSize());
+  }
   return src != nullptr && dst != nullptr && AreApart(src, size.source, dst, size.destination) &&
          TemporariesFit(info, *pSrc);
 }
@@ -235,8 +251,9 @@ bool ImageConverter::MayWalk(const RoutineInfo& info, const Image* pSrc, const I
 Error ImageConverter::WalkRoutine(Routine routine, const Image* pSrc, Image* pDst) const {
   const std::size_t pixels = GetNumberOfPixels(pSrc);
   Walk(routine, pSrc->GetData(), pDst->GetData(), pixels, {.littleEndian = m_LittleEndian});
-  if (ClearsDestination(routine)) {
-    ClearFrom(pixels + pixels % 2, pDst);  // only what the pairs of 8-bit pixels left
+  const std::size_t written = pixels + pixels % 2;  // by the kernel that clears, which packs pairs
+  if (ClearsDestination(routine) && written < pDst->GetDataSize()) {
+    std::memset(pDst->GetData() + written, 0, pDst->GetDataSize() - written);
   }
   return Success();
 }

@@ -37,7 +37,11 @@ class KORVEX2_API ImageConverter : public Singleton<ImageConverter> {
   ///   VORERROR_INVALID_PARAMETER  destFormat is no target, or the source no source for it; *pDst
   ///                               has been reshaped already
   /// A route through a temporary image reports success even where one of its steps could not do
-  /// its work (a mosaic with odd sides, no memory for the temporary).
+  /// its work: a mosaic with odd sides, say. CheckConversion tells beforehand.
+  ///
+  /// *pSrc and *pDst must be different images: the destination is shaped before the source is read.
+  /// Plain Images whose buffers lie apart convert fastest and without memory of their own; images
+  /// of a subclass and overlapping buffers take the plain loops and whole temporary images.
   Error Convert(const Image* pSrc, PixelFormat destFormat, Image* pDst) const;
 
   /// Always VORERROR_NOT_IMPLEMENTED; nothing is touched.

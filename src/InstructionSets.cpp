@@ -1,7 +1,6 @@
 #include "InstructionSets.h"
 
 #include <algorithm>
-#include <vector>
 
 #include "InternalError.h"
 #include "simd/Target.h"
@@ -9,32 +8,38 @@
 namespace Korvex2 {
 namespace {
 
-const std::vector<std::string_view>& Names() {
-  static const std::vector<std::string_view> names = [] {
-    std::vector<std::string_view> list;
+struct NameList {
+  std::string_view names[Simd::kMostTargets];
+  std::size_t count = 0;
+
+  NameList() noexcept {
     for (const Simd::Target target : Simd::availableTargets()) {
-      list.emplace_back(Simd::targetName(target));
+      names[count++] = Simd::targetName(target);
     }
-    return list;
-  }();
-  return names;
-}
+  }
+};
 
 }  // namespace
 
-std::span<const std::string_view> InstructionSets() noexcept { return Names(); }
+std::span<const std::string_view> InstructionSets() noexcept {
+  static const NameList list;
+  return {list.names, list.count};
+}
 
-std::string_view GetInstructionSet() noexcept { return Simd::targetName(Simd::activeTarget()); }
+std::string_view GetInstructionSet() noexcept {
+  return Simd::targetName(Simd::activeTarget());
+}
 
 Error SetInstructionSet(std::string_view name) noexcept {
-  const auto found = std::ranges::find(Names(), name);
-  if (found == Names().end()) {
+  const std::span<const std::string_view> names = InstructionSets();
+  const auto found = std::ranges::find(names, name);
+  if (found == names.end()) {
     return InternalError(__LINE__, "InstructionSets.cpp", __DATE__, __TIME__, VORERROR_NOT_FOUND,
                          "This machine or this build has no instruction set \"%.*s\".",
                          static_cast<int>(name.size()), name.data());
   }
-  Simd::setActiveTarget(
-      Simd::availableTargets()[static_cast<std::size_t>(found - Names().begin())]);
+  const auto index = static_cast<std::size_t>(found - names.begin());
+  Simd::setActiveTarget(Simd::availableTargets()[index]);
   return Error();
 }
 

@@ -10,12 +10,13 @@
 
 namespace Korvex2 {
 
-/// The instruction sets that were compiled in and that this machine has: "plain", which every machine
-/// has, then the best one and so on down. Results do not depend on the choice. The strings are static.
+/// The instruction sets that were compiled in and that this machine has: "plain", which every
+/// machine has, then the best one and so on down. Results do not depend on the choice. The strings
+/// are static.
 KORVEX2_API std::span<const std::string_view> InstructionSets() noexcept;
 
-/// The one in use: the best one, unless the environment variable KORVEX2_CPU names another of the list
-/// at the first use of the library, or SetInstructionSet has chosen since.
+/// The one in use: the best one, unless the environment variable KORVEX2_CPU names another of the
+/// list at the first use of the library, or SetInstructionSet has chosen since.
 KORVEX2_API std::string_view GetInstructionSet() noexcept;
 
 /// Chooses for the whole process, conversions that begin later; for tests and measurements.

@@ -1,8 +1,6 @@
 // The vector kernels of the instruction set in use, looked up once for each set.
 
 #include <algorithm>
-#include <array>
-#include <vector>
 
 #include "kernels/Kernels.h"
 #include "kernels/simd/Simd.h"
@@ -16,43 +14,55 @@ using Simd::Target;
 FastKernel Find([[maybe_unused]] Target target, [[maybe_unused]] Routine routine) {
 #if KORVEX2_WITH_HIGHWAY
   if (target != Target::kPlain) {
-    const FastKernel move = simd::Moves(target, routine);
-    return move != nullptr ? move : simd::Colour(target, routine);
+    for (const auto family : {simd::Moves, simd::Packed12, simd::Encodes, simd::Decodes}) {
+      if (const FastKernel kernel = family(target, routine)) {
+        return kernel;
+      }
+    }
   }
 #endif
   return nullptr;
 }
 
+// None and SameFormat, then every row.
+constexpr std::size_t kRoutines = 2
+#define KERNEL(...) +1
+#define WRAPPER(...) +1
+#define CHAIN(...) +1
+#define DEMOSAIC(...) +1
+#include "routes/Routines.def"
+    ;
+
 struct Table {
-  Target target;
-  std::vector<FastKernel> kernels;  // by the value of the routine
+  Target target = Target::kPlain;
+  FastKernel kernels[kRoutines] = {};  // by the value of the routine
 };
 
-Table MakeTable(Target target) {
-  Table table{target, std::vector<FastKernel>(Routines().size() + 2)};
-  for (const RoutineInfo& info : Routines()) {
-    table.kernels[static_cast<std::size_t>(info.routine)] = Find(target, info.routine);
-  }
-  return table;
-}
+// Arrays of fixed size: the first conversion of a process may come when there is no memory.
+struct Tables {
+  Table tables[Simd::kMostTargets];
+  std::size_t count = 0;
 
-const std::vector<Table>& Tables() {
-  static const std::vector<Table> tables = [] {
-    std::vector<Table> made;
+  Tables() noexcept {
     for (const Target target : Simd::availableTargets()) {
-      made.push_back(MakeTable(target));
+      Table& table = tables[count++];
+      table.target = target;
+      for (const RoutineInfo& info : Routines()) {
+        table.kernels[static_cast<std::size_t>(info.routine)] = Find(target, info.routine);
+      }
     }
-    return made;
-  }();
-  return tables;
-}
+  }
+};
 
 }  // namespace
 
 FastKernel FindFast(Routine routine) noexcept {
-  const auto& tables = Tables();
-  const auto table = std::ranges::find(tables, Simd::activeTarget(), &Table::target);
-  return table == tables.end() ? nullptr : table->kernels[static_cast<std::size_t>(routine)];
+  static const Tables all;
+  const Table* end = all.tables + all.count;
+  const Table* table =
+      std::find_if(all.tables, end,
+                   [active = Simd::activeTarget()](const Table& t) { return t.target == active; });
+  return table == end ? nullptr : table->kernels[static_cast<std::size_t>(routine)];
 }
 
 }  // namespace Korvex2::kernels

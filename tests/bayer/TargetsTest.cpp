@@ -75,7 +75,7 @@ TEST_P(TargetsTest, GiveThePlainBytesAtWidthsAroundVectorsAndBlocks) {
 }
 
 std::vector<Target> vectorTargets() {
-  const std::vector<Target>& all = availableTargets();
+  const std::span<const Target> all = availableTargets();
   return {all.begin() + 1, all.end()};
 }
 
@@ -93,7 +93,7 @@ INSTANTIATE_TEST_SUITE_P(Each, TargetsTest,
                          nameOf);
 
 TEST(Targets, TheBestOneIsAvailable) {
-  const std::vector<Target> targets = availableTargets();
+  const std::span<const Target> targets = availableTargets();
   EXPECT_EQ(targets.front(), Target::kPlain);
   EXPECT_NE(std::find(targets.begin(), targets.end(), activeTarget()), targets.end());
 }

@@ -1,4 +1,6 @@
 #include "Image.h"
+#include "ImageConverterARMStub.h"
+#include "PixelFormats.h"
 
 #include <gtest/gtest.h>
 
@@ -400,6 +402,43 @@ TEST(DefaultColorProcessing, StartsAsNearestNeighbourAndIsOneValueForAllThreads)
   EXPECT_EQ(Image::SetDefaultColorProcessing(NEAREST_NEIGHBOR).GetType(), VORERROR_OK);
   EXPECT_EQ(Image::GetDefaultColorProcessing(), NEAREST_NEIGHBOR);
 }
+
+// An odd run of 4:2:2 has the V of its last pixel, and an odd run of 4:1:1 more, past the bytes
+// that its pixels alone would take.
+class BegunGroup : public testing::TestWithParam<PixelFormat> {
+ protected:
+  static constexpr unsigned char kGroup[6] = {84, 76, 77, 255, 78, 79};
+};
+
+TEST_P(BegunGroup, IsKeptByCopiesAndByTheSameShape) {
+  const PixelFormatInfo& format = *FindPixelFormat(GetParam());
+  Image image;
+  ASSERT_EQ(image.SetDimensions(1, 1, 2, GetParam(), NONE).GetType(), VORERROR_OK);
+  std::memcpy(image.GetData(), kGroup, format.bytesPerGroup);
+
+  const Image copy(image);
+  EXPECT_EQ(std::memcmp(copy.GetData(), kGroup, format.bytesPerGroup), 0);
+  Image deep;
+  ASSERT_EQ(deep.DeepCopy(&image).GetType(), VORERROR_OK);
+  EXPECT_EQ(std::memcmp(deep.GetData(), kGroup, format.bytesPerGroup), 0);
+  Image converted;
+  ASSERT_EQ(ImageConverter().Convert(&image, GetParam(), &converted).GetType(), VORERROR_OK);
+  EXPECT_EQ(std::memcmp(converted.GetData(), kGroup, format.bytesPerGroup), 0);
+  ASSERT_EQ(image.SetDimensions(1, 1, 2, GetParam(), NONE).GetType(), VORERROR_OK);
+  EXPECT_EQ(std::memcmp(image.GetData(), kGroup, format.bytesPerGroup), 0);
+}
+
+TEST_P(BegunGroup, OfTheCallersFrameIsLeftAlone) {
+  const PixelFormatInfo& format = *FindPixelFormat(GetParam());
+  unsigned char frame[6];
+  std::memcpy(frame, kGroup, sizeof frame);
+  Image image(frame, format.bytesPerGroup);
+  ASSERT_EQ(image.SetDimensions(1, 1, 2, GetParam(), NONE).GetType(), VORERROR_OK);
+  EXPECT_EQ(std::memcmp(frame, kGroup, sizeof frame), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Yuv, BegunGroup,
+                         testing::Values(PIXEL_FORMAT_422YUV8, PIXEL_FORMAT_411YUV8));
 
 }  // namespace
 }  // namespace Korvex2::Test

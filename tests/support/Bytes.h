@@ -9,20 +9,28 @@
 #include <vector>
 
 #include "support/LentImage.h"
+#include "support/PlainImage.h"
 #include "support/Probe.h"
 
 namespace Korvex2::Test {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// What `routine` writes for a row of `pixels` pixels into `size` zero bytes.
+/// What `routine` writes for a row of `pixels` pixels into `size` zero bytes, by the plain loops
+/// and by whatever is fastest.
 inline Bytes Converted(std::string_view routine, Bytes source, unsigned pixels, std::size_t size,
                        bool littleEndian = true) {
+  Bytes fastest(size, 0);
+  const Image plainFrom = PlainImage(pixels, source.data(), source.size());
+  Image plainTo = PlainImage(pixels, fastest.data(), fastest.size());
+  EXPECT_EQ(Probe(littleEndian).Call(routine, &plainFrom, &plainTo).GetType(), VORERROR_OK);
+
   Bytes destination(size, 0);
   const LentImage from(1, pixels, UNSPECIFIED_PIXEL_FORMAT, source.data(), source.size());
   LentImage to(1, pixels, UNSPECIFIED_PIXEL_FORMAT, destination.data(), destination.size());
   const Error error = Probe(littleEndian).Call(routine, &from, &to);
   EXPECT_EQ(error.GetType(), VORERROR_OK) << routine << ": " << error;
+  EXPECT_EQ(fastest, destination) << routine;
   return destination;
 }
 

@@ -165,3 +165,74 @@ def mosaic(rgb, tile):
     samples[y::2, x::2] = rgb[y::2, x::2, 0]
     samples[1 - y::2, 1 - x::2] = rgb[1 - y::2, 1 - x::2, 2]
     return samples
+
+
+# --- TIFF, in the variants that PIL does not write, and DNG, which is one of them. ---------------------
+
+BYTE, ASCII, SHORT, LONG, RATIONAL = 1, 2, 3, 4, 5
+FIELD_TYPES = {BYTE: "B", ASCII: "s", SHORT: "H", LONG: "I", RATIONAL: "I"}
+MIN_IS_WHITE, MIN_IS_BLACK, TIFF_RGB, CFA, LINEAR_RAW = 0, 1, 2, 32803, 34892
+
+
+def tiff_blocks(array, tile, rows_per_strip):
+    """Strips, or tiles filled up with noise that must not show."""
+    height, width = array.shape[:2]
+    if tile is None:
+        return [array[y:y + rows_per_strip] for y in range(0, height, rows_per_strip)]
+    down, across = tile
+    padded = np.full((-(-height // down) * down, -(-width // across) * across, array.shape[2]), 0xa5, array.dtype)
+    padded[:height, :width] = array
+    return [padded[y:y + down, x:x + across] for y in range(0, height, down) for x in range(0, width, across)]
+
+
+def tiff_field(order, kind, values):
+    if kind == ASCII:
+        return values + b"\0", len(values) + 1
+    packed = struct.pack(order + str(len(values)) + FIELD_TYPES[kind], *values)
+    return packed, len(values) // (2 if kind == RATIONAL else 1)
+
+
+def tiff_bytes(array, photometric=None, order="<", tile=None, rows_per_strip=5, planar=False, extra=()):
+    """Uncompressed; `extra` are (tag, type, values) on top."""
+    array = with_channels(array)
+    height, width, channels = array.shape
+    parts = [array[:, :, i:i + 1] for i in range(channels)] if planar else [array]
+    blocks = [block.astype(block.dtype.newbyteorder(order)).tobytes()
+              for part in parts for block in tiff_blocks(part, tile, rows_per_strip)]
+    offsets = [8 + sum(map(len, blocks[:i])) for i in range(len(blocks))]
+    sizes = [len(block) for block in blocks]
+    if photometric is None:
+        photometric = MIN_IS_BLACK if channels < 3 else TIFF_RGB
+    fields = [(256, LONG, [width]), (257, LONG, [height]), (258, SHORT, [array.itemsize * 8] * channels),
+              (259, SHORT, [1]), (262, SHORT, [photometric]), (277, SHORT, [channels]),
+              (284, SHORT, [2 if planar else 1]), *extra]
+    if channels in (2, 4):
+        fields.append((338, SHORT, [2]))
+    if tile is None:
+        fields += [(273, LONG, offsets), (278, SHORT, [rows_per_strip]), (279, LONG, sizes)]
+    else:
+        fields += [(322, SHORT, [tile[1]]), (323, SHORT, [tile[0]]), (324, LONG, offsets), (325, LONG, sizes)]
+    data = b"".join(blocks)
+    data += bytes(len(data) % 2)
+    directory, tail = struct.pack(order + "H", len(fields)), b""
+    end = 8 + len(data) + 2 + 12 * len(fields) + 4
+    for tag, kind, values in sorted(fields):
+        packed, count = tiff_field(order, kind, values)
+        if len(packed) > 4:
+            tail += bytes(len(tail) % 2)
+            packed, tail = struct.pack(order + "I", end + len(tail)), tail + packed
+        directory += struct.pack(order + "HHI", tag, kind, count) + packed.ljust(4, b"\0")
+    mark = b"II" if order == "<" else b"MM"
+    return (mark + struct.pack(order + "HI", 42, 8 + len(data)) + data + directory + struct.pack(order + "I", 0)
+            + tail)
+
+
+def dng_bytes(samples, pattern, area=None, repeat=(2, 2), order="<", photometric=CFA):
+    """A mosaic of 16 bits; `pattern` has the filters of the active area, 0 1 2 for red green blue."""
+    height, width = samples.shape[:2]
+    extra = [(271, ASCII, b"Nobody"), (272, ASCII, b"Nothing"), (50706, BYTE, [1, 4, 0, 0]),
+             (50708, ASCII, b"Nobody Nothing"), (50829, LONG, area or [0, 0, height, width]),
+             (50714, LONG, [100]), (50717, LONG, [16383])]
+    if photometric == CFA:
+        extra += [(33421, SHORT, repeat), (33422, BYTE, pattern)]
+    return tiff_bytes(samples, photometric, order, rows_per_strip=height, extra=extra)

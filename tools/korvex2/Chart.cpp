@@ -3,31 +3,16 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
 #include <numbers>
 #include <string_view>
 
+#include "Canvas.h"
+#include "Lettering.h"
 #include "PixelFormats.h"
 #include "io/Raster.h"
 
 namespace Korvex2::Tool {
 namespace {
-
-// Channels from 0 to 1.
-struct Colour {
-  double r, g, b;
-};
-
-constexpr Colour Grey(double value) {
-  return {value, value, value};
-}
-
-constexpr Colour Rgb(unsigned hex) {
-  return {(hex >> 16 & 255) / 255.0, (hex >> 8 & 255) / 255.0, (hex & 255) / 255.0};
-}
-
-constexpr Colour kBackground = Rgb(0x15181d);
-constexpr Colour kInk = Rgb(0xe8ecf1);
 
 Colour Mix(const Colour& a, const Colour& b, double t) {
   return {a.r + (b.r - a.r) * t, a.g + (b.g - a.g) * t, a.b + (b.b - a.b) * t};
@@ -41,104 +26,6 @@ Colour Hue(double turn) {
   };
   return {channel(0), channel(2.0 / 3), channel(1.0 / 3)};
 }
-
-struct Rect {
-  int x, y, w, h;
-
-  Rect Inset(int margin) const {
-    return {x + margin, y + margin, std::max(0, w - 2 * margin), std::max(0, h - 2 * margin)};
-  }
-  // Part i of n, side by side or one below the other, `gap` pixels apart.
-  Rect Column(int i, int n, int gap) const {
-    const int left = Cut(w, i, n, gap);
-    return {x + left, y, std::max(0, Cut(w, i + 1, n, gap) - left - gap), h};
-  }
-  Rect Row(int i, int n, int gap) const {
-    const int top = Cut(h, i, n, gap);
-    return {x, y + top, w, std::max(0, Cut(h, i + 1, n, gap) - top - gap)};
-  }
-
- private:
-  static int Cut(int length, int i, int n, int gap) {
-    return static_cast<int>((std::int64_t{length} + gap) * i / n);
-  }
-};
-
-class Canvas {
- public:
-  explicit Canvas(Image& image)
-      : m_pixels(image.GetData()),
-        m_width(static_cast<int>(image.GetCols())),
-        m_height(static_cast<int>(image.GetRows())) {}
-
-  Rect Area() const { return {0, 0, m_width, m_height}; }
-
-  // Each pixel of the rectangle as shade(column, row) says, counted from its top-left.
-  template <typename Shade>
-  void Paint(const Rect& rect, Shade shade) {
-    for (int y = std::max(0, -rect.y); y < rect.h && rect.y + y < m_height; ++y) {
-      for (int x = std::max(0, -rect.x); x < rect.w && rect.x + x < m_width; ++x) {
-        Set(rect.x + x, rect.y + y, shade(x, y));
-      }
-    }
-  }
-
-  void Fill(const Rect& rect, const Colour& colour) {
-    Paint(rect, [&](int, int) { return colour; });
-  }
-
- private:
-  void Set(int x, int y, const Colour& colour) {
-    const std::array<std::uint16_t, 3> words = {Word(colour.r), Word(colour.g), Word(colour.b)};
-    const std::size_t pixel = static_cast<std::size_t>(y) * static_cast<std::size_t>(m_width) +
-                              static_cast<std::size_t>(x);
-    std::memcpy(m_pixels + pixel * sizeof words, words.data(), sizeof words);
-  }
-  static std::uint16_t Word(double value) {
-    return static_cast<std::uint16_t>(std::clamp(value, 0.0, 1.0) * 65535 + 0.5);
-  }
-
-  unsigned char* m_pixels;
-  int m_width;
-  int m_height;
-};
-
-// --- Lettering -----------------------------------------------------------------------------------
-
-// 5 x 7 dots, a row of 5 bits each, the top row first.
-struct Glyph {
-  char letter;
-  std::array<unsigned char, 7> rows;
-};
-
-constexpr Glyph kGlyphs[] = {
-    {'K', {0x11, 0x12, 0x14, 0x18, 0x14, 0x12, 0x11}},
-    {'O', {0x0e, 0x11, 0x11, 0x11, 0x11, 0x11, 0x0e}},
-    {'R', {0x1e, 0x11, 0x11, 0x1e, 0x14, 0x12, 0x11}},
-    {'V', {0x11, 0x11, 0x11, 0x11, 0x11, 0x0a, 0x04}},
-    {'E', {0x1f, 0x10, 0x10, 0x1e, 0x10, 0x10, 0x1f}},
-    {'X', {0x11, 0x11, 0x0a, 0x04, 0x0a, 0x11, 0x11}},
-    {'2', {0x0e, 0x11, 0x01, 0x02, 0x04, 0x08, 0x1f}},
-    {'G', {0x0e, 0x11, 0x10, 0x17, 0x11, 0x11, 0x0f}},
-    {'B', {0x1e, 0x11, 0x11, 0x1e, 0x11, 0x11, 0x1e}},
-    {'W', {0x11, 0x11, 0x11, 0x15, 0x15, 0x15, 0x0a}},
-};
-
-// Letters `scale` pixels a dot.
-void Write(Canvas& canvas, int x, int y, int scale, std::string_view text, const Colour& colour) {
-  for (const char letter : text) {
-    for (const Glyph& glyph : kGlyphs) {
-      for (int dot = 0; dot < 35 && glyph.letter == letter; ++dot) {
-        if ((glyph.rows[static_cast<std::size_t>(dot / 5)] >> (4 - dot % 5) & 1) != 0) {
-          canvas.Fill({x + dot % 5 * scale, y + dot / 5 * scale, scale, scale}, colour);
-        }
-      }
-    }
-    x += 6 * scale;
-  }
-}
-
-// --- The fields of the chart ---------------------------------------------------------------------
 
 // Two rows of full colours, two of the muted ones that pictures are made of.
 constexpr int kPatchColumns = 8;

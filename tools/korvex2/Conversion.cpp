@@ -7,6 +7,7 @@
 #include "Failure.h"
 #include "ImageConverterARMStub.h"
 #include "Names.h"
+#include "Report.h"
 #include "io/Raster.h"
 #include "routes/Routines.h"
 
@@ -28,6 +29,7 @@ std::string TargetsOf(PixelFormat source) {
   return names;
 }
 
+// Every reason, the worst first.
 std::string Describe(const Error& error) {
   std::string text = error.GetMessage();
   for (const Error* cause = error.GetCause(); cause != nullptr; cause = cause->GetCause()) {
@@ -45,7 +47,9 @@ void CheckBeforehand(const Image& source, PixelFormat target) {
         IsRaw(target) ? " ('korvex2 mosaic' makes a mosaic of a picture)" : "", TargetsOf(format));
   }
   const Error error = CheckConversion(source, target);
-  if (error != VORERROR_OK) {
+  if (error == VORERROR_INVALID_SETTINGS) {  // only warnings: failures come first
+    Warn(Describe(error));
+  } else if (error != VORERROR_OK) {
     throw Failure("{} x {} pixels of {} cannot be converted to {}: {}", source.GetCols(),
                   source.GetRows(), NameOf(format), NameOf(target), Describe(error));
   }
@@ -82,7 +86,7 @@ Image Converted(const Image& source, PixelFormat target) {
 Image Converted(Image source, PixelFormat target, ColorProcessingAlgorithm method) {
   const PixelFormat format = source.GetPixelFormat();
   if (format == target) {
-    return source;  // a copy would lose what a begun group holds past the last pixel
+    return source;
   }
   if (!IsRaw(format) || IsRaw(target)) {
     return Converted(source, target);

@@ -29,7 +29,7 @@ constexpr Named<BayerTileFormat> kTilePrefixes[] = {
     {"bayerrg", RGGB}, {"bayer_rggb", RGGB}, {"rggb", RGGB}, {"rg16", RGGB},
     {"bayergr", GRBG}, {"bayer_grbg", GRBG}, {"grbg", GRBG}, {"gr16", GRBG},
     {"bayergb", GBRG}, {"bayer_gbrg", GBRG}, {"gbrg", GBRG}, {"gb16", GBRG},
-    {"bayerbg", BGGR}, {"bayer_bggr", BGGR}, {"ba81", BGGR}, {"byr2", BGGR},
+    {"bayerbg", BGGR}, {"bayer_bggr", BGGR}, {"bggr", BGGR}, {"ba81", BGGR}, {"byr2", BGGR},
     // clang-format on
 };
 

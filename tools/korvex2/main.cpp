@@ -5,10 +5,10 @@
 #include <exception>
 #include <new>
 #include <string>
-#include <string_view>
 
 #include "Failure.h"
 #include "Korvex2Version.h"
+#include "Report.h"
 #include "commands/Commands.h"
 
 namespace Korvex2::Tool {
@@ -26,26 +26,14 @@ constexpr const char* kExamples = R"(Examples:
       demosaic a headerless frame
   korvex2 convert photo.png photo.raw --to yuv422
       to a packing that only a headerless file holds
+  korvex2 convert capture.dng photo.png --to rgb8
+      demosaic a camera's raw file
+  korvex2 demosaic-compare photo.png --out sheet.png
+      measure and show the demosaic methods
   korvex2 routes --from raw12 --to mono16
       the kernels behind a conversion
 
 Exit codes: 0 done, 1 failed, 2 the command line is wrong. A failure leaves no output file.)";
-
-// Always one line, whatever a file name or a library put into the message.
-void Report(std::string_view message) {
-  std::string line(message);
-  while (!line.empty() && (line.back() == '\n' || line.back() == ' ')) {
-    line.pop_back();
-  }
-  for (char& c : line) {
-    if (c == '\n') {
-      c = ' ';
-    } else if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) {
-      c = '?';
-    }
-  }
-  std::fprintf(stderr, "korvex2: %s\n", line.c_str());
-}
 
 std::string HelpHint(const CLI::App& app) {
   for (const CLI::App* sub : app.get_subcommands()) {
@@ -84,6 +72,7 @@ int Run(int argc, char** argv) {
   AddConvertCommand(app, globals);
   AddChartCommand(app, globals);
   AddMosaicCommand(app, globals);
+  AddDemosaicCompareCommand(app, globals);
   AddFormatsCommand(app);
   AddRoutesCommand(app);
   AddInfoCommand(app);

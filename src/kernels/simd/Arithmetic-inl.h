@@ -29,8 +29,7 @@ using TagI16 = hn::ScalableTag<std::int16_t>;
 using VecI16 = hn::Vec<TagI16>;
 using Mask16 = hn::Mask<Tag16>;
 
-// --- Bytes as words: the even and the odd pixels of a vector
-// ---------------------------------------
+// --- Bytes as words: the even and the odd pixels of a vector ---
 
 HWY_INLINE Vec16 Even(Vec8 bytes) {
   return hn::And(hn::BitCast(Tag16(), bytes), hn::Set(Tag16(), 0x00FF));
@@ -52,8 +51,7 @@ HWY_INLINE Vec16 Times(Vec16 v, int factor) {
   return hn::Mul(v, hn::Set(Tag16(), static_cast<std::uint16_t>(factor)));
 }
 
-// --- Quotients
-// ------------------------------------------------------------------------------------
+// --- Quotients ---
 
 // floor(x / 125) for x < 2^15.
 HWY_INLINE Vec16 By125(Vec16 x) {
@@ -101,8 +99,7 @@ HWY_INLINE Vec16 VQuotient(Vec16 r, Vec16 g, Vec16 b) {
   return By125(hn::Add(k, hn::ShiftRight<3>(l)));
 }
 
-// --- The same in doubles
-// --------------------------------------------------------------------------
+// --- The same in doubles ---
 
 using TagD = hn::ScalableTag<double>;
 using VecD = hn::Vec<TagD>;
@@ -151,8 +148,66 @@ struct UOfDoubles {
   }
 };
 
-// --- RGB to YUV
-// -----------------------------------------------------------------------------------
+// --- RGB to YUV ---
+
+// --- Greys ---
+
+// For R = G = B every sum is an exact multiple of 1000, so greys go by a table: whether the double
+// sum comes out one below the multiple, a bit for each byte.
+struct DropsOfGreys {
+  std::uint8_t bits[32] = {};
+};
+
+template <typename Sum>
+constexpr DropsOfGreys DropsOf(Sum sum, int multiple(int)) {
+  DropsOfGreys drops;
+  for (int v = 0; v < 256; ++v) {
+    const bool below = static_cast<int>(sum(static_cast<double>(v))) < multiple(v);
+    drops.bits[v / 8] = static_cast<std::uint8_t>(drops.bits[v / 8] | (below << (v % 8)));
+  }
+  return drops;
+}
+
+constexpr DropsOfGreys kLumaDrops =
+    DropsOf([](double v) { return (v * 0.299 + v * 0.587) + v * 0.114; }, [](int v) { return v; });
+constexpr DropsOfGreys kUDrops =
+    DropsOf([](double v) { return ((v * -0.169 + v * -0.331) + v * 0.5) + 128.0; },
+            [](int) { return 128; });
+constexpr std::uint8_t kBitOfByte[16] = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
+
+// 1 where the table has the bit of a grey, else 0.
+HWY_INLINE Vec8 Drop(Vec8 grey, const DropsOfGreys& drops) {
+  const Tag8 d;
+  const Vec8 byte =
+      hn::And(hn::BitCast(d, hn::ShiftRight<3>(hn::BitCast(Tag16(), grey))), hn::Set(d, 0x1F));
+  const Vec8 nibble = hn::And(byte, hn::Set(d, 0x0F));
+  const Vec8 low = hn::TableLookupBytes(hn::LoadDup128(d, drops.bits), nibble);
+  const Vec8 high = hn::TableLookupBytes(hn::LoadDup128(d, drops.bits + 16), nibble);
+  const Vec8 bits = hn::IfThenElse(hn::Eq(byte, nibble), low, high);
+  const Vec8 bit =
+      hn::TableLookupBytes(hn::LoadDup128(d, kBitOfByte), hn::And(grey, hn::Set(d, 7)));
+  return hn::IfThenElseZero(hn::Eq(hn::And(bits, bit), bit), hn::Set(d, 1));
+}
+
+HWY_INLINE Vec8 LumaOfGrey(Vec8 grey) {
+  return hn::Sub(grey, Drop(grey, kLumaDrops));
+}
+HWY_INLINE Vec8 UOfGrey(Vec8 grey) {
+  return hn::Sub(hn::Set(Tag8(), 128), Drop(grey, kUDrops));
+}
+
+// What a quotient becomes where some lanes are exact multiples: greys by the table, and if there
+// are others the whole vector in doubles.
+template <typename Function>
+HWY_NOINLINE Vec16 MendExact(Vec16 quotient, Mask16 exact, const DropsOfGreys& drops,
+                             Function function, Vec16 r, Vec16 g, Vec16 b) {
+  const Mask16 grey = hn::And(hn::Eq(r, g), hn::Eq(g, b));
+  if (HWY_UNLIKELY(!hn::AllFalse(Tag16(), hn::AndNot(grey, exact)))) {
+    return InDoubles(function, r, g, b);
+  }
+  const Vec16 drop = hn::BitCast(Tag16(), Drop(hn::BitCast(Tag8(), r), drops));
+  return hn::Sub(quotient, hn::IfThenElseZero(grey, drop));
+}
 
 HWY_INLINE Vec16 Luma(Vec16 r, Vec16 g, Vec16 b) {
   Mask16 exact;
@@ -160,7 +215,7 @@ HWY_INLINE Vec16 Luma(Vec16 r, Vec16 g, Vec16 b) {
   if (HWY_LIKELY(hn::AllFalse(Tag16(), exact))) {
     return quotient;
   }
-  return InDoubles(LumaOfDoubles(), r, g, b);
+  return MendExact(quotient, exact, kLumaDrops, LumaOfDoubles(), r, g, b);
 }
 
 HWY_INLINE Vec16 ChromaU(Vec16 r, Vec16 g, Vec16 b) {
@@ -169,15 +224,22 @@ HWY_INLINE Vec16 ChromaU(Vec16 r, Vec16 g, Vec16 b) {
   if (HWY_LIKELY(hn::AllFalse(Tag16(), exact))) {
     return quotient;
   }
-  return InDoubles(UOfDoubles(), r, g, b);
+  return MendExact(quotient, exact, kUDrops, UOfDoubles(), r, g, b);
 }
 
 HWY_INLINE Vec8 LumaOfBytes(Vec8 r, Vec8 g, Vec8 b) {
   return Join(Luma(Even(r), Even(g), Even(b)), Luma(Odd(r), Odd(g), Odd(b)));
 }
 
-// --- YUV to RGB
-// -----------------------------------------------------------------------------------
+HWY_INLINE void Encode(Vec8 r, Vec8 g, Vec8 b, Vec8& y, Vec8& u, Vec8& v) {
+  const Vec16 r0 = Even(r), g0 = Even(g), b0 = Even(b);
+  const Vec16 r1 = Odd(r), g1 = Odd(g), b1 = Odd(b);
+  y = Join(Luma(r0, g0, b0), Luma(r1, g1, b1));
+  u = Join(ChromaU(r0, g0, b0), ChromaU(r1, g1, b1));
+  v = Join(VQuotient(r0, g0, b0), VQuotient(r1, g1, b1));
+}
+
+// --- YUV to RGB ---
 
 // trunc(d * 1.F) for |d| <= 128, F given as ceil(0.F * 65536): |d| + floor(|d| * 0.F).
 HWY_INLINE VecI16 ScaledUp(VecI16 d, int fraction) {
@@ -199,7 +261,7 @@ struct GreenOfDoubles {
   }
 };
 
-HWY_NOINLINE VecI16 GreenTermInDoubles(VecI16 du, VecI16 dv) {
+inline HWY_NOINLINE VecI16 GreenTermInDoubles(VecI16 du, VecI16 dv) {
   const VecI16 offset = hn::Set(TagI16(), 128);
   const Vec16 u = Unsigned(hn::Add(du, offset));
   const Vec16 v = Unsigned(hn::Add(dv, offset));

@@ -9,6 +9,8 @@
 namespace Korvex2::kernels::simd {
 
 FastKernel Moves(Simd::Target target, Routine routine);
-FastKernel Colour(Simd::Target target, Routine routine);
+FastKernel Packed12(Simd::Target target, Routine routine);
+FastKernel Encodes(Simd::Target target, Routine routine);
+FastKernel Decodes(Simd::Target target, Routine routine);
 
 }  // namespace Korvex2::kernels::simd

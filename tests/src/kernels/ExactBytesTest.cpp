@@ -12,6 +12,7 @@
 #include "support/Comparison.h"
 #include "support/GuardedMemory.h"
 #include "support/LentImage.h"
+#include "support/PlainImage.h"
 
 namespace Korvex2::Test {
 namespace {
@@ -50,6 +51,13 @@ class ExactBytes : public testing::Test {
     const LentImage from(1, pixels, UNSPECIFIED_PIXEL_FORMAT, source, read);
     LentImage to(1, pixels, UNSPECIFIED_PIXEL_FORMAT, destination, written);
     ASSERT_EQ(Probe(littleEndian).Call(routine, &from, &to).GetType(), VORERROR_OK);
+    ASSERT_TRUE(std::equal(expected.begin(), expected.end(), destination))
+        << "plain loops, " << routine << " of " << pixels;
+
+    std::memset(destination, 0xEE, written);
+    const Image plainFrom = PlainImage(pixels, source, read);
+    Image plainTo = PlainImage(pixels, destination, written);
+    ASSERT_EQ(Probe(littleEndian).Call(routine, &plainFrom, &plainTo).GetType(), VORERROR_OK);
 
     ASSERT_TRUE(std::equal(expected.begin(), expected.end(), destination))
         << routine << " of " << pixels;
@@ -62,6 +70,8 @@ class ExactBytes : public testing::Test {
   using Bytes = std::vector<std::uint8_t>;
 };
 
+constexpr unsigned kAroundPieces[] = {127,  129,  1019, 1020, 1021, 1022, 1023,
+                                      1024, 1025, 1026, 1027, 1028, 1029, 2051};
 constexpr unsigned kLongRuns[] = {127, 128, 129, 255, 257, 1000, 1021};
 
 TEST_F(ExactBytes, OfEveryKernelAtCounts0To67AndSomeLongRuns) {
@@ -83,12 +93,17 @@ TEST_F(ExactBytes, OfEveryKernelAtCounts0To67AndSomeLongRuns) {
   RecordProperty("cases", cases);
 }
 
-TEST_F(ExactBytes, OfEveryRouteAtCounts0To33) {
+// Around the vectors of every instruction set, and around the pieces of the walk.
+TEST_F(ExactBytes, OfEveryRouteAtCounts0To67AndAroundPieces) {
   int cases = 0;
   for (const Reference::RouteRow& route : Reference::Routes()) {
     for (const bool atEnd : {true, false}) {
-      for (unsigned pixels = 0; pixels <= 33; ++pixels, ++cases) {
+      for (unsigned pixels = 0; pixels <= 67; ++pixels, ++cases) {
         Check(route.name, pixels, atEnd, pixels % 3 != 0);
+      }
+      for (const unsigned pixels : kAroundPieces) {
+        Check(route.name, pixels, atEnd, true);
+        ++cases;
       }
       if (HasFatalFailure()) return;
     }

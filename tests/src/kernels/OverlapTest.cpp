@@ -11,6 +11,7 @@
 #include "reference/Routes.h"
 #include "support/Comparison.h"
 #include "support/LentImage.h"
+#include "support/PlainImage.h"
 
 namespace Korvex2::Test {
 namespace {
@@ -26,6 +27,7 @@ void Check(const char* routine, unsigned pixels, int distance, bool littleEndian
   std::vector<std::uint8_t> ours(size);
   Fill(ours.data(), size, Content::Random, pixels + 1);
   std::vector<std::uint8_t> theirs = ours;
+  std::vector<std::uint8_t> fastest = ours;
 
   Reference::Frame fromFrame;
   fromFrame.rows = 1;
@@ -43,6 +45,12 @@ void Check(const char* routine, unsigned pixels, int distance, bool littleEndian
   ASSERT_EQ(Probe(littleEndian).Call(routine, &from, &to).GetType(), VORERROR_OK);
   ASSERT_EQ(ours, theirs) << routine << " of " << pixels << " pixels, destination = source + "
                           << distance << (littleEndian ? ", little" : ", big") << " endian";
+
+  const Image plainFrom = PlainImage(pixels, fastest.data() + kMargin, read);
+  Image plainTo = PlainImage(pixels, fastest.data() + kMargin + distance, written);
+  ASSERT_EQ(Probe(littleEndian).Call(routine, &plainFrom, &plainTo).GetType(), VORERROR_OK);
+  ASSERT_EQ(fastest, theirs) << routine << " of " << pixels
+                             << " plain pixels, destination = source + " << distance;
 }
 
 TEST(Overlap, OfEveryKernelIsAsTheLiteralLoopHasIt) {

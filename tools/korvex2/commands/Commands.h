@@ -33,6 +33,7 @@ void AddFormatsCommand(CLI::App& app);
 void AddRoutesCommand(CLI::App& app);
 void AddChartCommand(CLI::App& app, const Globals& globals);
 void AddMosaicCommand(CLI::App& app, const Globals& globals);
+void AddDemosaicCompareCommand(CLI::App& app, const Globals& globals);
 void AddInfoCommand(CLI::App& app);
 
 }  // namespace Korvex2::Tool

@@ -25,7 +25,8 @@ struct Options {
 };
 
 constexpr const char* kNotes = R"(
-A raw source needs --tile, its top-left 2x2 in reading order, or a name that says it (BayerRG8):
+A raw source needs --tile, its top-left 2x2 in reading order, a --from that says it (BayerRG8), or
+a camera's raw file:
   rggb: R G   grbg: G R   gbrg: G B   bggr: B G   none: no mosaic, the samples
         G B         B G         R G         G R         are taken as grey
 An output that exists is replaced once the new one is complete.
@@ -35,6 +36,8 @@ Examples:
   korvex2 convert photo.png frame.raw --to yuv422
   korvex2 convert frame.raw photo.png --from yuv422 --width 640 --height 480 --to rgb8
   korvex2 convert mosaic.png photo.png --from raw8 --tile rggb --method hq_linear --to bgru
+  korvex2 convert capture.dng photo.png --method rigorous --to rgb16
+  korvex2 convert capture.dng frame.raw --to raw16
   korvex2 convert frame.raw photo.png --from Mono12Packed --width 640 --height 480 --to mono16)";
 
 // --tile, or the tile that --from names.
@@ -52,9 +55,10 @@ std::optional<BayerTileFormat> TileOf(const Options& options) {
 }
 
 // What the options ask of a raw source must be there, and must not be asked of any other.
-void CheckRawOptions(const Options& options, PixelFormat source, PixelFormat target) {
+void CheckRawOptions(const Options& options, const Image& image, PixelFormat target) {
+  const PixelFormat source = image.GetPixelFormat();
   const bool demosaics = IsRaw(source) && !IsRaw(target);
-  if (demosaics && !TileOf(options)) {
+  if (demosaics && !TileOf(options) && image.GetBayerTileFormat() == NONE) {
     throw UsageFailure("a {} source needs --tile, the colours of its top-left 2x2: {}",
                        NameOf(source), TileNames());
   }
@@ -68,12 +72,21 @@ void CheckRawOptions(const Options& options, PixelFormat source, PixelFormat tar
   }
 }
 
+std::string Describe(const Image& image) {
+  std::string text =
+      fmt::format("{} x {}, {}", image.GetCols(), image.GetRows(), NameOf(image.GetPixelFormat()));
+  if (image.GetBayerTileFormat() != NONE) {
+    text += fmt::format(" {}", NameOf(image.GetBayerTileFormat()));
+  }
+  return text;
+}
+
 InputShape ShapeOf(const Options& options) {
   InputShape shape;
   shape.format = options.from.empty() ? nullptr : &ParseFormat("--from", options.from);
   shape.width = options.width;
   shape.height = options.height;
-  shape.tile = TileOf(options).value_or(NONE);
+  shape.tile = TileOf(options);
   return shape;
 }
 
@@ -83,17 +96,13 @@ void Run(const Options& options, const Globals& globals) {
   const ColorProcessingAlgorithm method =
       options.method.empty() ? DEFAULT : ParseMethod(options.method);
   RequireHolds(options.output, target);
-  if (shape.format != nullptr) {
-    CheckRawOptions(options, shape.format->format, target);
-  }
 
   Image source = ReadImage(options.input, shape);
-  const PixelFormat format = source.GetPixelFormat();
-  CheckRawOptions(options, format, target);
+  CheckRawOptions(options, source, target);
+  const std::string described = Describe(source);
   const Image result = Converted(std::move(source), target, method);
   WriteImage(result, options.output);
-  globals.Say("{} ({} x {}, {}) -> {} ({})", options.input, result.GetCols(), result.GetRows(),
-              NameOf(format), options.output, NameOf(target));
+  globals.Say("{} ({}) -> {} ({})", options.input, described, options.output, NameOf(target));
 }
 
 }  // namespace

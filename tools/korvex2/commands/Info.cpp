@@ -1,6 +1,8 @@
 // korvex2 info: the machine, the library and what was built into the tool.
 
+#include <libraw/libraw.h>
 #include <png.h>
+#include <tiffio.h>
 
 #include <memory>
 #include <string>
@@ -8,6 +10,7 @@
 #include <vector>
 
 #include "Failure.h"
+#include "InstructionSets.h"
 #include "Korvex2Version.h"
 #include "Names.h"
 #include "Table.h"
@@ -42,12 +45,38 @@ std::string FileFormats() {
   return names;
 }
 
+// From "LIBTIFF, Version 4.5.0\nCopyright ...".
+std::string TiffVersion() {
+  const std::string text = TIFFGetVersion();
+  const std::size_t begin = text.find("Version ");
+  return begin == std::string::npos ? "" : text.substr(begin + 8, text.find('\n') - begin - 8);
+}
+
+std::string InstructionSetNames() {
+  std::string names;
+  for (const std::string_view name : InstructionSets()) {
+    names += names.empty() ? "" : ", ";
+    names += name;
+  }
+  return names;
+}
+
+// g++ says it by a macro, clang by a feature.
+#if defined(__SANITIZE_ADDRESS__)
+#define KORVEX2_SANITIZED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define KORVEX2_SANITIZED 1
+#endif
+#endif
+
 std::string Features() {
-  std::string features = fmt::format("{}, libpng {}", FileFormats(), png_get_libpng_ver(nullptr));
+  std::string features = fmt::format("{}, libpng {}, libtiff {}, LibRaw {}", FileFormats(),
+                                     png_get_libpng_ver(nullptr), TiffVersion(), libraw_version());
 #if !defined(NDEBUG)
   features += ", assertions";
 #endif
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(KORVEX2_SANITIZED)
   features += ", address sanitizer";
 #endif
   return features;
@@ -89,6 +118,8 @@ std::vector<Fact> Facts() {
   return {
       {"version", "Korvex2", GetVersion()},
       {"features", "features", Features()},
+      {"instructionSet", "instruction set", std::string(GetInstructionSet())},
+      {"instructionSets", "instruction sets", InstructionSetNames()},
       {"compiler", "compiler", CompilerName()},
       {"formats", "formats that convert", std::to_string(CountConvertible()), true},
       {"osType", "system", NameOfOs(system.osType)},

@@ -9,6 +9,8 @@
 #include "io/Dump.h"
 #include "io/Png.h"
 #include "io/Pnm.h"
+#include "io/Raw.h"
+#include "io/Tiff.h"
 
 namespace Korvex2::Tool {
 namespace {
@@ -17,6 +19,7 @@ constexpr unsigned kGrey = 1U << 1;
 constexpr unsigned kRgb = 1U << 3;
 constexpr unsigned kRgba = 1U << 4;
 constexpr unsigned kAnything = 0;
+constexpr unsigned kNothing = 1U << 0;
 
 constexpr Container kContainers[] = {
     // clang-format off
@@ -25,6 +28,8 @@ constexpr Container kContainers[] = {
     {"PPM", ".ppm",       kRgb,                 ReadPnm, WritePnm,  "RGB, 8 and 16 bits"},
     {"PNM", ".pnm",       kGrey | kRgb,         ReadPnm, WritePnm,  "grey and RGB, 8 and 16 bits"},
     {"PAM", ".pam",       kGrey | kRgb | kRgba, ReadPnm, WritePam,  "grey, RGB and RGBA, 8 and 16 bits"},
+    {"TIFF", ".tif .tiff", kNothing, ReadTiff, nullptr, "read only: grey, RGB and RGBA, 8 and 16 bits"},
+    {"DNG", ".dng .nef .cr2 .arw", kNothing, ReadRaw, nullptr, "read only: the mosaic of a camera's raw file, raw16"},
     {"raw", ".raw .bin",  kAnything,            nullptr, nullptr,   "headerless, any format; reading needs --from, --width, --height"},
     // clang-format on
 };
@@ -52,6 +57,27 @@ std::string AllExtensions() {
   return all;
 }
 
+// The extensions of the containers that a condition picks, in the order of the table.
+template <typename Condition>
+std::string ExtensionsWhere(Condition condition) {
+  std::string all;
+  for (const Container& container : kContainers) {
+    if (condition(container)) {
+      all += all.empty() ? "" : " ";
+      all += container.extensions;
+    }
+  }
+  return all;
+}
+
+std::string WritableExtensions() {
+  return ExtensionsWhere([](const Container& c) { return c.channels != kNothing; });
+}
+
+std::string ExtensionsThatHold(PixelFormat format) {
+  return ExtensionsWhere([format](const Container& c) { return Holds(c, format); });
+}
+
 std::string NamesHeldBy(const Container& container) {
   std::string names;
   for (const PixelFormatInfo& format : PixelFormats()) {
@@ -66,7 +92,7 @@ std::string NamesHeldBy(const Container& container) {
 Image ReadHeaderless(const std::string& path, const InputShape& shape) {
   const InputFile file(path);
   if (shape.format != nullptr && shape.width && shape.height) {
-    return ReadDump(file, *shape.format, *shape.width, *shape.height, shape.tile);
+    return ReadDump(file, *shape.format, *shape.width, *shape.height, shape.tile.value_or(NONE));
   }
   const std::string sizes = shape.format == nullptr ? "" : CommonSizes(*shape.format, file.size());
   throw UsageFailure("{} has no header: say --from, --width and --height (it has {} bytes{})", path,
@@ -79,6 +105,16 @@ void RequireSameSize(const std::string& path, const Raster& raster, const InputS
     throw Failure("{} is {} x {} pixels; --width and --height are for headerless files", path,
                   raster.width, raster.height);
   }
+}
+
+// A file that says its tile is right about it; it can be told to be no mosaic.
+BayerTileFormat TileOf(const std::string& path, const Raster& raster, const InputShape& shape) {
+  const BayerTileFormat tile = shape.tile.value_or(raster.tile);
+  if (raster.tile != NONE && tile != NONE && tile != raster.tile) {
+    throw Failure("{} says that its tile is {}, not {}; leave --tile out", path,
+                  NameOf(raster.tile), NameOf(tile));
+  }
+  return tile;
 }
 
 }  // namespace
@@ -106,10 +142,14 @@ bool Holds(const Container& container, PixelFormat format) {
 
 void RequireHolds(const std::string& path, PixelFormat format) {
   const Container& container = ContainerOf(path);
+  if (container.channels == kNothing) {
+    throw Failure("cannot write {}: {} files are read only; let its name end in one of {}", path,
+                  container.name, WritableExtensions());
+  }
   if (!Holds(container, format)) {
-    throw Failure("{} does not fit into {}: {} holds {}; write a .raw file, or convert --to {}",
+    throw Failure("{} does not fit into {}: {} holds {}; write one of {}, or convert --to {}",
                   NameOf(format), path, container.name, NamesHeldBy(container),
-                  container.channels == kGrey ? "mono8" : "rgb8");
+                  ExtensionsThatHold(format), container.channels == kGrey ? "mono8" : "rgb8");
   }
 }
 
@@ -120,7 +160,8 @@ Image ReadImage(const std::string& path, const InputShape& shape) {
   }
   Raster raster = container.read(InputFile(path));
   RequireSameSize(path, raster, shape);
-  return ToImage(std::move(raster), shape.format, shape.tile, path);
+  const BayerTileFormat tile = TileOf(path, raster, shape);
+  return ToImage(std::move(raster), shape.format, tile, path);
 }
 
 void WriteImage(const Image& image, const std::string& path) {
@@ -138,12 +179,16 @@ void WriteImage(const Image& image, const std::string& path) {
 std::string ContainerHelp() {
   std::string help = "Files, by the extension of their names:\n";
   for (const Container& container : kContainers) {
-    help += fmt::format("  {:<10} {}\n", container.extensions, container.description);
+    help += fmt::format("  {:<20} {}\n", container.extensions, container.description);
   }
   return help +
          "Blue-first formats are stored in a picture file as RGB, mosaics as grey. Grey of 16 "
          "bits,\n"
-         "colour and alpha come in as mono16, rgb8, rgbu, rgb16 or bgru16.\n";
+         "colour and alpha come in as mono16, rgb8, rgbu, rgb16 or bgru16; the first picture of a "
+         "TIFF.\n"
+         "A camera's raw file says its tile. Nothing is developed: its samples are linear and "
+         "keep\n"
+         "their black level and their range (14 bits end at 16383), so pictures of it look dark.\n";
 }
 
 }  // namespace Korvex2::Tool

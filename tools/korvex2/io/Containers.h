@@ -17,9 +17,9 @@ namespace Korvex2::Tool {
 struct Container {
   std::string_view name;
   std::string_view extensions;       ///< with their dots, separated by spaces
-  unsigned channels;                 ///< bit n: holds pictures of n channels; 0: holds any format
+  unsigned channels;                 ///< bit n: takes pictures of n channels; 0: takes any format
   Raster (*read)(const InputFile&);  ///< null for headerless files
-  void (*write)(const Raster&, OutputFile&);  ///< null for headerless files
+  void (*write)(const Raster&, OutputFile&);  ///< null for headerless files and read-only ones
   std::string_view description;
 };
 
@@ -28,7 +28,7 @@ std::span<const Container> Containers();
 /// The row for a file name; a Failure when its extension is none of the table's.
 const Container& ContainerOf(const std::string& path);
 
-/// Whether a file of this kind stores the samples of the format losslessly.
+/// Whether a file of this kind can be written with the samples of the format, losslessly.
 bool Holds(const Container& container, PixelFormat format);
 
 /// A Failure that says which formats would fit into such a file, unless this one does.
@@ -39,7 +39,7 @@ struct InputShape {
   const PixelFormatInfo* format = nullptr;
   std::optional<std::uint32_t> width;
   std::optional<std::uint32_t> height;
-  BayerTileFormat tile = NONE;
+  std::optional<BayerTileFormat> tile;  ///< nothing: the file's own, or none
 };
 
 Image ReadImage(const std::string& path, const InputShape& shape);

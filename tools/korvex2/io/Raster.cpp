@@ -53,6 +53,9 @@ bool SameShape(const Correspondence& row, const Raster& raster) {
 }
 
 const Correspondence& Natural(const Raster& raster) {
+  if (raster.tile != NONE) {
+    return *Find(PIXEL_FORMAT_RAW16);
+  }
   for (const Correspondence& row : kCorrespondences) {
     if (SameShape(row, raster)) {
       return row;

@@ -12,7 +12,8 @@
 namespace Korvex2::Tool {
 
 /// Rows from the top, no padding; channels grey, grey alpha, R G B, or R G B alpha; 16-bit samples
-/// high byte first, as PNG and PNM store them.
+/// high byte first, as PNG and PNM store them. A file that says that it holds a mosaic sets the
+/// tile.
 struct Raster {
   /// Memory for a picture of this shape; a Failure for one that no Image can hold.
   Raster(std::uint32_t width, std::uint32_t height, unsigned channels, unsigned bytesPerSample);
@@ -26,14 +27,16 @@ struct Raster {
   unsigned channels;
   unsigned bytesPerSample;
   Bytes bytes;
+  BayerTileFormat tile = NONE;
 };
 
 /// How many channels a picture file needs for a format, losslessly; 0 when none can hold it.
 unsigned RasterChannels(PixelFormat format);
 
 /// The picture as an image. `wanted` names its format, or is null for the format that its samples
-/// suggest: mono8, mono16, rgb8, rgbu, rgb16, bgru16. Grey with alpha is grey where every pixel is
-/// opaque and colour with alpha otherwise. `path` is for the message when the samples do not fit.
+/// suggest: mono8, mono16, rgb8, rgbu, rgb16, bgru16, or raw16 for a mosaic. Grey with alpha is
+/// grey where every pixel is opaque and colour with alpha otherwise. `tile` is that of a mosaic.
+/// `path` is for the message when the samples do not fit.
 Image ToImage(Raster raster, const PixelFormatInfo* wanted, BayerTileFormat tile,
               const std::string& path);
 

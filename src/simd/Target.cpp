@@ -1,6 +1,7 @@
 #include "simd/Target.h"
 
 #include <atomic>
+#include <bit>
 #include <cstdlib>
 #include <string_view>
 
@@ -11,29 +12,30 @@
 namespace Korvex2::Simd {
 namespace {
 
-#if KORVEX2_WITH_HIGHWAY
+// Nothing here takes memory: the first conversion of a process may come when there is none.
+struct TargetList {
+  Target targets[kMostTargets] = {Target::kPlain};
+  std::size_t count = 1;
+};
 
 // Of Highway's bits, the lower one is the better instruction set. Its two portable targets do what
-// the plain loops do.
-std::vector<Target> detectTargets() {
+// the plain loops do, and vector code here takes bytes and words of a vector for little-endian.
+TargetList detectTargets() {
+  TargetList list;
+#if KORVEX2_WITH_HIGHWAY
   constexpr std::int64_t kVectorTargets = HWY_TARGETS & ~(HWY_SCALAR | HWY_EMU128);
-  std::vector<Target> targets = {Target::kPlain};
-  for (std::int64_t left = hwy::SupportedTargets() & kVectorTargets; left != 0; left &= left - 1) {
-    targets.push_back(Target{left & -left});
+  if constexpr (std::endian::native == std::endian::little) {
+    std::int64_t left = hwy::SupportedTargets() & kVectorTargets;
+    for (; left != 0 && list.count < kMostTargets; left &= left - 1) {
+      list.targets[list.count++] = Target{left & -left};
+    }
   }
-  return targets;
-}
-
-#else
-
-std::vector<Target> detectTargets() {
-  return {Target::kPlain};
-}
-
 #endif
+  return list;
+}
 
 Target initialTarget() {
-  const std::vector<Target>& targets = availableTargets();
+  const std::span<const Target> targets = availableTargets();
   if (const char* wanted = std::getenv("KORVEX2_CPU")) {
     for (const Target target : targets) {
       if (std::string_view(targetName(target)) == wanted) return target;
@@ -49,24 +51,24 @@ std::atomic<Target>& active() {
 
 }  // namespace
 
-const std::vector<Target>& availableTargets() {
+std::span<const Target> availableTargets() noexcept {
   // Asking the processor is slow under a hypervisor, and the answer does not change.
-  static const std::vector<Target> targets = detectTargets();
-  return targets;
+  static const TargetList list = detectTargets();
+  return {list.targets, list.count};
 }
 
-const char* targetName(Target target) {
+const char* targetName(Target target) noexcept {
 #if KORVEX2_WITH_HIGHWAY
   if (target != Target::kPlain) return hwy::TargetName(static_cast<std::int64_t>(target));
 #endif
   return target == Target::kPlain ? "plain" : "unknown";
 }
 
-Target activeTarget() {
+Target activeTarget() noexcept {
   return active().load(std::memory_order_relaxed);
 }
 
-void setActiveTarget(Target target) {
+void setActiveTarget(Target target) noexcept {
   active().store(target, std::memory_order_relaxed);
 }
 

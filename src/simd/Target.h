@@ -3,23 +3,24 @@
 /// Instruction sets as values, so that a test or a user can ask for each in turn.
 
 #include <cstdint>
-#include <vector>
+#include <span>
 
 namespace Korvex2::Simd {
 
 /// kPlain is C++ without vectors and exists everywhere; other values are Highway's target bits.
 enum class Target : std::int64_t { kPlain = 0 };
+constexpr int kMostTargets = 16;
 
-/// All instruction sets that were compiled and that this machine has, kPlain first, then the best one
-/// and so on down. The list never changes.
-const std::vector<Target>& availableTargets();
+/// All instruction sets that were compiled and that this machine has, kPlain first, then the best
+/// one and so on down; at most kMostTargets. The list never changes. Takes no memory.
+std::span<const Target> availableTargets() noexcept;
 
 /// "plain", "AVX2", ...
-const char* targetName(Target target);
+const char* targetName(Target target) noexcept;
 
 /// The one in use: the best of this machine, unless the environment variable KORVEX2_CPU named
 /// another one when it was first asked for, or setActiveTarget chose since. Thread-safe.
-Target activeTarget();
-void setActiveTarget(Target target);
+Target activeTarget() noexcept;
+void setActiveTarget(Target target) noexcept;
 
 }  // namespace Korvex2::Simd

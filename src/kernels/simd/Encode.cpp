@@ -1,0 +1,122 @@
+// Luma, and RGB and grey into packed YUV.
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "kernels/simd/Encode.cpp"
+#include "hwy/foreach_target.h"
+// After foreach_target.h.
+#include "kernels/simd/Arithmetic-inl.h"
+#include "kernels/simd/Interleave-inl.h"
+#include "kernels/simd/Simd.h"
+#include "kernels/simd/StoreYuv-inl.h"
+#include "simd/TargetTable.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace Korvex2::kernels::HWY_NAMESPACE {
+
+#if HWY_TARGET != HWY_SCALAR
+
+// Greys have no chroma but what truncation makes of it, and need no sums.
+template <typename Load, typename Yuv>
+std::size_t EncodeGrey(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRICT dst,
+                       std::size_t pixels) {
+  const std::size_t n = hn::Lanes(Tag8());
+  std::size_t done = 0;
+  for (; done + n <= pixels; done += n) {
+    Vec8 grey, g, b, a;
+    Load::Get(src + done * Load::kBytes, grey, g, b, a);
+    Yuv::Put(LumaOfGrey(grey), UOfGrey(grey), hn::Set(Tag8(), 128),
+             dst + done / 2 * Yuv::kBytesOfTwo);
+  }
+  return done;
+}
+
+// --- 16-bit luma ---
+
+// In doubles throughout: the sums of 16-bit samples take 26 bits.
+std::size_t LumaOfRgb16(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRICT dst,
+                        std::size_t pixels) {
+  const Tag16 d;
+  const std::size_t n = hn::Lanes(d);
+  std::size_t done = 0;
+  for (; done + n <= pixels; done += n) {
+    Vec16 r, g, b;
+    hn::LoadInterleaved3(d, reinterpret_cast<const std::uint16_t*>(src + 6 * done), r, g, b);
+    hn::StoreU(InDoubles(LumaOfDoubles(), r, g, b), d,
+               reinterpret_cast<std::uint16_t*>(dst + 2 * done));
+  }
+  return done / 4 * 4;
+}
+
+FastKernel FindEncode(Routine routine) {
+  // clang-format off
+  switch (routine) {
+    case Routine::ConvertRGB16ToY16: return LumaOfRgb16;
+    case Routine::ConvertRGBToY8:    return Move<LoadRgb, StoreY8>;
+    case Routine::ConvertRGBUToY8:   return Move<LoadRgbu, StoreY8>;
+    case Routine::ConvertBGRToY8:    return Move<LoadBgr, StoreY8>;
+    case Routine::ConvertBGRUToY8:   return Move<LoadBgru, StoreY8>;
+    case Routine::ConvertRGB16ToY8:  return Move<LoadRgb16, StoreY8>;
+    case Routine::ConvertBGR16ToY8:  return Move<LoadBgr16, StoreY8>;
+    case Routine::ConvertBGRU16ToY8: return Move<LoadBgru16, StoreY8>;
+    case Routine::ConvertRGBToY16:   return Move<LoadRgb, StoreY16>;
+    case Routine::ConvertRGBUToY16:  return Move<LoadRgbu, StoreY16>;
+    case Routine::ConvertBGRToY16:   return Move<LoadBgr, StoreY16>;
+    case Routine::ConvertBGRUToY16:  return Move<LoadBgru, StoreY16>;
+    case Routine::ConvertBGR16ToY16: return Move<LoadBgr16, StoreY16>;
+
+    case Routine::ConvertRGBToYUV444:    return EncodeColour<LoadRgb, Yuv444>;
+    case Routine::ConvertRGBUToYUV444:   return EncodeColour<LoadRgbu, Yuv444>;
+    case Routine::ConvertBGRToYUV444:    return EncodeColour<LoadBgr, Yuv444>;
+    case Routine::ConvertBGRUToYUV444:   return EncodeColour<LoadBgru, Yuv444>;
+    case Routine::ConvertRGB16ToYUV444:  return EncodeColour<LoadRgb16, Yuv444>;
+    case Routine::ConvertBGR16ToYUV444:  return EncodeColour<LoadBgr16, Yuv444>;
+    case Routine::ConvertBGRU16ToYUV444: return EncodeColour<LoadBgru16, Yuv444>;
+    case Routine::ConvertY8ToYUV444:     return EncodeGrey<LoadY8, Yuv444>;
+    case Routine::ConvertY16ToYUV444:    return EncodeGrey<LoadY16, Yuv444>;
+
+    case Routine::ConvertRGBToYUV422:    return EncodeColour<LoadRgb, Yuv422>;
+    case Routine::ConvertRGBUToYUV422:   return EncodeColour<LoadRgbu, Yuv422>;
+    case Routine::ConvertBGRToYUV422:    return EncodeColour<LoadBgr, Yuv422>;
+    case Routine::ConvertBGRUToYUV422:   return EncodeColour<LoadBgru, Yuv422>;
+    case Routine::ConvertRGB16ToYUV422:  return EncodeColour<LoadRgb16, Yuv422>;
+    case Routine::ConvertBGR16ToYUV422:  return EncodeColour<LoadBgr16, Yuv422>;
+    case Routine::ConvertBGRU16ToYUV422: return EncodeColour<LoadBgru16, Yuv422>;
+    case Routine::ConvertY8ToYUV422:     return EncodeGrey<LoadY8, Yuv422>;
+    case Routine::ConvertY16ToYUV422:    return EncodeGrey<LoadY16, Yuv422>;
+
+    case Routine::ConvertRGBToYUV411:    return EncodeColour<LoadRgb, Yuv411>;
+    case Routine::ConvertRGBUToYUV411:   return EncodeColour<LoadRgbu, Yuv411>;
+    case Routine::ConvertBGRToYUV411:    return EncodeColour<LoadBgr, Yuv411>;
+    case Routine::ConvertBGRUToYUV411:   return EncodeColour<LoadBgru, Yuv411>;
+    case Routine::ConvertRGB16ToYUV411:  return EncodeColour<LoadRgb16, Yuv411>;
+    case Routine::ConvertBGR16ToYUV411:  return EncodeColour<LoadBgr16, Yuv411>;
+    case Routine::ConvertBGRU16ToYUV411: return EncodeColour<LoadBgru16, Yuv411>;
+    case Routine::ConvertY8ToYUV411:     return EncodeGrey<LoadY8, Yuv411>;
+    case Routine::ConvertY16ToYUV411:    return EncodeGrey<LoadY16, Yuv411>;
+    default: return nullptr;
+  }
+  // clang-format on
+}
+
+#else
+
+FastKernel FindEncode(Routine) {
+  return nullptr;
+}
+
+#endif
+
+}  // namespace Korvex2::kernels::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace Korvex2::kernels::simd {
+
+HWY_EXPORT(FindEncode);
+
+FastKernel Encodes(Simd::Target target, Routine routine) {
+  return KORVEX2_FOR_TARGET(FindEncode, target)(routine);
+}
+
+}  // namespace Korvex2::kernels::simd
+#endif

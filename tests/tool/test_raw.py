@@ -1,0 +1,114 @@
+"""Raw files of cameras. Synthetic ones are always tested; a real one where KORVEX2_DATA, or the folder
+shared/data beside the sources, has it."""
+
+import os
+from pathlib import Path
+
+import numpy as np
+import pytest
+
+from pictures import LINEAR_RAW, dng_bytes, mosaic, png_bytes, read_png, read_pnm
+
+DATA = Path(os.environ.get("KORVEX2_DATA", Path(__file__).parents[3] / "shared" / "data"))
+REAL = DATA / "raw" / "tinydng_colorchart.dng"
+UNPACKED = DATA / "raw" / "tinydng_colorchart_1734x1156_14in16_RGGB.raw"
+PATTERNS = {"rggb": [0, 1, 1, 2], "grbg": [1, 0, 2, 1], "gbrg": [1, 2, 0, 1], "bggr": [2, 1, 1, 0]}
+AREAS = {"all": None, "even margins": [4, 6, 36, 60], "odd margins": [3, 5, 37, 61], "odd sides": [3, 5, 36, 60]}
+
+
+@pytest.fixture
+def real():
+    if not (REAL.exists() and UNPACKED.exists()):
+        pytest.skip(f"SKIPPED: {REAL} is missing; set KORVEX2_DATA to the folder that holds raw/")
+    return REAL
+
+
+@pytest.fixture
+def samples(rng):
+    return rng.integers(0, 16384, (40, 64), dtype=np.uint16)
+
+
+def test_the_active_area_of_a_real_file_is_what_another_reader_unpacked(tool, real):
+    said = tool.succeeds("convert", real, "out.raw", "--to", "raw16")
+    assert "1734 x 1156, raw16 rggb" in said
+    assert (tool.folder / "out.raw").read_bytes() == UNPACKED.read_bytes()
+
+
+def test_a_real_file_becomes_the_picture_of_its_mosaic(tool, real):
+    tool.succeeds("convert", real, "a.png", "--method", "edge", "--to", "rgb16")
+    tool.succeeds("convert", UNPACKED, "b.png", "--from", "raw16", "--width", 1734, "--height", 1156, "--tile", "rggb",
+                  "--method", "edge", "--to", "rgb16")
+    assert (tool.folder / "a.png").read_bytes() == (tool.folder / "b.png").read_bytes()
+
+
+def test_a_truncated_real_file(tool, real):
+    whole = real.read_bytes()
+    for length in (100, 1000, 20000, len(whole) // 2, len(whole) - 1000):
+        (tool.folder / "in.dng").write_bytes(whole[:length])
+        assert "in.dng" in tool.fails(1, "convert", "in.dng", "out.png", "--to", "rgb8")
+
+
+@pytest.mark.parametrize("area", AREAS)
+@pytest.mark.parametrize("tile", PATTERNS)
+@pytest.mark.parametrize("order", "<>")
+def test_samples_tile_and_active_area(tool, samples, tile, area, order):
+    (tool.folder / "in.dng").write_bytes(dng_bytes(samples, PATTERNS[tile], AREAS[area], order=order))
+    top, left, bottom, right = AREAS[area] or [0, 0, 40, 64]
+    if top % 2 == 1:  # LibRaw begins at even places of the sensor: one later, in row and column
+        top, left, tile = top + 1, left + 1, tile[::-1]
+    said = tool.succeeds("convert", "in.dng", "out.raw", "--to", "raw16")
+    assert f"({right - left} x {bottom - top}, raw16 {tile})" in said
+    assert (tool.folder / "out.raw").read_bytes() == samples[top:bottom, left:right].astype("<u2").tobytes()
+
+
+@pytest.mark.parametrize("tile", PATTERNS)
+def test_the_tile_of_the_file_makes_the_colours(tool, tile):
+    flat = np.broadcast_to(np.array([5000, 9000, 12000], np.uint16), (32, 48, 3))
+    (tool.folder / "in.dng").write_bytes(dng_bytes(mosaic(flat, tile), PATTERNS[tile]))
+    tool.succeeds("convert", "in.dng", "out.png", "--to", "rgb16")
+    assert np.array_equal(read_png(tool.folder / "out.png"), flat)
+    tool.succeeds("convert", "in.dng", "same.png", "--tile", tile, "--to", "rgb16")
+    assert (tool.folder / "same.png").read_bytes() == (tool.folder / "out.png").read_bytes()
+
+
+def test_another_tile_is_refused_and_none_is_grey(tool, samples):
+    (tool.folder / "in.dng").write_bytes(dng_bytes(samples, PATTERNS["grbg"]))
+    message = tool.fails(1, "convert", "in.dng", "out.png", "--tile", "bggr", "--to", "rgb16")
+    assert "grbg" in message and "bggr" in message
+    tool.succeeds("convert", "in.dng", "out.pgm", "--tile", "none", "--to", "mono16")
+    assert np.array_equal(read_pnm(tool.folder / "out.pgm"), samples)
+    assert "raw16" in tool.fails(1, "convert", "in.dng", "out.png", "--from", "raw8", "--to", "rgb8")
+    assert "mosaic already" in tool.fails(1, "mosaic", "in.dng", "out.png", "--tile", "rggb")
+
+
+def test_an_odd_active_area_is_refused_where_colour_is_made(tool, samples):
+    (tool.folder / "in.dng").write_bytes(dng_bytes(samples, PATTERNS["rggb"], [0, 0, 39, 63]))
+    message = tool.fails(1, "convert", "in.dng", "out.png", "--to", "rgb8")
+    assert "63 x 39" in message and "even number of rows" in message and "even number of columns" in message
+
+
+def test_truncated_at_many_lengths(tool, samples):
+    whole = dng_bytes(samples, PATTERNS["rggb"])
+    for length in [*range(0, 64), *range(64, len(whole), 97), *range(len(whole) - 300, len(whole), 7)]:
+        (tool.folder / "in.dng").write_bytes(whole[:length])
+        assert "in.dng" in tool.fails(1, "convert", "in.dng", "out.png", "--to", "rgb8")
+
+
+def test_files_that_are_no_raw_files(tool, rng):
+    picture = png_bytes(np.zeros((40, 40, 3), np.uint8))
+    for data in (b"", b"II*\0", picture, b"P5 1 1 255\n1", bytes(100000), rng.bytes(100000)):
+        for name in ("in.dng", "in.NEF", "in.cr2", "in.arw"):
+            (tool.folder / name).write_bytes(data)
+            assert name in tool.fails(1, "convert", name, "out.png", "--to", "rgb8")
+
+
+def test_sensors_without_a_bayer_mosaic_are_refused(tool, samples, rng):
+    six_by_six = [1, 1, 0, 1, 1, 2, 1, 1, 2, 1, 1, 0, 2, 0, 1, 0, 2, 1, 1, 1, 2, 1, 1, 0, 1, 1, 0, 1, 1, 2, 0, 2, 1, 2, 0, 1]
+    linear = rng.integers(0, 16384, (40, 64, 3), dtype=np.uint16)
+    for data in (dng_bytes(samples, six_by_six, repeat=(6, 6)), dng_bytes(linear, None, photometric=LINEAR_RAW)):
+        (tool.folder / "in.dng").write_bytes(data)
+        assert "no Bayer mosaic" in tool.fails(1, "convert", "in.dng", "out.png", "--to", "rgb8")
+
+
+def test_help_says_that_nothing_is_developed(tool):
+    assert "look dark" in tool.succeeds("convert", "--help")

@@ -1,0 +1,299 @@
+#include "io/Tiff.h"
+
+#include <tiffio.h>
+
+#include <algorithm>
+#include <bit>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include "Failure.h"
+
+namespace Korvex2::Tool {
+namespace {
+
+// --- The file, which libtiff sees through these functions ----------------------------------------
+
+struct Source {
+  const Bytes& bytes;
+  std::uint64_t position = 0;
+  char message[200] = "";
+};
+
+extern "C" {
+
+static tmsize_t OnRead(thandle_t handle, void* destination, tmsize_t size) {
+  auto* source = static_cast<Source*>(handle);
+  const std::uint64_t left =
+      source->bytes.size - std::min<std::uint64_t>(source->position, source->bytes.size);
+  const std::uint64_t count =
+      std::min(left, static_cast<std::uint64_t>(std::max<tmsize_t>(size, 0)));
+  if (count != 0) {
+    std::memcpy(destination, source->bytes.data.get() + source->position, count);
+  }
+  source->position += count;
+  return static_cast<tmsize_t>(count);
+}
+
+static tmsize_t OnWrite(thandle_t, void*, tmsize_t) {
+  return -1;
+}
+
+static toff_t OnSeek(thandle_t handle, toff_t offset, int whence) {
+  auto* source = static_cast<Source*>(handle);
+  const std::uint64_t base = whence == SEEK_CUR   ? source->position
+                             : whence == SEEK_END ? source->bytes.size
+                                                  : 0;
+  return source->position = base + offset;
+}
+
+static int OnClose(thandle_t) {
+  return 0;
+}
+
+static toff_t OnSize(thandle_t handle) {
+  return static_cast<Source*>(handle)->bytes.size;
+}
+
+// Keeps the first message, which names the cause.
+static int OnError(TIFF*, void* handle, const char*, const char* format, va_list arguments) {
+  auto* source = static_cast<Source*>(handle);
+  if (source->message[0] == '\0') {
+    std::vsnprintf(source->message, sizeof source->message, format, arguments);
+  }
+  return 1;
+}
+
+static int OnWarning(TIFF*, void*, const char*, const char*, va_list) {
+  return 1;
+}
+
+}  // extern "C"
+
+struct Closer {
+  void operator()(TIFF* tiff) const { TIFFClose(tiff); }
+  void operator()(TIFFOpenOptions* options) const { TIFFOpenOptionsFree(options); }
+};
+
+using Tiff = std::unique_ptr<TIFF, Closer>;
+
+Tiff Open(Source& source) {
+  const std::unique_ptr<TIFFOpenOptions, Closer> options(TIFFOpenOptionsAlloc());
+  if (options == nullptr) {
+    throw std::bad_alloc();
+  }
+  TIFFOpenOptionsSetErrorHandlerExtR(options.get(), OnError, &source);
+  TIFFOpenOptionsSetWarningHandlerExtR(options.get(), OnWarning, &source);
+  return Tiff(TIFFClientOpenExt("", "rm", &source, OnRead, OnWrite, OnSeek, OnClose, OnSize,
+                                nullptr, nullptr, options.get()));
+}
+
+// --- What the picture is -------------------------------------------------------------------------
+
+struct Layout {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+  std::uint16_t bits = 1;
+  std::uint16_t channels = 1;
+  std::uint16_t sampleFormat = SAMPLEFORMAT_UINT;
+  std::uint16_t photometric = 0xffff;
+  std::uint16_t planes = PLANARCONFIG_CONTIG;
+
+  bool IsGrey() const {
+    return photometric == PHOTOMETRIC_MINISBLACK || photometric == PHOTOMETRIC_MINISWHITE;
+  }
+  unsigned BytesPerSample() const { return bits / 8U; }
+};
+
+Layout LayoutOf(TIFF* tiff) {
+  Layout layout;
+  TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &layout.width);
+  TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &layout.height);
+  TIFFGetFieldDefaulted(tiff, TIFFTAG_BITSPERSAMPLE, &layout.bits);
+  TIFFGetFieldDefaulted(tiff, TIFFTAG_SAMPLESPERPIXEL, &layout.channels);
+  TIFFGetFieldDefaulted(tiff, TIFFTAG_SAMPLEFORMAT, &layout.sampleFormat);
+  TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &layout.photometric);
+  TIFFGetFieldDefaulted(tiff, TIFFTAG_PLANARCONFIG, &layout.planes);
+  return layout;
+}
+
+struct KindOfPicture {
+  std::uint16_t photometric;
+  const char* name;
+};
+
+// What is told of pictures that are refused.
+constexpr KindOfPicture kOtherKinds[] = {
+    {PHOTOMETRIC_PALETTE, "colours of a palette"},
+    {PHOTOMETRIC_SEPARATED, "inks"},
+    {PHOTOMETRIC_YCBCR, "luma and chroma"},
+    {PHOTOMETRIC_CIELAB, "CIE L*a*b*"},
+    {PHOTOMETRIC_CFA, "the mosaic of a camera, which is read under the name .dng"},
+};
+
+const char* OtherKind(std::uint16_t photometric) {
+  for (const KindOfPicture& kind : kOtherKinds) {
+    if (kind.photometric == photometric) {
+      return kind.name;
+    }
+  }
+  return "an unknown kind of picture";
+}
+
+void RequireSupported(const Layout& layout, const std::string& path) {
+  constexpr const char* kSupported = "grey, RGB and RGBA of 8 and 16 bits are supported";
+  if (!layout.IsGrey() && layout.photometric != PHOTOMETRIC_RGB) {
+    throw Failure("{} holds {}; {}", path, OtherKind(layout.photometric), kSupported);
+  }
+  if ((layout.bits != 8 && layout.bits != 16) || layout.sampleFormat != SAMPLEFORMAT_UINT) {
+    throw Failure("{} has {} samples of {} bits; {}", path,
+                  layout.sampleFormat == SAMPLEFORMAT_UINT     ? "unsigned"
+                  : layout.sampleFormat == SAMPLEFORMAT_INT    ? "signed"
+                  : layout.sampleFormat == SAMPLEFORMAT_IEEEFP ? "floating-point"
+                                                               : "unknown",
+                  layout.bits, kSupported);
+  }
+  const unsigned colours = layout.IsGrey() ? 1 : 3;
+  if (layout.channels != colours && layout.channels != colours + 1) {
+    throw Failure("{} has {} channels; {}", path, layout.channels, kSupported);
+  }
+}
+
+// --- The samples ---------------------------------------------------------------------------------
+
+// A rectangle of pixels as libtiff hands it out: of all channels, or of one.
+struct Part {
+  const unsigned char* data;
+  std::uint32_t x, y, width, height;
+  std::size_t stride;
+};
+
+// `channel` counts where each channel is a plane of its own.
+void Place(const Part& part, const Layout& layout, unsigned channel, Raster& raster) {
+  const std::size_t sample = raster.bytesPerSample;
+  const std::size_t pixel = sample * raster.channels;
+  const bool whole = layout.planes == PLANARCONFIG_CONTIG;
+  for (std::uint32_t row = 0; row < std::min(part.height, raster.height - part.y); ++row) {
+    const std::uint32_t columns = std::min(part.width, raster.width - part.x);
+    const unsigned char* source = part.data + row * part.stride;
+    unsigned char* destination = raster.Row(part.y + row) + part.x * pixel;
+    if (whole) {
+      std::memcpy(destination, source, columns * pixel);
+      continue;
+    }
+    destination += channel * sample;
+    for (std::uint32_t i = 0; i < columns; ++i, source += sample, destination += pixel) {
+      std::memcpy(destination, source, sample);
+    }
+  }
+}
+
+// libtiff's sizes are signed and 0 on failure.
+std::size_t CheckedSize(tmsize_t size, std::size_t atLeast) {
+  if (size <= 0 || static_cast<std::size_t>(size) < atLeast) {
+    throw Failure("the layout is impossible");
+  }
+  return static_cast<std::size_t>(size);
+}
+
+bool ReadLines(TIFF* tiff, const Layout& layout, unsigned channel, Raster& raster) {
+  const std::size_t channels = layout.planes == PLANARCONFIG_CONTIG ? layout.channels : 1;
+  const std::size_t size =
+      CheckedSize(TIFFScanlineSize(tiff), layout.width * channels * layout.BytesPerSample());
+  const Bytes line(size);
+  for (std::uint32_t y = 0; y < layout.height; ++y) {
+    if (TIFFReadScanline(tiff, line.data.get(), y, static_cast<std::uint16_t>(channel)) < 0) {
+      return false;
+    }
+    Place({line.data.get(), 0, y, layout.width, 1, size}, layout, channel, raster);
+  }
+  return true;
+}
+
+bool ReadTiles(TIFF* tiff, const Layout& layout, unsigned channel, Raster& raster) {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+  TIFFGetField(tiff, TIFFTAG_TILEWIDTH, &width);
+  TIFFGetField(tiff, TIFFTAG_TILELENGTH, &height);
+  const std::size_t channels = layout.planes == PLANARCONFIG_CONTIG ? layout.channels : 1;
+  const std::size_t stride = width * channels * layout.BytesPerSample();
+  if (width == 0 || height == 0) {
+    return false;
+  }
+  const Bytes tile(CheckedSize(TIFFTileSize(tiff), stride * height));
+  for (std::uint64_t y = 0; y < layout.height; y += height) {
+    for (std::uint64_t x = 0; x < layout.width; x += width) {
+      const auto left = static_cast<std::uint32_t>(x);
+      const auto top = static_cast<std::uint32_t>(y);
+      if (TIFFReadTile(tiff, tile.data.get(), left, top, 0, static_cast<std::uint16_t>(channel)) <
+          0) {
+        return false;
+      }
+      Place({tile.data.get(), left, top, width, height, stride}, layout, channel, raster);
+    }
+  }
+  return true;
+}
+
+bool ReadSamples(TIFF* tiff, const Layout& layout, Raster& raster) {
+  const unsigned planes = layout.planes == PLANARCONFIG_CONTIG ? 1 : layout.channels;
+  for (unsigned channel = 0; channel < planes; ++channel) {
+    const bool read = TIFFIsTiled(tiff) != 0 ? ReadTiles(tiff, layout, channel, raster)
+                                             : ReadLines(tiff, layout, channel, raster);
+    if (!read) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// A file's byte order is libtiff's affair; words come in the host's.
+void ToHighByteFirst(Raster& raster) {
+  if (raster.bytesPerSample == 2 && std::endian::native == std::endian::little) {
+    unsigned char* bytes = raster.bytes.data.get();
+    for (std::size_t i = 0; i < raster.bytes.size; i += 2) {
+      std::swap(bytes[i], bytes[i + 1]);
+    }
+  }
+}
+
+// Alpha, if there is any, stays.
+void InvertGrey(Raster& raster) {
+  const std::size_t pixel = std::size_t{raster.channels} * raster.bytesPerSample;
+  unsigned char* bytes = raster.bytes.data.get();
+  for (std::size_t i = 0; i < raster.bytes.size; i += pixel) {
+    for (std::size_t byte = 0; byte < raster.bytesPerSample; ++byte) {
+      bytes[i + byte] = static_cast<unsigned char>(~bytes[i + byte]);
+    }
+  }
+}
+
+}  // namespace
+
+Raster ReadTiff(const InputFile& file) {
+  const Bytes bytes = file.Read();
+  Source source{bytes};
+  const bool marked = bytes.size >= 4 && (std::memcmp(bytes.data.get(), "II", 2) == 0 ||
+                                          std::memcmp(bytes.data.get(), "MM", 2) == 0);
+  const Tiff tiff = marked ? Open(source) : nullptr;
+  if (tiff == nullptr) {
+    throw Failure("{} is not a TIFF file{}{}", file.path(), marked ? ", or damaged: " : "",
+                  source.message);
+  }
+  const Layout layout = LayoutOf(tiff.get());
+  RequireSupported(layout, file.path());
+  Raster raster(layout.width, layout.height, layout.channels, layout.BytesPerSample());
+  if (!ReadSamples(tiff.get(), layout, raster)) {
+    throw Failure("{} is a damaged TIFF file: {}", file.path(), source.message);
+  }
+  ToHighByteFirst(raster);
+  if (layout.photometric == PHOTOMETRIC_MINISWHITE) {
+    InvertGrey(raster);
+  }
+  return raster;
+}
+
+}  // namespace Korvex2::Tool

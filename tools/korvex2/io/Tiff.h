@@ -1,0 +1,14 @@
+#pragma once
+
+/// TIFF, read only.
+
+#include "io/Raster.h"
+
+namespace Korvex2::Tool {
+
+/// The first picture of the file: grey, RGB or RGBA of 8 or 16 bits, in strips or tiles, whole
+/// pixels or planes, with any compression that libtiff knows. Samples come as they are stored,
+/// except that grey with white as 0 is inverted; the orientation tag is not applied.
+Raster ReadTiff(const InputFile& file);
+
+}  // namespace Korvex2::Tool
