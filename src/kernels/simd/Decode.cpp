@@ -103,27 +103,27 @@ struct StoreAs {
 FastKernel FindDecode(Routine routine) {
   // clang-format off
   switch (routine) {
-    case Routine::ConvertYUV444ToRGB:    return Move<LoadYuv444, StoreRgb>;
-    case Routine::ConvertYUV444ToRGBU:   return Move<LoadYuv444, StoreRgbu>;
-    case Routine::ConvertYUV444ToRGB16:  return Move<LoadYuv444, StoreRgb16>;
-    case Routine::ConvertYUV444ToBGR:    return Move<LoadYuv444, StoreBgr>;
-    case Routine::ConvertYUV444ToBGRU:   return Move<LoadYuv444, StoreBgru>;
-    case Routine::ConvertYUV444ToBGR16:  return Move<LoadYuv444, StoreBgr16>;
-    case Routine::ConvertYUV444ToBGRU16: return Move<LoadYuv444, StoreBgru16>;
-    case Routine::ConvertYUV444ToY8:     return Move<LoadYuv444, StoreY8>;
-    case Routine::ConvertYUV444ToY16:    return Move<LoadYuv444, StoreY16>;
+    case Routine::ConvertYUV444ToRGB:    return MovePixels<LoadYuv444, StoreRgb>;
+    case Routine::ConvertYUV444ToRGBU:   return MovePixels<LoadYuv444, StoreRgbu>;
+    case Routine::ConvertYUV444ToRGB16:  return MovePixels<LoadYuv444, StoreRgb16>;
+    case Routine::ConvertYUV444ToBGR:    return MovePixels<LoadYuv444, StoreBgr>;
+    case Routine::ConvertYUV444ToBGRU:   return MovePixels<LoadYuv444, StoreBgru>;
+    case Routine::ConvertYUV444ToBGR16:  return MovePixels<LoadYuv444, StoreBgr16>;
+    case Routine::ConvertYUV444ToBGRU16: return MovePixels<LoadYuv444, StoreBgru16>;
+    case Routine::ConvertYUV444ToY8:     return MovePixels<LoadYuv444, StoreY8>;
+    case Routine::ConvertYUV444ToY16:    return MovePixels<LoadYuv444, StoreY16>;
     case Routine::ConvertYUV444ToYUV422: return EncodeColour<LoadYuv444, Yuv422>;
     case Routine::ConvertYUV444ToYUV411: return EncodeColour<LoadYuv444, Yuv411>;
 
-    case Routine::ConvertYUV422ToRGB:    return Move<LoadYuv422, StoreRgb>;
-    case Routine::ConvertYUV422ToRGBU:   return Move<LoadYuv422, StoreRgbu>;
-    case Routine::ConvertYUV422ToRGB16:  return Move<LoadYuv422, StoreRgb16>;
-    case Routine::ConvertYUV422ToBGR:    return Move<LoadYuv422, StoreBgr>;
-    case Routine::ConvertYUV422ToBGRU:   return Move<LoadYuv422, StoreBgru>;
-    case Routine::ConvertYUV422ToBGR16:  return Move<LoadYuv422, StoreBgr16>;
-    case Routine::ConvertYUV422ToBGRU16: return Move<LoadYuv422, StoreBgru16>;
-    case Routine::ConvertYUV422ToY8:     return Move<LoadYuv422, StoreY8>;
-    case Routine::ConvertYUV422ToY16:    return Move<LoadYuv422, StoreY16>;
+    case Routine::ConvertYUV422ToRGB:    return MovePixels<LoadYuv422, StoreRgb>;
+    case Routine::ConvertYUV422ToRGBU:   return MovePixels<LoadYuv422, StoreRgbu>;
+    case Routine::ConvertYUV422ToRGB16:  return MovePixels<LoadYuv422, StoreRgb16>;
+    case Routine::ConvertYUV422ToBGR:    return MovePixels<LoadYuv422, StoreBgr>;
+    case Routine::ConvertYUV422ToBGRU:   return MovePixels<LoadYuv422, StoreBgru>;
+    case Routine::ConvertYUV422ToBGR16:  return MovePixels<LoadYuv422, StoreBgr16>;
+    case Routine::ConvertYUV422ToBGRU16: return MovePixels<LoadYuv422, StoreBgru16>;
+    case Routine::ConvertYUV422ToY8:     return MovePixels<LoadYuv422, StoreY8>;
+    case Routine::ConvertYUV422ToY16:    return MovePixels<LoadYuv422, StoreY16>;
     case Routine::ConvertYUV422ToYUV444: return EncodeColour<LoadYuv422, Yuv444>;
     case Routine::ConvertYUV422ToYUV411: return EncodeColour<LoadYuv422, Yuv411>;
 

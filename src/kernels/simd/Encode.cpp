@@ -51,18 +51,18 @@ FastKernel FindEncode(Routine routine) {
   // clang-format off
   switch (routine) {
     case Routine::ConvertRGB16ToY16: return LumaOfRgb16;
-    case Routine::ConvertRGBToY8:    return Move<LoadRgb, StoreY8>;
-    case Routine::ConvertRGBUToY8:   return Move<LoadRgbu, StoreY8>;
-    case Routine::ConvertBGRToY8:    return Move<LoadBgr, StoreY8>;
-    case Routine::ConvertBGRUToY8:   return Move<LoadBgru, StoreY8>;
-    case Routine::ConvertRGB16ToY8:  return Move<LoadRgb16, StoreY8>;
-    case Routine::ConvertBGR16ToY8:  return Move<LoadBgr16, StoreY8>;
-    case Routine::ConvertBGRU16ToY8: return Move<LoadBgru16, StoreY8>;
-    case Routine::ConvertRGBToY16:   return Move<LoadRgb, StoreY16>;
-    case Routine::ConvertRGBUToY16:  return Move<LoadRgbu, StoreY16>;
-    case Routine::ConvertBGRToY16:   return Move<LoadBgr, StoreY16>;
-    case Routine::ConvertBGRUToY16:  return Move<LoadBgru, StoreY16>;
-    case Routine::ConvertBGR16ToY16: return Move<LoadBgr16, StoreY16>;
+    case Routine::ConvertRGBToY8:    return MovePixels<LoadRgb, StoreY8>;
+    case Routine::ConvertRGBUToY8:   return MovePixels<LoadRgbu, StoreY8>;
+    case Routine::ConvertBGRToY8:    return MovePixels<LoadBgr, StoreY8>;
+    case Routine::ConvertBGRUToY8:   return MovePixels<LoadBgru, StoreY8>;
+    case Routine::ConvertRGB16ToY8:  return MovePixels<LoadRgb16, StoreY8>;
+    case Routine::ConvertBGR16ToY8:  return MovePixels<LoadBgr16, StoreY8>;
+    case Routine::ConvertBGRU16ToY8: return MovePixels<LoadBgru16, StoreY8>;
+    case Routine::ConvertRGBToY16:   return MovePixels<LoadRgb, StoreY16>;
+    case Routine::ConvertRGBUToY16:  return MovePixels<LoadRgbu, StoreY16>;
+    case Routine::ConvertBGRToY16:   return MovePixels<LoadBgr, StoreY16>;
+    case Routine::ConvertBGRUToY16:  return MovePixels<LoadBgru, StoreY16>;
+    case Routine::ConvertBGR16ToY16: return MovePixels<LoadBgr16, StoreY16>;
 
     case Routine::ConvertRGBToYUV444:    return EncodeColour<LoadRgb, Yuv444>;
     case Routine::ConvertRGBUToYUV444:   return EncodeColour<LoadRgbu, Yuv444>;

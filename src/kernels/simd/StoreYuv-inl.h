@@ -37,10 +37,6 @@ HWY_INLINE Vec16 MeanOfTwo(Vec8 v) {
   return hn::ShiftRight<1>(hn::Add(Even(v), Odd(v)));
 }
 
-using Tag32 = hn::ScalableTag<std::uint32_t>;
-using Vec32 = hn::Vec<Tag32>;
-using Half16 = hn::Half<Tag16>;
-
 // The truncated mean of each four neighbours, as double words.
 HWY_INLINE Vec32 MeanOfFour(Vec8 v) {
   const Vec32 pairs = hn::BitCast(Tag32(), hn::Add(Even(v), Odd(v)));
@@ -58,7 +54,7 @@ HWY_INLINE hn::Vec<Half16> Words(Vec32 v) {
 struct Yuv444 {
   static constexpr std::size_t kBytesOfTwo = 6;
   static HWY_INLINE void Put(Vec8 y, Vec8 u, Vec8 v, std::uint8_t* p) {
-    hn::StoreInterleaved3(u, y, v, Tag8(), p);
+    StoreThree(u, y, v, p);
   }
 };
 
