@@ -6,6 +6,7 @@
 // After foreach_target.h.
 #include "kernels/simd/Arithmetic-inl.h"
 #include "kernels/simd/Interleave-inl.h"
+#include "kernels/simd/Luma16-inl.h"
 #include "kernels/simd/Simd.h"
 #include "kernels/simd/StoreYuv-inl.h"
 #include "simd/TargetTable.h"
@@ -23,7 +24,7 @@ std::size_t EncodeGrey(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_R
   std::size_t done = 0;
   for (; done + n <= pixels; done += n) {
     Vec8 grey, g, b, a;
-    Load::Get(src + done * Load::kBytes, grey, g, b, a);
+    Load::Get(src + done / 2 * Load::kBytesOfTwo, grey, g, b, a);
     Yuv::Put(LumaOfGrey(grey), UOfGrey(grey), hn::Set(Tag8(), 128),
              dst + done / 2 * Yuv::kBytesOfTwo);
   }
@@ -32,7 +33,50 @@ std::size_t EncodeGrey(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_R
 
 // --- 16-bit luma ---
 
-// In doubles throughout: the sums of 16-bit samples take 26 bits.
+#if KORVEX2_VBMI
+
+// Words of luma of a vector of pixels, in two vectors, into mono16 or mono12.
+struct Store16 {
+  static constexpr std::size_t kBytesOfTwo = 4;
+  static HWY_INLINE void Put(Vec16 first, Vec16 second, std::uint8_t* p) {
+    hn::StoreU(AsBytes(first), Tag8(), p);
+    hn::StoreU(AsBytes(second), Tag8(), p + 64);
+  }
+};
+struct Store12 {
+  static constexpr std::size_t kBytesOfTwo = 3;
+  static HWY_INLINE void Put(Vec16 first, Vec16 second, std::uint8_t* p) {
+    StorePacked12(first, second, p);
+  }
+};
+
+template <typename Sums, typename Store>
+std::size_t EncodeLuma16(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRICT dst,
+                         std::size_t pixels) {
+  std::size_t done = 0;
+  for (; done + 64 <= pixels; done += 64) {
+    const std::uint8_t* p = src + done / 2 * Sums::kBytesOfTwo;
+    Store::Put(GetLuma16<Sums>(p), GetLuma16<Sums>(p + 16 * Sums::kBytesOfTwo),
+               dst + done / 2 * Store::kBytesOfTwo);
+  }
+  return done;
+}
+
+FastKernel FindLuma16(Routine routine) {
+  // clang-format off
+  switch (routine) {
+    case Routine::ConvertRGB16ToY16:  return EncodeLuma16<SumsOfWords<3, false>, Store16>;
+    case Routine::ConvertRGB16ToY12:  return EncodeLuma16<SumsOfWords<3, false>, Store12>;
+    case Routine::ConvertBGRU16ToY16: return EncodeLuma16<SumsOfWords<4, true>, Store16>;
+    case Routine::ConvertBGRU16ToY12: return EncodeLuma16<SumsOfWords<4, true>, Store12>;
+    default: return nullptr;
+  }
+  // clang-format on
+}
+
+#else
+
+// In doubles throughout.
 std::size_t LumaOfRgb16(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRICT dst,
                         std::size_t pixels) {
   const Tag16 d;
@@ -47,22 +91,32 @@ std::size_t LumaOfRgb16(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_
   return done / 4 * 4;
 }
 
+FastKernel FindLuma16(Routine routine) {
+  return routine == Routine::ConvertRGB16ToY16 ? LumaOfRgb16 : nullptr;
+}
+
+#endif
+
 FastKernel FindEncode(Routine routine) {
   // clang-format off
   switch (routine) {
-    case Routine::ConvertRGB16ToY16: return LumaOfRgb16;
-    case Routine::ConvertRGBToY8:    return MovePixels<LoadRgb, StoreY8>;
-    case Routine::ConvertRGBUToY8:   return MovePixels<LoadRgbu, StoreY8>;
-    case Routine::ConvertBGRToY8:    return MovePixels<LoadBgr, StoreY8>;
-    case Routine::ConvertBGRUToY8:   return MovePixels<LoadBgru, StoreY8>;
-    case Routine::ConvertRGB16ToY8:  return MovePixels<LoadRgb16, StoreY8>;
-    case Routine::ConvertBGR16ToY8:  return MovePixels<LoadBgr16, StoreY8>;
-    case Routine::ConvertBGRU16ToY8: return MovePixels<LoadBgru16, StoreY8>;
-    case Routine::ConvertRGBToY16:   return MovePixels<LoadRgb, StoreY16>;
-    case Routine::ConvertRGBUToY16:  return MovePixels<LoadRgbu, StoreY16>;
-    case Routine::ConvertBGRToY16:   return MovePixels<LoadBgr, StoreY16>;
-    case Routine::ConvertBGRUToY16:  return MovePixels<LoadBgru, StoreY16>;
-    case Routine::ConvertBGR16ToY16: return MovePixels<LoadBgr16, StoreY16>;
+    case Routine::ConvertRGBToY8:    return EncodeLuma<LoadRgb, StoreY8>;
+    case Routine::ConvertRGBUToY8:   return EncodeLuma<LoadRgbu, StoreY8>;
+    case Routine::ConvertBGRToY8:    return EncodeLuma<LoadBgr, StoreY8>;
+    case Routine::ConvertBGRUToY8:   return EncodeLuma<LoadBgru, StoreY8>;
+    case Routine::ConvertRGB16ToY8:  return EncodeLuma<LoadRgb16, StoreY8>;
+    case Routine::ConvertBGR16ToY8:  return EncodeLuma<LoadBgr16, StoreY8>;
+    case Routine::ConvertBGRU16ToY8: return EncodeLuma<LoadBgru16, StoreY8>;
+    case Routine::ConvertRGBToY12:   return EncodeLuma<LoadRgb, StoreY12>;
+    case Routine::ConvertRGBUToY12:  return EncodeLuma<LoadRgbu, StoreY12>;
+    case Routine::ConvertBGRToY12:   return EncodeLuma<LoadBgr, StoreY12>;
+    case Routine::ConvertBGRUToY12:  return EncodeLuma<LoadBgru, StoreY12>;
+    case Routine::ConvertBGR16ToY12: return EncodeLuma<LoadBgr16, StoreY12>;
+    case Routine::ConvertRGBToY16:   return EncodeLuma<LoadRgb, StoreY16>;
+    case Routine::ConvertRGBUToY16:  return EncodeLuma<LoadRgbu, StoreY16>;
+    case Routine::ConvertBGRToY16:   return EncodeLuma<LoadBgr, StoreY16>;
+    case Routine::ConvertBGRUToY16:  return EncodeLuma<LoadBgru, StoreY16>;
+    case Routine::ConvertBGR16ToY16: return EncodeLuma<LoadBgr16, StoreY16>;
 
     case Routine::ConvertRGBToYUV444:    return EncodeColour<LoadRgb, Yuv444>;
     case Routine::ConvertRGBUToYUV444:   return EncodeColour<LoadRgbu, Yuv444>;
@@ -93,7 +147,7 @@ FastKernel FindEncode(Routine routine) {
     case Routine::ConvertBGRU16ToYUV411: return EncodeColour<LoadBgru16, Yuv411>;
     case Routine::ConvertY8ToYUV411:     return EncodeGrey<LoadY8, Yuv411>;
     case Routine::ConvertY16ToYUV411:    return EncodeGrey<LoadY16, Yuv411>;
-    default: return nullptr;
+    default: return FindLuma16(routine);
   }
   // clang-format on
 }

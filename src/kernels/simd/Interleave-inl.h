@@ -1,7 +1,7 @@
 // Pixels of 3 and 4 interleaved channels, as one vector a channel.
 //
 // A Load reads the pixels of one vector of bytes from a format, a Store writes them to another; a
-// pixel is (red, green, blue, alpha), 8 bits each. Formats of 16 bits keep the high byte of what
+// pixel is (red, green, blue, alpha), 8 bits each; kBytesOfTwo are the bytes of two pixels. Formats of 16 bits keep the high byte of what
 // they load and repeat the byte in what they store. Included once per instruction set.
 
 #if defined(KORVEX2_INTERLEAVE_INL_H_) == defined(HWY_TARGET_TOGGLE)
@@ -21,6 +21,30 @@ namespace Korvex2::kernels::HWY_NAMESPACE {
 // --- Three and four channels of bytes to and from one run ---
 
 #if KORVEX2_VBMI
+
+// A vector of bytes chosen from a run that two loads reach, the second of which starts at `second`.
+struct Picks {
+  ByteTable place;
+  std::uint64_t fromSecond;
+};
+
+template <typename Place>
+constexpr Picks MakePicks(std::size_t second, Place place) {
+  Picks picks = {};
+  for (std::size_t i = 0; i < 64; ++i) {
+    const std::size_t at = place(i);
+    const bool late = at >= 64;
+    picks.place.at[i] = static_cast<std::uint8_t>(late ? at - second : at);
+    picks.fromSecond |= std::uint64_t{late} << i;
+  }
+  return picks;
+}
+
+HWY_INLINE Vec8 Pick(const Picks& picks, Vec8 first, Vec8 second) {
+  const __m512i place = _mm512_load_si512(picks.place.at);
+  const __m512i v = _mm512_permutexvar_epi8(place, first.raw);
+  return Vec8{_mm512_mask_permutexvar_epi8(v, picks.fromSecond, place, second.raw)};
+}
 
 // Byte i of a run of three channels belongs to pixel i / 3, channel i % 3.
 struct ThreeChannels {
@@ -160,13 +184,32 @@ HWY_INLINE void LoadFour(const std::uint8_t* p, Vec8& a, Vec8& b, Vec8& c, Vec8&
 
 // --- Bytes and words ---
 
-// Words of which only the high byte is kept, two vectors of them into one of bytes, in order.
+// The high, or the low, bytes of two vectors of words, in order.
+#if KORVEX2_VBMI
+
 HWY_INLINE Vec8 HighBytes(Vec16 low, Vec16 high) {
-  const hn::RebindToSigned<Tag16> d;
-  const auto lower = hn::DemoteTo(Half8(), hn::BitCast(d, hn::ShiftRight<8>(low)));
-  const auto upper = hn::DemoteTo(Half8(), hn::BitCast(d, hn::ShiftRight<8>(high)));
-  return hn::Combine(Tag8(), upper, lower);
+  static constexpr Picks kOdd = MakePicks(64, [](std::size_t i) { return 2 * i + 1; });
+  return Pick(kOdd, AsBytes(low), AsBytes(high));
 }
+HWY_INLINE Vec8 LowBytesInOrder(Vec16 low, Vec16 high) {
+  static constexpr Picks kEven = MakePicks(64, [](std::size_t i) { return 2 * i; });
+  return Pick(kEven, AsBytes(low), AsBytes(high));
+}
+
+#else
+
+HWY_INLINE hn::Vec<Half8> ToHalf(Vec16 bytes) {
+  return hn::DemoteTo(Half8(), hn::BitCast(hn::RebindToSigned<Tag16>(), bytes));
+}
+HWY_INLINE Vec8 HighBytes(Vec16 low, Vec16 high) {
+  return hn::Combine(Tag8(), ToHalf(hn::ShiftRight<8>(high)), ToHalf(hn::ShiftRight<8>(low)));
+}
+HWY_INLINE Vec8 LowBytesInOrder(Vec16 low, Vec16 high) {
+  const Vec16 mask = hn::Set(Tag16(), 0x00FF);
+  return hn::Combine(Tag8(), ToHalf(hn::And(high, mask)), ToHalf(hn::And(low, mask)));
+}
+
+#endif
 
 // v * 257 of the first and of the second half of a vector of bytes, in order.
 HWY_INLINE Vec16 Repeat(hn::Vec<Half8> bytes) {
@@ -181,21 +224,13 @@ HWY_INLINE Vec16 RepeatUpper(Vec8 bytes) {
 }
 
 #if KORVEX2_VBMI
-// Every byte of a half of a vector twice.
-inline constexpr auto kTwice = [] {
-  struct {
-    ByteTable half[2];
-    constexpr const ByteTable& operator[](std::size_t i) const { return half[i]; }
-  } t = {};
-  for (unsigned i = 0; i < 128; ++i) {
-    t.half[i / 64].at[i % 64] = static_cast<std::uint8_t>(i / 2);
-  }
-  return t;
-}();
+// Every byte of the lower and of the upper half of a vector twice.
+inline constexpr Picks kTwiceLower = MakePicks(0, [](std::size_t i) { return i / 2; });
+inline constexpr Picks kTwiceUpper = MakePicks(0, [](std::size_t i) { return 32 + i / 2; });
 #endif
 
 struct LoadY8 {
-  static constexpr std::size_t kBytes = 1;
+  static constexpr std::size_t kBytesOfTwo = 2;
   static HWY_INLINE void Get(const std::uint8_t* p, Vec8& r, Vec8& g, Vec8& b, Vec8& a) {
     r = g = b = hn::LoadU(Tag8(), p);
     a = hn::Set(Tag8(), 0xFF);
@@ -203,7 +238,7 @@ struct LoadY8 {
 };
 
 struct LoadRgb {
-  static constexpr std::size_t kBytes = 3;
+  static constexpr std::size_t kBytesOfTwo = 6;
   static HWY_INLINE void Get(const std::uint8_t* p, Vec8& r, Vec8& g, Vec8& b, Vec8& a) {
     LoadThree(p, r, g, b);
     a = hn::Set(Tag8(), 0xFF);
@@ -211,14 +246,14 @@ struct LoadRgb {
 };
 
 struct LoadRgbu {
-  static constexpr std::size_t kBytes = 4;
+  static constexpr std::size_t kBytesOfTwo = 8;
   static HWY_INLINE void Get(const std::uint8_t* p, Vec8& r, Vec8& g, Vec8& b, Vec8& a) {
     LoadFour(p, r, g, b, a);
   }
 };
 
 struct LoadY16 {
-  static constexpr std::size_t kBytes = 2;
+  static constexpr std::size_t kBytesOfTwo = 4;
   static HWY_INLINE void Get(const std::uint8_t* p, Vec8& r, Vec8& g, Vec8& b, Vec8& a) {
     const auto* words = reinterpret_cast<const std::uint16_t*>(p);
     const std::size_t n = hn::Lanes(Tag16());
@@ -228,7 +263,7 @@ struct LoadY16 {
 };
 
 struct LoadRgb16 {
-  static constexpr std::size_t kBytes = 6;
+  static constexpr std::size_t kBytesOfTwo = 12;
   static HWY_INLINE void Get(const std::uint8_t* p, Vec8& r, Vec8& g, Vec8& b, Vec8& a) {
     const auto* words = reinterpret_cast<const std::uint16_t*>(p);
     const std::size_t n = hn::Lanes(Tag16());
@@ -243,7 +278,7 @@ struct LoadRgb16 {
 };
 
 struct LoadRgbu16 {
-  static constexpr std::size_t kBytes = 8;
+  static constexpr std::size_t kBytesOfTwo = 16;
   static HWY_INLINE void Get(const std::uint8_t* p, Vec8& r, Vec8& g, Vec8& b, Vec8& a) {
     const auto* words = reinterpret_cast<const std::uint16_t*>(p);
     const std::size_t n = hn::Lanes(Tag16());
@@ -258,14 +293,14 @@ struct LoadRgbu16 {
 };
 
 struct StoreRgb {
-  static constexpr std::size_t kBytes = 3;
+  static constexpr std::size_t kBytesOfTwo = 6;
   static HWY_INLINE void Put(Vec8 r, Vec8 g, Vec8 b, Vec8, std::uint8_t* p) {
     StoreThree(r, g, b, p);
   }
 };
 
 struct StoreRgbu {
-  static constexpr std::size_t kBytes = 4;
+  static constexpr std::size_t kBytesOfTwo = 8;
   static HWY_INLINE void Put(Vec8 r, Vec8 g, Vec8 b, Vec8 a, std::uint8_t* p) {
     StoreFour(r, g, b, a, p);
   }
@@ -275,8 +310,8 @@ struct StoreRgbu {
 HWY_INLINE void StoreRepeated(Vec8 v, std::uint8_t* p) {
   auto* words = reinterpret_cast<std::uint16_t*>(p);
 #if KORVEX2_VBMI
-  const __m512i lower = _mm512_load_si512(kTwice[0].at);
-  const __m512i upper = _mm512_load_si512(kTwice[1].at);
+  const __m512i lower = _mm512_load_si512(kTwiceLower.place.at);
+  const __m512i upper = _mm512_load_si512(kTwiceUpper.place.at);
   hn::StoreU(Vec16{_mm512_permutexvar_epi8(lower, v.raw)}, Tag16(), words);
   hn::StoreU(Vec16{_mm512_permutexvar_epi8(upper, v.raw)}, Tag16(), words + 32);
 #else
@@ -286,7 +321,7 @@ HWY_INLINE void StoreRepeated(Vec8 v, std::uint8_t* p) {
 }
 
 struct StoreRgb16 {
-  static constexpr std::size_t kBytes = 6;
+  static constexpr std::size_t kBytesOfTwo = 12;
   static HWY_INLINE void Put(Vec8 r, Vec8 g, Vec8 b, Vec8, std::uint8_t* p) {
 #if KORVEX2_VBMI
     Vec8 run[3];
@@ -304,7 +339,7 @@ struct StoreRgb16 {
 };
 
 struct StoreRgbu16 {
-  static constexpr std::size_t kBytes = 8;
+  static constexpr std::size_t kBytesOfTwo = 16;
   static HWY_INLINE void Put(Vec8 r, Vec8 g, Vec8 b, Vec8 a, std::uint8_t* p) {
 #if KORVEX2_X86
     Vec8 run[4];
@@ -326,7 +361,7 @@ struct StoreRgbu16 {
 // The same formats in the other order: red and blue change places.
 template <typename Rgb>
 struct LoadSwapped {
-  static constexpr std::size_t kBytes = Rgb::kBytes;
+  static constexpr std::size_t kBytesOfTwo = Rgb::kBytesOfTwo;
   static HWY_INLINE void Get(const std::uint8_t* p, Vec8& r, Vec8& g, Vec8& b, Vec8& a) {
     Rgb::Get(p, b, g, r, a);
   }
@@ -338,7 +373,7 @@ using LoadBgru16 = LoadSwapped<LoadRgbu16>;
 
 template <typename Rgb>
 struct StoreSwapped {
-  static constexpr std::size_t kBytes = Rgb::kBytes;
+  static constexpr std::size_t kBytesOfTwo = Rgb::kBytesOfTwo;
   static HWY_INLINE void Put(Vec8 r, Vec8 g, Vec8 b, Vec8 a, std::uint8_t* p) {
     Rgb::Put(b, g, r, a, p);
   }
@@ -348,15 +383,6 @@ using StoreBgru = StoreSwapped<StoreRgbu>;
 using StoreBgr16 = StoreSwapped<StoreRgb16>;
 using StoreBgru16 = StoreSwapped<StoreRgbu16>;
 
-// Drops whatever alpha was loaded.
-template <typename Store>
-struct Opaque {
-  static constexpr std::size_t kBytes = Store::kBytes;
-  static HWY_INLINE void Put(Vec8 r, Vec8 g, Vec8 b, Vec8, std::uint8_t* p) {
-    Store::Put(r, g, b, hn::Set(Tag8(), 0xFF), p);
-  }
-};
-
 /// Moves whole vectors of pixels from one format to another; answers how many pixels it did.
 template <typename Load, typename Store>
 std::size_t MovePixels(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRICT dst,
@@ -365,8 +391,8 @@ std::size_t MovePixels(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_R
   std::size_t done = 0;
   for (; done + n <= pixels; done += n) {
     Vec8 r, g, b, a;
-    Load::Get(src + done * Load::kBytes, r, g, b, a);
-    Store::Put(r, g, b, a, dst + done * Store::kBytes);
+    Load::Get(src + done / 2 * Load::kBytesOfTwo, r, g, b, a);
+    Store::Put(r, g, b, a, dst + done / 2 * Store::kBytesOfTwo);
   }
   return done;
 }
