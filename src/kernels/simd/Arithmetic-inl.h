@@ -83,15 +83,12 @@ HWY_INLINE Vec16 LumaQuotient(Vec16 r, Vec16 g, Vec16 b, Mask16& exact) {
   return quotient;
 }
 
-// S = -169 R - 331 G + 500 B + 128000.
-HWY_INLINE Vec16 UQuotient(Vec16 r, Vec16 g, Vec16 b, Mask16& exact) {
+// S = -169 R - 331 G + 500 B + 128000. Of exact multiples see DropsOfU.
+HWY_INLINE Vec16 UQuotient(Vec16 r, Vec16 g, Vec16 b) {
   const Vec16 negative = hn::Add(Times(r, 22), Times(g, 42));
   const Vec16 k = hn::Sub(hn::Add(Times(b, 62), hn::Set(Tag16(), 16000)), negative);
   const Vec16 l = hn::Add(hn::Add(Times(r, 7), Times(g, 5)), hn::ShiftLeft<2>(b));
-  const Vec16 x = hn::Add(k, hn::ShiftRight<3>(l));
-  const Vec16 quotient = By125(x);
-  exact = IsExact(x, quotient, l);
-  return quotient;
+  return By125(hn::Add(k, hn::ShiftRight<3>(l)));
 }
 
 // S = 500 R - 419 G - 81 B + 128000. No exact multiple comes out lower in doubles.
@@ -144,15 +141,6 @@ struct LumaOfDoubles {
   }
 };
 
-struct UOfDoubles {
-  HWY_INLINE VecD operator()(VecD r, VecD g, VecD b) const {
-    const VecD sum = hn::Add(hn::Add(Weigh(r, -0.169), Weigh(g, -0.331)), Weigh(b, 0.5));
-    return hn::Add(sum, hn::Set(TagD(), 128.0));
-  }
-};
-
-// --- RGB to YUV ---
-
 // --- Greys ---
 
 // For R = G = B every sum is an exact multiple of 1000, so greys go by a table: whether the double
@@ -199,16 +187,25 @@ HWY_INLINE Vec8 UOfGrey(Vec8 grey) {
   return hn::Sub(hn::Set(Tag8(), 128), Drop(grey, kUDrops));
 }
 
-// What a quotient becomes where some lanes are exact multiples: greys by the table, and if there
-// are others the whole vector in doubles.
-template <typename Function>
-HWY_NOINLINE Vec16 MendExact(Vec16 quotient, Mask16 exact, const DropsOfGreys& drops,
-                             Function function, Vec16 r, Vec16 g, Vec16 b) {
+// 1 where the double sum of U is below the quotient of its S. S is a multiple of 1000 where R = G and
+// B - R is even, nowhere else, and the double sum then falls short for twelve values of R = G, the
+// ones that it falls short for in greys, with all B up to R.
+HWY_INLINE Vec8 DropsOfU(Vec8 r, Vec8 g, Vec8 b) {
+  const auto multiple = hn::And(hn::Eq(r, g), hn::Eq(hn::Min(r, b), b));
+  const Vec8 odd = hn::Xor(r, b);
+  return hn::IfThenElseZero(multiple, hn::AndNot(odd, Drop(r, kUDrops)));
+}
+
+// --- RGB to YUV ---
+
+// What luma becomes where some lanes are exact multiples: greys by the table, and if there are
+// others the whole vector in doubles.
+inline HWY_NOINLINE Vec16 MendLuma(Vec16 quotient, Mask16 exact, Vec16 r, Vec16 g, Vec16 b) {
   const Mask16 grey = hn::And(hn::Eq(r, g), hn::Eq(g, b));
   if (HWY_UNLIKELY(!hn::AllFalse(Tag16(), hn::AndNot(grey, exact)))) {
-    return InDoubles(function, r, g, b);
+    return InDoubles(LumaOfDoubles(), r, g, b);
   }
-  const Vec16 drop = hn::BitCast(Tag16(), Drop(hn::BitCast(Tag8(), r), drops));
+  const Vec16 drop = AsWords(Drop(AsBytes(r), kLumaDrops));
   return hn::Sub(quotient, hn::IfThenElseZero(grey, drop));
 }
 
@@ -218,16 +215,7 @@ HWY_INLINE Vec16 Luma(Vec16 r, Vec16 g, Vec16 b) {
   if (HWY_LIKELY(hn::AllFalse(Tag16(), exact))) {
     return quotient;
   }
-  return MendExact(quotient, exact, kLumaDrops, LumaOfDoubles(), r, g, b);
-}
-
-HWY_INLINE Vec16 ChromaU(Vec16 r, Vec16 g, Vec16 b) {
-  Mask16 exact;
-  const Vec16 quotient = UQuotient(r, g, b, exact);
-  if (HWY_LIKELY(hn::AllFalse(Tag16(), exact))) {
-    return quotient;
-  }
-  return MendExact(quotient, exact, kUDrops, UOfDoubles(), r, g, b);
+  return MendLuma(quotient, exact, r, g, b);
 }
 
 HWY_INLINE Vec8 LumaOfBytes(Vec8 r, Vec8 g, Vec8 b) {
@@ -238,7 +226,10 @@ HWY_INLINE void Encode(Vec8 r, Vec8 g, Vec8 b, Vec8& y, Vec8& u, Vec8& v) {
   const Vec16 r0 = Even(r), g0 = Even(g), b0 = Even(b);
   const Vec16 r1 = Odd(r), g1 = Odd(g), b1 = Odd(b);
   y = Join(Luma(r0, g0, b0), Luma(r1, g1, b1));
-  u = Join(ChromaU(r0, g0, b0), ChromaU(r1, g1, b1));
+  u = Join(UQuotient(r0, g0, b0), UQuotient(r1, g1, b1));
+  if (!hn::AllFalse(Tag8(), hn::Eq(r, g))) {
+    u = hn::Sub(u, DropsOfU(r, g, b));
+  }
   v = Join(VQuotient(r0, g0, b0), VQuotient(r1, g1, b1));
 }
 

@@ -151,22 +151,9 @@ struct Weights {
   constexpr Weights L() const { return {red & 7, green & 7, blue & 7, 0}; }
 };
 
-struct SumY {
-  static constexpr Weights kWeights = {299, 587, 114, 0};
-  static constexpr bool kDrops = true;  // some exact multiples come out lower in doubles
-  static constexpr const DropsOfGreys& kGreys = kLumaDrops;
-  static double InDoubles(double r, double g, double b) { return scalar::Luma(r, g, b); }
-};
-struct SumU {
-  static constexpr Weights kWeights = {-169, -331, 500, 128000};
-  static constexpr bool kDrops = true;
-  static constexpr const DropsOfGreys& kGreys = kUDrops;
-  static double InDoubles(double r, double g, double b) { return scalar::ChromaU(r, g, b); }
-};
-struct SumV {
-  static constexpr Weights kWeights = {500, -419, -81, 128000};
-  static constexpr bool kDrops = false;
-};
+constexpr Weights kSumY = {299, 587, 114, 0};
+constexpr Weights kSumU = {-169, -331, 500, 128000};
+constexpr Weights kSumV = {500, -419, -81, 128000};
 
 template <bool BlueFirst>
 HWY_INLINE Vec8 WeightsOfQuads(Weights w) {
@@ -226,11 +213,11 @@ HWY_INLINE Vec8 PackBytes(Vec16 a, Vec16 b) {
 // floor(S / 1000) of two vectors of quads. `rest` is zero where S is a multiple of 1000, and only
 // there: with x = floor(S / 8) < 2^15 the product of 2 x and 33555 / 2^16 is x / 125 in 128ths, a
 // little more, so the seven bits of its fraction are zero for multiples of 125 alone.
-template <typename Sum, bool BlueFirst>
+template <Weights Sum, bool BlueFirst>
 HWY_INLINE Vec16 Quotient(Vec8 quads0, Vec8 quads1, Vec16& rest) {
-  constexpr Weights kK = Sum::kWeights.K();
+  constexpr Weights kK = Sum.K();
   const Vec8 k = WeightsOfQuads<BlueFirst>(kK);
-  const Vec8 l = WeightsOfQuads<BlueFirst>(Sum::kWeights.L());
+  const Vec8 l = WeightsOfQuads<BlueFirst>(Sum.L());
   // K alone can be a little below zero.
   const Vec16 sumK = PackSigned(Dot(quads0, k, kK.offset), Dot(quads1, k, kK.offset));
   const Vec16 sumL = PackSigned(Dot(quads0, l, 0), Dot(quads1, l, 0));
@@ -240,76 +227,96 @@ HWY_INLINE Vec16 Quotient(Vec8 quads0, Vec8 quads1, Vec16& rest) {
   return hn::ShiftRight<7>(in128ths);
 }
 
-// A byte of each quad, in order.
+// Something of each quad, in order.
 template <typename Source, typename Function>
-HWY_INLINE Vec8 OfEach(const Vec8 (&quads)[4], Function byte) {
-  return Source::Order(
-      PackBytes(PackWords(byte(AsDoubleWords(quads[0])), byte(AsDoubleWords(quads[1]))),
-                PackWords(byte(AsDoubleWords(quads[2])), byte(AsDoubleWords(quads[3])))));
+HWY_INLINE Vec8 OfEach(const Vec8 (&quads)[4], Function function) {
+  return Source::Order(PackBytes(
+      PackWords(function(AsDoubleWords(quads[0])), function(AsDoubleWords(quads[1]))),
+      PackWords(function(AsDoubleWords(quads[2])), function(AsDoubleWords(quads[3])))));
 }
 
+template <typename Source, int Byte>
+HWY_INLINE Vec8 Channel(const Vec8 (&quads)[4]) {
+  return OfEach<Source>(quads, [](Vec32 v) HWY_ATTR {
+    return hn::And(hn::ShiftRight<8 * Byte>(v), hn::Set(Tag32(), 0xFF));
+  });
+}
+
+// The bytes of a vector whose sums a mask names, computed one by one in doubles.
 template <typename Source>
-HWY_INLINE hn::Mask<Tag8> AreGrey(const Vec8 (&quads)[4]) {
-  const auto differs = [](Vec32 v) HWY_ATTR {
-    const Vec32 rest = hn::And(hn::Xor(v, hn::ShiftRight<8>(v)), hn::Set(Tag32(), 0xFFFF));
-    return hn::Min(rest, hn::Set(Tag32(), 1));
-  };
-  return hn::Eq(OfEach<Source>(quads, differs), hn::Zero(Tag8()));
-}
-
-// The sums of the greys among some pixels, by their table.
-template <typename Sum, typename Source>
-HWY_INLINE Vec8 MendGreys(Vec8 sums, hn::Mask<Tag8> greys, const Vec8 (&quads)[4]) {
-  const auto firstByte = [](Vec32 v) HWY_ATTR { return hn::And(v, hn::Set(Tag32(), 0xFF)); };
-  const Vec8 drops = Drop(OfEach<Source>(quads, firstByte), Sum::kGreys);
-  return hn::Sub(sums, hn::IfThenElseZero(greys, drops));
-}
-
-// What the sums are where they are exact multiples, greys by their table if there are many, the
-// others in doubles.
-template <typename Sum, typename Source>
-HWY_NOINLINE Vec8 Mend(Vec8 sums, Vec16 rest0, Vec16 rest1, const Vec8 (&quads)[4]) {
+HWY_NOINLINE Vec8 MendPixels(Vec8 lumas, hn::Mask<Tag8> which, const Vec8 (&quads)[4]) {
   const Tag8 d;
   constexpr std::size_t n = HWY_MAX_BYTES;
-  hn::Mask<Tag8> exact = hn::Eq(Source::Order(PackBytes(rest0, rest1)), hn::Zero(d));
-  if (hn::CountTrue(d, exact) > 4) {
-    const hn::Mask<Tag8> greys = AreGrey<Source>(quads);
-    sums = MendGreys<Sum, Source>(sums, greys, quads);
-    exact = hn::AndNot(greys, exact);
-  }
   HWY_ALIGN std::uint8_t mended[n];
   HWY_ALIGN std::uint8_t pixels[4 * n];
   std::uint8_t bits[n / 8 + 8];
-  hn::Store(sums, d, mended);
+  hn::Store(lumas, d, mended);
   for (std::size_t k = 0; k < 4; ++k) {
     hn::Store(quads[k], d, pixels + k * n);
   }
-  const std::size_t bytes = hn::StoreMaskBits(d, exact, bits);
+  const std::size_t bytes = hn::StoreMaskBits(d, which, bits);
   for (std::size_t byte = 0; byte < bytes; ++byte) {
     for (unsigned left = bits[byte]; left != 0; left &= left - 1) {
       const std::size_t i = 8 * byte + static_cast<std::size_t>(std::countr_zero(left));
       const std::uint8_t* p = pixels + Source::Place(i);
-      const std::uint8_t red = p[Source::kBlueFirst ? 2 : 0];
-      const std::uint8_t blue = p[Source::kBlueFirst ? 0 : 2];
-      mended[i] = static_cast<std::uint8_t>(Sum::InDoubles(red, p[1], blue));
+      const double red = p[Source::kBlueFirst ? 2 : 0];
+      const double blue = p[Source::kBlueFirst ? 0 : 2];
+      mended[i] = static_cast<std::uint8_t>(scalar::Luma(red, p[1], blue));
     }
   }
   return hn::Load(d, mended);
 }
 
-template <typename Sum, typename Source>
-HWY_INLINE Vec8 SumsOf(const Vec8 (&quads)[4]) {
+// Lumas of which some are exact multiples: greys by their table, the few others in doubles.
+template <typename Source>
+HWY_INLINE Vec8 MendLumas(Vec8 lumas, Vec16 rest0, Vec16 rest1, const Vec8 (&quads)[4]) {
+  const Tag8 d;
+  const auto difference = [](Vec32 v) HWY_ATTR {
+    const Vec32 rest = hn::And(hn::Xor(v, hn::ShiftRight<8>(v)), hn::Set(Tag32(), 0xFFFF));
+    return hn::Min(rest, hn::Set(Tag32(), 1));
+  };
+  const auto greys = hn::Eq(OfEach<Source>(quads, difference), hn::Zero(d));
+  const auto exact = hn::Eq(Source::Order(PackBytes(rest0, rest1)), hn::Zero(d));
+  const Vec8 mended = hn::Sub(lumas, hn::IfThenElseZero(greys, Drop(lumas, kLumaDrops)));
+  const auto others = hn::AndNot(greys, exact);
+  return HWY_UNLIKELY(!hn::AllFalse(d, others)) ? MendPixels<Source>(mended, others, quads)
+                                                : mended;
+}
+
+template <typename Source>
+HWY_INLINE Vec8 LumaOfQuads(const Vec8 (&quads)[4]) {
   Vec16 rest0, rest1;
-  const Vec16 low = Quotient<Sum, Source::kBlueFirst>(quads[0], quads[1], rest0);
-  const Vec16 high = Quotient<Sum, Source::kBlueFirst>(quads[2], quads[3], rest1);
-  const Vec8 sums = Source::Order(PackBytes(low, high));
-  if constexpr (Sum::kDrops) {
-    const Vec16 least = hn::Min(rest0, rest1);
-    if (HWY_UNLIKELY(!hn::AllFalse(Tag16(), hn::Eq(least, hn::Zero(Tag16()))))) {
-      return Mend<Sum, Source>(sums, rest0, rest1, quads);
-    }
+  const Vec16 low = Quotient<kSumY, Source::kBlueFirst>(quads[0], quads[1], rest0);
+  const Vec16 high = Quotient<kSumY, Source::kBlueFirst>(quads[2], quads[3], rest1);
+  const Vec8 lumas = Source::Order(PackBytes(low, high));
+  const Mask16 exact = hn::Eq(hn::Min(rest0, rest1), hn::Zero(Tag16()));
+  return HWY_UNLIKELY(!hn::AllFalse(Tag16(), exact))
+             ? MendLumas<Source>(lumas, rest0, rest1, quads)
+             : lumas;
+}
+
+template <typename Source>
+HWY_INLINE Vec8 ChromaUOfQuads(const Vec8 (&quads)[4]) {
+  Vec16 rest0, rest1;
+  const Vec16 low = Quotient<kSumU, Source::kBlueFirst>(quads[0], quads[1], rest0);
+  const Vec16 high = Quotient<kSumU, Source::kBlueFirst>(quads[2], quads[3], rest1);
+  const Vec8 chroma = Source::Order(PackBytes(low, high));
+  const Mask16 exact = hn::Eq(hn::Min(rest0, rest1), hn::Zero(Tag16()));
+  if (HWY_LIKELY(hn::AllFalse(Tag16(), exact))) {
+    return chroma;
   }
-  return sums;
+  constexpr int kRed = Source::kBlueFirst ? 2 : 0;
+  return hn::Sub(chroma, DropsOfU(Channel<Source, kRed>(quads), Channel<Source, 1>(quads),
+                                  Channel<Source, 2 - kRed>(quads)));
+}
+
+// No exact multiple of V comes out lower in doubles.
+template <typename Source>
+HWY_INLINE Vec8 ChromaVOfQuads(const Vec8 (&quads)[4]) {
+  Vec16 rest;
+  return Source::Order(
+      PackBytes(Quotient<kSumV, Source::kBlueFirst>(quads[0], quads[1], rest),
+                Quotient<kSumV, Source::kBlueFirst>(quads[2], quads[3], rest)));
 }
 
 #endif  // KORVEX2_X86

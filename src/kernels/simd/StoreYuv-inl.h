@@ -25,16 +25,16 @@ template <typename Load>
 HWY_INLINE Vec8 GetLuma(const std::uint8_t* p) {
   Vec8 quads[4];
   Quads<Load>::Get(p, quads);
-  return SumsOf<SumY, Quads<Load>>(quads);
+  return LumaOfQuads<Quads<Load>>(quads);
 }
 
 template <typename Load>
 HWY_INLINE void GetYuv(const std::uint8_t* p, Vec8& y, Vec8& u, Vec8& v) {
   Vec8 quads[4];
   Quads<Load>::Get(p, quads);
-  y = SumsOf<SumY, Quads<Load>>(quads);
-  u = SumsOf<SumU, Quads<Load>>(quads);
-  v = SumsOf<SumV, Quads<Load>>(quads);
+  y = LumaOfQuads<Quads<Load>>(quads);
+  u = ChromaUOfQuads<Quads<Load>>(quads);
+  v = ChromaVOfQuads<Quads<Load>>(quads);
 }
 
 #else
