@@ -55,9 +55,10 @@ std::size_t EncodeLuma16(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY
                          std::size_t pixels) {
   std::size_t done = 0;
   for (; done + 64 <= pixels; done += 64) {
-    const std::uint8_t* p = src + done / 2 * Sums::kBytesOfTwo;
-    Store::Put(GetLuma16<Sums>(p), GetLuma16<Sums>(p + 16 * Sums::kBytesOfTwo),
-               dst + done / 2 * Store::kBytesOfTwo);
+    const std::uint8_t* from = src + done / 2 * Sums::kBytesOfTwo;
+    std::uint8_t* to = dst + done / 2 * Store::kBytesOfTwo;
+    PrefetchAhead<Sums::kBytesOfTwo, Store::kBytesOfTwo>(from, to);
+    Store::Put(GetLuma16<Sums>(from), GetLuma16<Sums>(from + 16 * Sums::kBytesOfTwo), to);
   }
   return done;
 }
