@@ -27,8 +27,8 @@ constexpr std::uint64_t kMaxBytes = std::numeric_limits<std::uint32_t>::max();
 // One cache line, and the widest vector of any processor we run on.
 constexpr std::align_val_t kAlignment{64};
 
-// Faulting in a large frame page by page takes longer than converting it, so what is whole huge pages
-// of it asks to be that. A wish, no more.
+// Faulting in a large frame page by page takes longer than converting it, so what is whole huge
+// pages of it asks to be that. A wish, no more.
 void AskForHugePages([[maybe_unused]] void* buffer, [[maybe_unused]] std::size_t size) noexcept {
 #ifdef MADV_HUGEPAGE
   constexpr std::size_t kHugePage = std::size_t{2} << 20;

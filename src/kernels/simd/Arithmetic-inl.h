@@ -187,9 +187,9 @@ HWY_INLINE Vec8 UOfGrey(Vec8 grey) {
   return hn::Sub(hn::Set(Tag8(), 128), Drop(grey, kUDrops));
 }
 
-// 1 where the double sum of U is below the quotient of its S. S is a multiple of 1000 where R = G and
-// B - R is even, nowhere else, and the double sum then falls short for twelve values of R = G, the
-// ones that it falls short for in greys, with all B up to R.
+// 1 where the double sum of U is below the quotient of its S. S is a multiple of 1000 where R = G
+// and B - R is even, nowhere else, and the double sum then falls short for twelve values of R = G,
+// the ones that it falls short for in greys, with all B up to R.
 HWY_INLINE Vec8 DropsOfU(Vec8 r, Vec8 g, Vec8 b) {
   const auto multiple = hn::And(hn::Eq(r, g), hn::Eq(hn::Min(r, b), b));
   const Vec8 odd = hn::Xor(r, b);

@@ -56,8 +56,8 @@ HWY_INLINE void Split422(const std::uint8_t* p, Vec8& y, Vec16& uv) {
 
 // Each word of half a vector, and of another, in turn.
 HWY_INLINE Vec8 Weave(hn::Vec<Half16> first, hn::Vec<Half16> second) {
-  return AsBytes(hn::Or(hn::PromoteTo(Tag32(), first),
-                        hn::ShiftLeft<16>(hn::PromoteTo(Tag32(), second))));
+  return AsBytes(
+      hn::Or(hn::PromoteTo(Tag32(), first), hn::ShiftLeft<16>(hn::PromoteTo(Tag32(), second))));
 }
 
 // U Y0 Y1 V Y2 Y3, as the words U | Y0, Y1 | V, Y2 | Y3.

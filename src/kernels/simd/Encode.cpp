@@ -77,17 +77,53 @@ FastKernel FindLuma16(Routine routine) {
 
 #else
 
-// In doubles throughout.
+// S = 299 R + 587 G + 114 B of half a vector of samples.
+HWY_INLINE Vec32 SumOf(hn::Vec<Half16> r, hn::Vec<Half16> g, hn::Vec<Half16> b) {
+  const Tag32 d;
+  const Vec32 red = hn::Mul(hn::PromoteTo(d, r), hn::Set(d, 299));
+  const Vec32 green = hn::Mul(hn::PromoteTo(d, g), hn::Set(d, 587));
+  return hn::Add(hn::Add(red, green), hn::Mul(hn::PromoteTo(d, b), hn::Set(d, 114)));
+}
+
+// floor(S / 1000) and what is left; in floats first, which may be off by one.
+HWY_INLINE Vec32 LumaOfSum(Vec32 sum, Vec32& rest) {
+  const hn::RebindToSigned<Tag32> d;
+  const hn::RebindToFloat<Tag32> f;
+  const auto thousand = hn::Set(d, 1000);
+  const auto signedSum = hn::BitCast(d, sum);
+  auto luma = hn::ConvertTo(d, hn::Mul(hn::ConvertTo(f, signedSum), hn::Set(f, 0.001F)));
+  auto left = hn::Sub(signedSum, hn::Mul(luma, thousand));
+  const auto below = hn::BroadcastSignBit(left);
+  luma = hn::Add(luma, below);
+  left = hn::Add(left, hn::And(below, thousand));
+  const auto above = hn::VecFromMask(d, hn::Gt(left, hn::Set(d, 999)));
+  rest = hn::BitCast(Tag32(), hn::Sub(left, hn::And(above, thousand)));
+  return hn::BitCast(Tag32(), hn::Sub(luma, above));
+}
+
+HWY_INLINE hn::Vec<Half16> ToHalfWords(Vec32 v) {
+  return hn::DemoteTo(Half16(), hn::BitCast(hn::RebindToSigned<Tag32>(), v));
+}
+
 std::size_t LumaOfRgb16(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRICT dst,
                         std::size_t pixels) {
   const Tag16 d;
+  const Half16 half;
   const std::size_t n = hn::Lanes(d);
   std::size_t done = 0;
   for (; done + n <= pixels; done += n) {
     Vec16 r, g, b;
+    Vec32 rest0, rest1;
     hn::LoadInterleaved3(d, reinterpret_cast<const std::uint16_t*>(src + 6 * done), r, g, b);
-    hn::StoreU(InDoubles(LumaOfDoubles(), r, g, b), d,
-               reinterpret_cast<std::uint16_t*>(dst + 2 * done));
+    const Vec32 low = LumaOfSum(SumOf(hn::LowerHalf(r), hn::LowerHalf(g), hn::LowerHalf(b)), rest0);
+    const Vec32 high = LumaOfSum(
+        SumOf(hn::UpperHalf(half, r), hn::UpperHalf(half, g), hn::UpperHalf(half, b)), rest1);
+    Vec16 luma = hn::Combine(d, ToHalfWords(high), ToHalfWords(low));
+    const auto exact = hn::Eq(hn::Min(rest0, rest1), hn::Zero(Tag32()));
+    if (HWY_UNLIKELY(!hn::AllFalse(Tag32(), exact))) {
+      luma = InDoubles(LumaOfDoubles(), r, g, b);
+    }
+    hn::StoreU(luma, d, reinterpret_cast<std::uint16_t*>(dst + 2 * done));
   }
   return done / 4 * 4;
 }

@@ -1,8 +1,9 @@
 // Pixels of 3 and 4 interleaved channels, as one vector a channel.
 //
 // A Load reads the pixels of one vector of bytes from a format, a Store writes them to another; a
-// pixel is (red, green, blue, alpha), 8 bits each; kBytesOfTwo are the bytes of two pixels. Formats of 16 bits keep the high byte of what
-// they load and repeat the byte in what they store. Included once per instruction set.
+// pixel is (red, green, blue, alpha), 8 bits each; kBytesOfTwo are the bytes of two pixels. Formats
+// of 16 bits keep the high byte of what they load and repeat the byte in what they store. Included
+// once per instruction set.
 
 #if defined(KORVEX2_INTERLEAVE_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KORVEX2_INTERLEAVE_INL_H_
@@ -143,8 +144,8 @@ HWY_INLINE Vec8 Permute(Vec8 v, const DoubleWordTable& table) {
   return AsBytes(hn::TableLookupLanes(AsDoubleWords(v), hn::SetTableIndices(d, table.at)));
 }
 
-// Four channels as four vectors of pixels of four bytes: block b of vector k holds pixels 16 b + 4 k
-// to 16 b + 4 k + 3.
+// Four channels as four vectors of pixels of four bytes: block b of vector k holds pixels 16 b + 4
+// k to 16 b + 4 k + 3.
 HWY_INLINE void JoinFour(Vec8 a, Vec8 b, Vec8 c, Vec8 d, Vec8 (&quads)[4]) {
   const Vec16 ab0 = AsWords(hn::InterleaveLower(Tag8(), a, b));
   const Vec16 ab1 = AsWords(hn::InterleaveUpper(Tag8(), a, b));
@@ -383,8 +384,8 @@ using StoreBgru = StoreSwapped<StoreRgbu>;
 using StoreBgr16 = StoreSwapped<StoreRgb16>;
 using StoreBgru16 = StoreSwapped<StoreRgbu16>;
 
-// Asks for the bytes of a vector of pixels that are some way ahead, to be read and to be written: what
-// arithmetic keeps waiting the memory can use. Past the end of a run it does no harm.
+// Asks for the bytes of a vector of pixels that are some way ahead, to be read and to be written:
+// what arithmetic keeps waiting the memory can use. Past the end of a run it does no harm.
 template <std::size_t SourceBytesOfTwo, std::size_t DestinationBytesOfTwo>
 HWY_INLINE void PrefetchAhead([[maybe_unused]] const std::uint8_t* src,
                               [[maybe_unused]] const std::uint8_t* dst) {
@@ -402,7 +403,7 @@ HWY_INLINE void PrefetchAhead([[maybe_unused]] const std::uint8_t* src,
 /// Moves whole vectors of pixels from one format to another; answers how many pixels it did.
 template <typename Load, typename Store>
 std::size_t MovePixels(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRICT dst,
-                 std::size_t pixels) {
+                       std::size_t pixels) {
   const std::size_t n = hn::Lanes(Tag8());
   std::size_t done = 0;
   for (; done + n <= pixels; done += n) {

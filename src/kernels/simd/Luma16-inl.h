@@ -1,4 +1,5 @@
-// Luma of 16-bit samples: S = 299 R + 587 G + 114 B takes 26 bits. Included once per instruction set.
+// Luma of 16-bit samples: S = 299 R + 587 G + 114 B takes 26 bits. Included once per instruction
+// set.
 
 #if defined(KORVEX2_LUMA16_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KORVEX2_LUMA16_INL_H_

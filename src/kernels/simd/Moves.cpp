@@ -28,21 +28,21 @@ struct Layout {
 };
 
 //                          channels bytes  blueFirst
-constexpr Layout kY8 =     {1,       1,     false};
-constexpr Layout kRgb =    {3,       1,     false};
-constexpr Layout kBgr =    {3,       1,     true};
-constexpr Layout kRgbu =   {4,       1,     false};
-constexpr Layout kBgru =   {4,       1,     true};
-constexpr Layout kY16 =    {1,       2,     false};
-constexpr Layout kRgb16 =  {3,       2,     false};
-constexpr Layout kBgr16 =  {3,       2,     true};
-constexpr Layout kRgbu16 = {4,       2,     false};
-constexpr Layout kBgru16 = {4,       2,     true};
+constexpr Layout kY8 = {1, 1, false};
+constexpr Layout kRgb = {3, 1, false};
+constexpr Layout kBgr = {3, 1, true};
+constexpr Layout kRgbu = {4, 1, false};
+constexpr Layout kBgru = {4, 1, true};
+constexpr Layout kY16 = {1, 2, false};
+constexpr Layout kRgb16 = {3, 2, false};
+constexpr Layout kBgr16 = {3, 2, true};
+constexpr Layout kRgbu16 = {4, 2, false};
+constexpr Layout kBgru16 = {4, 2, true};
 
 #if KORVEX2_X86
 
-// Which byte of a source pixel becomes byte `at` of a pixel; kOpaque: none, it is 0xFF. A wider sample repeats
-// the byte, a narrower one keeps the high byte.
+// Which byte of a source pixel becomes byte `at` of a pixel; kOpaque: none, it is 0xFF. A wider
+// sample repeats the byte, a narrower one keeps the high byte.
 constexpr std::size_t kOpaque = SIZE_MAX;
 
 constexpr std::size_t SourceOf(Layout from, Layout to, std::size_t at) {
@@ -63,10 +63,10 @@ struct Gather {
   static constexpr std::size_t kMost = 3;
   static constexpr std::uint8_t kNowhere = 0x80;
   std::size_t loads = 0;
-  std::size_t offset[kMost] = {};   // bytes from the first pixel
-  ByteTable index[kMost] = {};      // kNowhere: another load has the byte, or none
-  std::uint64_t mask[kMost] = {};   // the bytes that a load has
-  ByteTable opaque = {};            // 0xFF at the bytes of an alpha that the source lacks
+  std::size_t offset[kMost] = {};  // bytes from the first pixel
+  ByteTable index[kMost] = {};     // kNowhere: another load has the byte, or none
+  std::uint64_t mask[kMost] = {};  // the bytes that a load has
+  ByteTable opaque = {};           // 0xFF at the bytes of an alpha that the source lacks
 };
 
 constexpr Gather MakeGather(Layout from, Layout to, std::size_t vector) {
@@ -132,7 +132,8 @@ std::size_t Move(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRIC
   for (; done + kVector <= pixels; done += kVector) {
     [&]<std::size_t... Vectors>(std::index_sequence<Vectors...>) HWY_ATTR {
       (MoveVector<From, To, Vectors>(src + done * From.pixel(), dst + done * To.pixel()), ...);
-    }(std::make_index_sequence<To.pixel()>());
+    }
+    (std::make_index_sequence<To.pixel()>());
   }
   return done;
 }
@@ -221,8 +222,8 @@ std::size_t Move(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRIC
   } else {
     using Load = decltype(LoadOf<From>());
     using Store = decltype(StoreOf<To>());
-    return MovePixels<Load, std::conditional_t<kSwap, StoreSwapped<Store>, Store>>(src, dst,
-                                                                                  pixels);
+    return MovePixels<Load, std::conditional_t<kSwap, StoreSwapped<Store>, Store> >(src, dst,
+                                                                                    pixels);
   }
 }
 

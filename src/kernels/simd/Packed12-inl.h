@@ -1,5 +1,5 @@
-// Packed 12-bit samples: two of them, A and B, in three bytes, A high, nibbles, B high. Included once
-// per instruction set.
+// Packed 12-bit samples: two of them, A and B, in three bytes, A high, nibbles, B high. Included
+// once per instruction set.
 
 #if defined(KORVEX2_PACKED12_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KORVEX2_PACKED12_INL_H_

@@ -30,8 +30,7 @@ std::size_t Pack16To12(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_R
   std::size_t done = 0;
   for (; done + n <= pixels; done += n) {
     const auto* words = reinterpret_cast<const std::uint16_t*>(src + 2 * done);
-    StorePacked12(hn::LoadU(Tag16(), words), hn::LoadU(Tag16(), words + n / 2),
-                  dst + done / 2 * 3);
+    StorePacked12(hn::LoadU(Tag16(), words), hn::LoadU(Tag16(), words + n / 2), dst + done / 2 * 3);
   }
   return done;
 }
@@ -62,7 +61,9 @@ HWY_INLINE Vec16 UnpackWords(const Picks& picks, Vec8 groups) {
 
 std::size_t Unpack12To16(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRICT dst,
                          std::size_t pixels) {
-  constexpr auto kPlace = [](std::size_t i) { return i / 4 * 3 + (i % 2 == 0 ? 1 : i % 4 / 2 * 2); };
+  constexpr auto kPlace = [](std::size_t i) {
+    return i / 4 * 3 + (i % 2 == 0 ? 1 : i % 4 / 2 * 2);
+  };
   static constexpr Picks kFirst = MakePicks(0, kPlace);
   static constexpr Picks kLast = MakePicks(0, [kPlace](std::size_t i) { return 16 + kPlace(i); });
   std::size_t done = 0;

@@ -61,8 +61,8 @@ struct Quads<LoadRgbu> : QuadsOfFour<false> {};
 template <>
 struct Quads<LoadBgru> : QuadsOfFour<true> {};
 
-// Three bytes a pixel: a quarter of the bytes that are loaded for a vector of quads is left over, at
-// its end, for the last vector at its beginning.
+// Three bytes a pixel: a quarter of the bytes that are loaded for a vector of quads is left over,
+// at its end, for the last vector at its beginning.
 template <bool BlueFirst>
 struct QuadsOfThree : InOrder {
   static constexpr bool kBlueFirst = BlueFirst;
@@ -84,8 +84,8 @@ struct QuadsOfThree : InOrder {
       }
       return t;
     }();
-    const Vec8 places = hn::Add(hn::Load(Tag8(), kPlaces.at),
-                                hn::Set(Tag8(), static_cast<std::uint8_t>(start)));
+    const Vec8 places =
+        hn::Add(hn::Load(Tag8(), kPlaces.at), hn::Set(Tag8(), static_cast<std::uint8_t>(start)));
     return Vec8{_mm512_permutexvar_epi8(places.raw, v.raw)};
 #else
     alignas(64) std::int32_t places[16];
@@ -159,8 +159,8 @@ template <bool BlueFirst>
 HWY_INLINE Vec8 WeightsOfQuads(Weights w) {
   const int first = BlueFirst ? w.blue : w.red;
   const int third = BlueFirst ? w.red : w.blue;
-  const auto bytes = static_cast<std::uint32_t>((first & 0xFF) | (w.green & 0xFF) << 8 |
-                                                (third & 0xFF) << 16);
+  const auto bytes =
+      static_cast<std::uint32_t>((first & 0xFF) | (w.green & 0xFF) << 8 | (third & 0xFF) << 16);
   return AsBytes(hn::Set(Tag32(), bytes));
 }
 
@@ -230,9 +230,9 @@ HWY_INLINE Vec16 Quotient(Vec8 quads0, Vec8 quads1, Vec16& rest) {
 // Something of each quad, in order.
 template <typename Source, typename Function>
 HWY_INLINE Vec8 OfEach(const Vec8 (&quads)[4], Function function) {
-  return Source::Order(PackBytes(
-      PackWords(function(AsDoubleWords(quads[0])), function(AsDoubleWords(quads[1]))),
-      PackWords(function(AsDoubleWords(quads[2])), function(AsDoubleWords(quads[3])))));
+  return Source::Order(
+      PackBytes(PackWords(function(AsDoubleWords(quads[0])), function(AsDoubleWords(quads[1]))),
+                PackWords(function(AsDoubleWords(quads[2])), function(AsDoubleWords(quads[3])))));
 }
 
 template <typename Source, int Byte>
@@ -290,9 +290,8 @@ HWY_INLINE Vec8 LumaOfQuads(const Vec8 (&quads)[4]) {
   const Vec16 high = Quotient<kSumY, Source::kBlueFirst>(quads[2], quads[3], rest1);
   const Vec8 lumas = Source::Order(PackBytes(low, high));
   const Mask16 exact = hn::Eq(hn::Min(rest0, rest1), hn::Zero(Tag16()));
-  return HWY_UNLIKELY(!hn::AllFalse(Tag16(), exact))
-             ? MendLumas<Source>(lumas, rest0, rest1, quads)
-             : lumas;
+  return HWY_UNLIKELY(!hn::AllFalse(Tag16(), exact)) ? MendLumas<Source>(lumas, rest0, rest1, quads)
+                                                     : lumas;
 }
 
 template <typename Source>
@@ -314,9 +313,8 @@ HWY_INLINE Vec8 ChromaUOfQuads(const Vec8 (&quads)[4]) {
 template <typename Source>
 HWY_INLINE Vec8 ChromaVOfQuads(const Vec8 (&quads)[4]) {
   Vec16 rest;
-  return Source::Order(
-      PackBytes(Quotient<kSumV, Source::kBlueFirst>(quads[0], quads[1], rest),
-                Quotient<kSumV, Source::kBlueFirst>(quads[2], quads[3], rest)));
+  return Source::Order(PackBytes(Quotient<kSumV, Source::kBlueFirst>(quads[0], quads[1], rest),
+                                 Quotient<kSumV, Source::kBlueFirst>(quads[2], quads[3], rest)));
 }
 
 #endif  // KORVEX2_X86
