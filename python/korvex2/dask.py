@@ -3,8 +3,8 @@
 >>> import dask.array, numpy as np, korvex2.dask
 >>> mosaics = dask.array.zeros((100, 480, 640), dtype=np.uint8, chunks=(10, 480, 640))
 >>> pictures = korvex2.dask.convert_blocks(mosaics, to="rgb8", from_="raw8", tile="rggb")
->>> pictures
-dask.array<_convert_block, shape=(100, 480, 640, 3), dtype=uint8, chunksize=(10, 480, 640, 3), chunktype=numpy.ndarray>
+>>> pictures.shape, pictures.dtype, pictures.numblocks
+((100, 480, 640, 3), dtype('uint8'), (10, 1, 1, 1))
 
 Nothing has been converted yet; pictures.compute(), or write_frames(pictures, folder).compute(), does so on whatever
 scheduler or cluster is in use. The workers need korvex2, and write_frames() a folder that all of them see.

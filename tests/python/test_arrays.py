@@ -136,7 +136,7 @@ def test_out_may_overlap_the_source():
     memory = garbage(1000)
     frame = memory[100:148].reshape(6, 8)
     expected = frame.astype(np.uint16) * 257
-    for start in (60, 90, 100, 130):
+    for start in (60, 91, 100, 130):
         memory[100:148] = (expected >> 8).ravel()
         out = memory[start:start + 96].view(np.uint16).reshape(6, 8)
         korvex2.convert(frame, "mono16", "mono8", out=out)

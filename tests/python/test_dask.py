@@ -216,51 +216,59 @@ def wait_for(condition, what):
         time.sleep(0.01)
 
 
-def test_a_killed_worker_loses_nothing(client, tmp_path):
-    frames = mosaics()
-    out = tmp_path / "out"
+def npy_files(folder):
+    return sorted(path.name for path in folder.glob("*.npy"))
 
-    def slowly(block):
-        time.sleep(0.05)
+
+def held_back(out, go):
+    """Pictures of mosaics() that are made for as long as `out` holds fewer than six, and then once `go` is there."""
+    def hold(block):
+        while len(npy_files(out)) >= 6 and not go.exists():
+            time.sleep(0.01)
         return block
 
-    pictures = korvex2.dask.convert_blocks(
-        dask.array.from_array(frames, chunks=(2, ROWS, COLS)).map_blocks(slowly, dtype=np.uint8), **TO_COLOUR)
+    array = dask.array.from_array(mosaics(), chunks=(2, ROWS, COLS))
+    return korvex2.dask.convert_blocks(array.map_blocks(hold, dtype=np.uint8), **TO_COLOUR)
+
+
+def test_a_killed_worker_loses_nothing(client, tmp_path):
+    out, go = tmp_path / "out", tmp_path / "go"
     workers = client.run(os.getpid)
     assert len(workers) == 2 and os.getpid() not in workers.values()
 
-    future = client.compute(korvex2.dask.write_frames(pictures, out))
-    wait_for(lambda: len(files(out)) >= 6, "the first frames")
+    future = client.compute(korvex2.dask.write_frames(held_back(out, go), out))
+    wait_for(lambda: len(npy_files(out)) >= 6, "the first frames")
     os.kill(next(iter(workers.values())), signal.SIGKILL)
-    assert not future.done(), "killed in the middle"
-    result = future.result(timeout=60)
+    assert not future.done() and len(npy_files(out)) < COUNT, "killed in the middle"
+    go.touch()
+    result = future.result(timeout=120)
 
     names = [f"{index:06}.npy" for index in range(COUNT)]
-    assert sorted({*result.written, *result.skipped}) == names
-    assert sorted(name for name in files(out) if not name.endswith(".part")) == names
-    assert all(np.array_equal(np.load(out / name), frame) for name, frame in zip(names, converted(frames, **TO_COLOUR)))
+    assert sorted({*result.written, *result.skipped}) == npy_files(out) == names
+    expected = converted(mosaics(), **TO_COLOUR)
+    assert all(np.array_equal(np.load(out / name), frame) for name, frame in zip(names, expected))
     assert set(workers.values()) - set(client.run(os.getpid).values()), "the worker was killed indeed"
 
 
 def test_a_stopped_run_is_resumed_on_the_cluster(client, tmp_path):
-    """And errors of the library come back as they are."""
-    out = tmp_path / "out"
-    array = dask.array.from_array(mosaics(), chunks=(2, ROWS, COLS))
-
-    def slowly(block):
-        time.sleep(0.05)
-        return block
-
-    pictures = korvex2.dask.convert_blocks(array.map_blocks(slowly, dtype=np.uint8), **TO_COLOUR)
+    out, go = tmp_path / "out", tmp_path / "go"
+    pictures = held_back(out, go)
     future = client.compute(korvex2.dask.write_frames(pictures, out))
-    wait_for(lambda: len(files(out)) >= 6, "the first frames")
+    wait_for(lambda: len(npy_files(out)) >= 6, "the first frames")
     future.cancel()
     client.restart()
-    done = len([name for name in files(out) if name.endswith(".npy")])
-    assert 6 <= done < COUNT
-    result = korvex2.dask.write_frames(pictures, out).compute(scheduler=client)
-    assert len(result.skipped) == done and len(result.written) == COUNT - done
+    done = npy_files(out)
+    assert 6 <= len(done) < COUNT
 
+    go.touch()
+    result = korvex2.dask.write_frames(pictures, out).compute(scheduler=client)
+    assert result.skipped == done and len(result.written) == COUNT - len(done)
+    assert len(npy_files(out)) == COUNT
+
+
+def test_errors_come_back_from_a_worker_as_they_are(client):
+    odd = dask.array.from_array(mosaics()[:, :5], chunks=(2, 5, COLS))
     with pytest.raises(korvex2.Error) as caught:
-        korvex2.dask.convert_blocks(array[:, :5], **TO_COLOUR).compute(scheduler=client)
+        korvex2.dask.convert_blocks(odd, **TO_COLOUR).compute(scheduler=client)
     assert caught.value.code is korvex2.ErrorCode.IMAGE_CONVERSION_FAILED
+    assert caught.value.message == "A mosaic has an even number of rows; this one has 5."
