@@ -128,8 +128,10 @@ std::size_t LumaOfRgb16(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_
   return done / 4 * 4;
 }
 
+// SSE4 mends its exact multiples in vectors of two doubles, slower than the plain loop throughout.
 FastKernel FindLuma16(Routine routine) {
-  return routine == Routine::ConvertRGB16ToY16 ? LumaOfRgb16 : nullptr;
+  constexpr bool kPays = HWY_TARGET != HWY_SSE4;
+  return kPays && routine == Routine::ConvertRGB16ToY16 ? LumaOfRgb16 : nullptr;
 }
 
 #endif
