@@ -35,7 +35,10 @@ constexpr Container kContainers[] = {
 };
 
 std::string ExtensionOf(const std::string& path) {
-  std::string extension = std::filesystem::path(path).extension().string();
+  std::string extension = path == "-" ? ".raw"
+                          : IsStandardStream(path)
+                              ? "." + path.substr(0, path.size() - 2)
+                              : std::filesystem::path(path).extension().string();
   for (char& c : extension) {
     c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   }
@@ -46,6 +49,13 @@ bool HasExtension(const Container& container, const std::string& extension) {
   return !extension.empty() &&
          (' ' + std::string(container.extensions) + ' ').find(' ' + extension + ' ') !=
              std::string::npos;
+}
+
+const Container* FindContainer(const std::string& path) {
+  const std::string extension = ExtensionOf(path);
+  const auto* found = std::ranges::find_if(
+      kContainers, [&](const Container& container) { return HasExtension(container, extension); });
+  return found == std::end(kContainers) ? nullptr : found;
 }
 
 std::string AllExtensions() {
@@ -89,14 +99,13 @@ std::string NamesHeldBy(const Container& container) {
   return names;
 }
 
-Image ReadHeaderless(const std::string& path, const InputShape& shape) {
-  const InputFile file(path);
+Image ReadHeaderless(const InputFile& file, const InputShape& shape) {
   if (shape.format != nullptr && shape.width && shape.height) {
     return ReadDump(file, *shape.format, *shape.width, *shape.height, shape.tile.value_or(NONE));
   }
   const std::string sizes = shape.format == nullptr ? "" : CommonSizes(*shape.format, file.size());
-  throw UsageFailure("{} has no header: say --from, --width and --height (it has {} bytes{})", path,
-                     file.size(), sizes.empty() ? "" : ", as " + sizes + " would");
+  throw UsageFailure("{} has no header: say --from, --width and --height (it has {} bytes{})",
+                     file.path(), file.size(), sizes.empty() ? "" : ", as " + sizes + " would");
 }
 
 void RequireSameSize(const std::string& path, const Raster& raster, const InputShape& shape) {
@@ -124,14 +133,15 @@ std::span<const Container> Containers() {
 }
 
 const Container& ContainerOf(const std::string& path) {
-  const std::string extension = ExtensionOf(path);
-  for (const Container& container : kContainers) {
-    if (HasExtension(container, extension)) {
-      return container;
-    }
+  if (const Container* container = FindContainer(path)) {
+    return *container;
   }
   throw Failure("the name {} does not say what kind of file it is; let it end in one of {}", path,
                 AllExtensions());
+}
+
+bool HasContainer(const std::string& path) {
+  return FindContainer(path) != nullptr;
 }
 
 bool Holds(const Container& container, PixelFormat format) {
@@ -155,25 +165,32 @@ void RequireHolds(const std::string& path, PixelFormat format) {
 
 Image ReadImage(const std::string& path, const InputShape& shape) {
   const Container& container = ContainerOf(path);
+  return ReadImage(InputFile(path), container, shape);
+}
+
+Image ReadImage(const InputFile& file, const Container& container, const InputShape& shape) {
   if (container.read == nullptr) {
-    return ReadHeaderless(path, shape);
+    return ReadHeaderless(file, shape);
   }
-  Raster raster = container.read(InputFile(path));
-  RequireSameSize(path, raster, shape);
-  const BayerTileFormat tile = TileOf(path, raster, shape);
-  return ToImage(std::move(raster), shape.format, tile, path);
+  Raster raster = container.read(file);
+  RequireSameSize(file.path(), raster, shape);
+  const BayerTileFormat tile = TileOf(file.path(), raster, shape);
+  return ToImage(std::move(raster), shape.format, tile, file.path());
 }
 
 void WriteImage(const Image& image, const std::string& path) {
   RequireHolds(path, image.GetPixelFormat());
-  const Container& container = ContainerOf(path);
   OutputFile file(path);
+  WriteImage(image, ContainerOf(path), file);
+  file.Commit();
+}
+
+void WriteImage(const Image& image, const Container& container, OutputFile& file) {
   if (container.write == nullptr) {
     WriteDump(image, file);
   } else {
     container.write(ToRaster(image), file);
   }
-  file.Commit();
 }
 
 std::string ContainerHelp() {

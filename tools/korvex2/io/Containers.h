@@ -25,8 +25,12 @@ struct Container {
 
 std::span<const Container> Containers();
 
-/// The row for a file name; a Failure when its extension is none of the table's.
+/// The row for a file name, "-" (headerless) or "png:-"; a Failure when its extension is none of
+/// the table's.
 const Container& ContainerOf(const std::string& path);
+
+/// Whether a file name has an extension of the table.
+bool HasContainer(const std::string& path);
 
 /// Whether a file of this kind can be written with the samples of the format, losslessly.
 bool Holds(const Container& container, PixelFormat format);
@@ -43,9 +47,12 @@ struct InputShape {
 };
 
 Image ReadImage(const std::string& path, const InputShape& shape);
+Image ReadImage(const InputFile& file, const Container& container, const InputShape& shape);
 
 /// Writes the image or fails and leaves what was there.
 void WriteImage(const Image& image, const std::string& path);
+/// Appends the image to a file that is still to be committed.
+void WriteImage(const Image& image, const Container& container, OutputFile& file);
 
 /// A few lines for the help of commands that read and write images.
 std::string ContainerHelp();

@@ -90,7 +90,7 @@ bool LiesInside(const libraw_image_sizes_t& sizes) {
 }  // namespace
 
 Raster ReadRaw(const InputFile& file) {
-  const Bytes bytes = file.Read();
+  const Bytes& bytes = file.Read();
   const Raw raw(libraw_init(0));
   if (raw == nullptr) {
     throw std::bad_alloc();

@@ -274,7 +274,7 @@ void InvertGrey(Raster& raster) {
 }  // namespace
 
 Raster ReadTiff(const InputFile& file) {
-  const Bytes bytes = file.Read();
+  const Bytes& bytes = file.Read();
   Source source{bytes};
   const bool marked = bytes.size >= 4 && (std::memcmp(bytes.data.get(), "II", 2) == 0 ||
                                           std::memcmp(bytes.data.get(), "MM", 2) == 0);
