@@ -77,17 +77,12 @@ void RequireApart(const FrameList& frames, const OutputPattern& pattern) {
   }
 }
 
-// Files of frames one after the other.
-bool Appends(const Container& container) {
-  return container.write == nullptr;
-}
-
 void RequireOneFileWillDo(const FrameList& frames, const BatchOptions& options) {
   if (options.resume) {
     throw UsageFailure("--resume looks for files of single frames; put {{index:06}} into {}",
                        options.output);
   }
-  if (!Appends(ContainerOf(options.output)) && frames.count() != 1 &&
+  if (!ContainerOf(options.output).appends && frames.count() != 1 &&
       !IsStandardStream(options.output)) {
     throw UsageFailure(
         "{} inputs or frames do not fit into {}; put {{name}} or {{index:06}} into its name",
@@ -229,7 +224,7 @@ class Batch {
   bool IsWhole(const Frame& frame) const {
     try {
       const Container& container = ContainerOf(frame.output);
-      if (container.read == nullptr) {
+      if (container.read == nullptr && container.readImage == nullptr) {
         return InputFile(frame.output).size() != 0;
       }
       return Holds(ContainerOf(frame.output),

@@ -121,7 +121,7 @@ FrameList::FrameList(std::vector<std::string> inputs, const FrameLayout& layout)
 }
 
 bool FrameList::HoldsMany(const std::string& path) const {
-  return m_layout.backToBack && HasContainer(path) && ContainerOf(path).read == nullptr;
+  return m_layout.backToBack && HasContainer(path) && IsHeaderless(ContainerOf(path));
 }
 
 // A file that cannot be looked at counts as one frame, which then fails.

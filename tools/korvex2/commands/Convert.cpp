@@ -14,6 +14,7 @@
 #include "Conversion.h"
 #include "Failure.h"
 #include "FrameList.h"
+#include "Look.h"
 #include "Names.h"
 #include "commands/Commands.h"
 #include "io/Containers.h"
@@ -40,6 +41,10 @@ struct Options {
   bool resume = false;
   bool failFast = false;
   bool jsonProgress = false;
+  std::string crop;
+  std::string whiteBalance;
+  std::string stretch;
+  std::optional<double> gamma;
 
   const std::string& output() const { return more.back(); }
   std::vector<std::string> inputs() const {
@@ -62,10 +67,16 @@ a camera's raw file:
 An output that exists is replaced once the new one is complete. "-" is standard input or output
 without a header, "png:-" one with the file format of that extension.
 
+Y4M for players and encoders: --to yuv444, yuv422, yuv411 or mono8.
+
+To look at dark or linear frames: --crop, --white-balance, --stretch and --gamma come after the
+conversion, in this order whatever theirs is, and change what the converter made. For a source of
+more than 8 bits they work on 16 bits, and an 8-bit result is rounded once, at the end.
+
 Many frames: give many inputs (folders and quoted globs among them), and an output with {name} (of
 the input), {index:06} (counts what is converted) or {frame} (counts in the file), each from 0. A
 headerless file holds many frames when --frames, --skip, --every, --header-bytes or --frame-bytes
-is given. A headerless output without {} takes all frames one after the other. Folders of outputs
+is given. A .raw or .y4m output without {} takes all frames one after the other. Folders of outputs
 are made. At most 2 frames for each job are in memory. A frame that fails is named and counted, and
 the others go on; the exit code is then 1. Ctrl-C ends the frames that are begun, a second one ends
 at once. --resume takes a file that is there and can be read as done, whatever it was made from.
@@ -78,11 +89,14 @@ Examples:
   korvex2 convert capture.dng photo.png --method rigorous --to rgb16
   korvex2 convert capture.dng frame.raw --to raw16
   korvex2 convert frame.raw photo.png --from Mono12Packed --width 640 --height 480 --to mono16
+  korvex2 convert capture.dng look.png --to rgb8 --white-balance grey --stretch 0.5,99.5 --gamma 2.2
   korvex2 convert captures 'out/{name}.png' --to rgb8 --resume
   korvex2 convert dump.raw 'out/{index:06}.png' --from raw12 --tile rggb --width 1920
       --height 1080 --header-bytes 512 --every 10 --to rgb8
   camera | korvex2 convert - - --from raw8 --tile rggb --width 640 --height 480 --frames all
-      --to rgb8 | ffmpeg -f rawvideo -pixel_format rgb24 -video_size 640x480 -i - out.mkv)";
+      --to rgb8 | ffmpeg -f rawvideo -pixel_format rgb24 -video_size 640x480 -i - out.mkv
+  korvex2 convert dump.raw y4m:- --from raw8 --tile rggb --width 640 --height 480 --frames all
+      --to yuv444 | mpv -)";
 
 // --tile, or the tile that --from names.
 std::optional<BayerTileFormat> TileOf(const Options& options) {
@@ -135,6 +149,11 @@ InputShape ShapeOf(const Options& options) {
   return shape;
 }
 
+Look LookOf(const Options& options) {
+  return {ParseCrop(options.crop), ParseWhiteBalance(options.whiteBalance),
+          ParseStretch(options.stretch), options.gamma};
+}
+
 // How a frame becomes another one.
 class Conversion {
  public:
@@ -142,14 +161,20 @@ class Conversion {
       : m_options(options),
         target(ParseFormat("--to", options.to).format),
         shape(ShapeOf(options)),
-        method(options.method.empty() ? DEFAULT : ParseMethod(options.method)) {}
+        method(options.method.empty() ? DEFAULT : ParseMethod(options.method)),
+        look(LookOf(options)) {
+    RequireAdjustable(look, target);
+  }
 
   Image Read(const InputFile& file, const Container& container) const {
     Image source = ReadImage(file, container, shape);
     CheckRawOptions(m_options, source, target, file.path());
     return source;
   }
-  Image Convert(Image source) const { return Converted(std::move(source), target, method); }
+  Image Convert(Image source) const {
+    const PixelFormat format = FormatBeforeLook(look, source.GetPixelFormat(), target);
+    return WithLook(Converted(std::move(source), format, method), look, target);
+  }
 
  private:
   const Options& m_options;
@@ -158,6 +183,7 @@ class Conversion {
   const PixelFormat target;
   const InputShape shape;
   const ColorProcessingAlgorithm method;
+  const Look look;
 };
 
 void RunOne(const Options& options, const Globals& globals) {
@@ -242,7 +268,7 @@ void RunMany(const Options& options, const Globals& globals) {
   RequireHolds(options.output(), conversion.target);
   const std::vector<std::string> files = ExpandInputs(options.inputs());
   const bool hasHeaderless = std::ranges::any_of(files, [](const std::string& file) {
-    return HasContainer(file) && ContainerOf(file).read == nullptr;
+    return HasContainer(file) && IsHeaderless(ContainerOf(file));
   });
   if (hasHeaderless) {
     RequireTile(conversion);
@@ -269,6 +295,21 @@ void RunMany(const Options& options, const Globals& globals) {
 
 void Run(const Options& options, const Globals& globals) {
   options.IsBatch() ? RunMany(options, globals) : RunOne(options, globals);
+}
+
+void AddLookOptions(CLI::App& command, Options& options) {
+  command.add_option("--crop", options.crop, "x,y,width,height: the part of the result to keep")
+      ->check(NotEmpty);
+  command
+      .add_option("--white-balance", options.whiteBalance,
+                  "grey, or r,g,b: what colours are multiplied by")
+      ->check(NotEmpty);
+  command
+      .add_option("--stretch", options.stretch,
+                  "low,high: the percentiles that become black and white")
+      ->check(NotEmpty);
+  command.add_option("--gamma", options.gamma, "Brightens by the exponent 1/gamma, such as 2.2")
+      ->check(CLI::Range(0.01, 100.0));
 }
 
 void AddBatchOptions(CLI::App& command, Options& options) {
@@ -321,6 +362,7 @@ void AddConvertCommand(CLI::App& app, const Globals& globals) {
           "--method", options->method,
           "How to make colour of a raw input: " + MethodNames() + "; none shows the mosaic as grey")
       ->check(NotEmpty);
+  AddLookOptions(*command, *options);
   AddBatchOptions(*command, *options);
   command->footer(ContainerHelp() + kNotes);
   command->callback([options, &globals] { Run(*options, globals); });

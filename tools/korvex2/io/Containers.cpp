@@ -7,10 +7,12 @@
 #include "Failure.h"
 #include "Names.h"
 #include "io/Dump.h"
+#include "io/Npy.h"
 #include "io/Png.h"
 #include "io/Pnm.h"
 #include "io/Raw.h"
 #include "io/Tiff.h"
+#include "io/Y4m.h"
 
 namespace Korvex2::Tool {
 namespace {
@@ -18,6 +20,7 @@ namespace {
 constexpr unsigned kGrey = 1U << 1;
 constexpr unsigned kRgb = 1U << 3;
 constexpr unsigned kRgba = 1U << 4;
+constexpr unsigned kVideo = 1U << 5;
 constexpr unsigned kAnything = 0;
 constexpr unsigned kNothing = 1U << 0;
 
@@ -28,9 +31,11 @@ constexpr Container kContainers[] = {
     {"PPM", ".ppm",       kRgb,                 ReadPnm, WritePnm,  "RGB, 8 and 16 bits"},
     {"PNM", ".pnm",       kGrey | kRgb,         ReadPnm, WritePnm,  "grey and RGB, 8 and 16 bits"},
     {"PAM", ".pam",       kGrey | kRgb | kRgba, ReadPnm, WritePam,  "grey, RGB and RGBA, 8 and 16 bits"},
-    {"TIFF", ".tif .tiff", kNothing, ReadTiff, nullptr, "read only: grey, RGB and RGBA, 8 and 16 bits"},
+    {"TIFF", ".tif .tiff", kGrey | kRgb | kRgba, ReadTiff, WriteTiff, "grey, RGB and RGBA, 8 and 16 bits"},
+    {"NPY", ".npy",       kAnything,            nullptr, nullptr,   "an array of NumPy, any format", ReadNpy, WriteNpy},
+    {"Y4M", ".y4m",       kVideo,               nullptr, nullptr,   "write only: video of mono8, yuv411, yuv422, yuv444", nullptr, WriteY4m, true},
     {"DNG", ".dng .nef .cr2 .arw", kNothing, ReadRaw, nullptr, "read only: the mosaic of a camera's raw file, raw16"},
-    {"raw", ".raw .bin",  kAnything,            nullptr, nullptr,   "headerless, any format; reading needs --from, --width, --height"},
+    {"raw", ".raw .bin",  kAnything,            nullptr, nullptr,   "headerless, any format; reading needs --from, --width, --height", nullptr, WriteDump, true},
     // clang-format on
 };
 
@@ -108,11 +113,11 @@ Image ReadHeaderless(const InputFile& file, const InputShape& shape) {
                      file.path(), file.size(), sizes.empty() ? "" : ", as " + sizes + " would");
 }
 
-void RequireSameSize(const std::string& path, const Raster& raster, const InputShape& shape) {
-  if (shape.width.value_or(raster.width) != raster.width ||
-      shape.height.value_or(raster.height) != raster.height) {
+void RequireSameSize(const std::string& path, std::uint32_t width, std::uint32_t height,
+                     const InputShape& shape) {
+  if (shape.width.value_or(width) != width || shape.height.value_or(height) != height) {
     throw Failure("{} is {} x {} pixels; --width and --height are for headerless files", path,
-                  raster.width, raster.height);
+                  width, height);
   }
 }
 
@@ -144,7 +149,14 @@ bool HasContainer(const std::string& path) {
   return FindContainer(path) != nullptr;
 }
 
+bool IsHeaderless(const Container& container) {
+  return container.channels == kAnything && container.readImage == nullptr;
+}
+
 bool Holds(const Container& container, PixelFormat format) {
+  if (container.channels == kVideo) {
+    return FitsY4m(format);
+  }
   const unsigned channels = RasterChannels(format);
   return container.channels == kAnything ||
          (channels != 0 && (container.channels >> channels & 1U) != 0);
@@ -159,7 +171,10 @@ void RequireHolds(const std::string& path, PixelFormat format) {
   if (!Holds(container, format)) {
     throw Failure("{} does not fit into {}: {} holds {}; write one of {}, or convert --to {}",
                   NameOf(format), path, container.name, NamesHeldBy(container),
-                  ExtensionsThatHold(format), container.channels == kGrey ? "mono8" : "rgb8");
+                  ExtensionsThatHold(format),
+                  container.channels == kGrey    ? "mono8"
+                  : container.channels == kVideo ? "yuv444"
+                                                 : "rgb8");
   }
 }
 
@@ -169,11 +184,19 @@ Image ReadImage(const std::string& path, const InputShape& shape) {
 }
 
 Image ReadImage(const InputFile& file, const Container& container, const InputShape& shape) {
-  if (container.read == nullptr) {
+  if (IsHeaderless(container)) {
     return ReadHeaderless(file, shape);
   }
+  if (container.readImage != nullptr) {
+    Image image = container.readImage(file, shape.format, shape.tile.value_or(NONE));
+    RequireSameSize(file.path(), image.GetCols(), image.GetRows(), shape);
+    return image;
+  }
+  if (container.read == nullptr) {
+    throw Failure("cannot read {}: {} files are write only", file.path(), container.name);
+  }
   Raster raster = container.read(file);
-  RequireSameSize(file.path(), raster, shape);
+  RequireSameSize(file.path(), raster.width, raster.height, shape);
   const BayerTileFormat tile = TileOf(file.path(), raster, shape);
   return ToImage(std::move(raster), shape.format, tile, file.path());
 }
@@ -186,8 +209,8 @@ void WriteImage(const Image& image, const std::string& path) {
 }
 
 void WriteImage(const Image& image, const Container& container, OutputFile& file) {
-  if (container.write == nullptr) {
-    WriteDump(image, file);
+  if (container.writeImage != nullptr) {
+    container.writeImage(image, file);
   } else {
     container.write(ToRaster(image), file);
   }
@@ -203,6 +226,8 @@ std::string ContainerHelp() {
          "bits,\n"
          "colour and alpha come in as mono16, rgb8, rgbu, rgb16 or bgru16; the first picture of a "
          "TIFF.\n"
+         "NPY keeps the order of the format: H x W, H x W x channels, H x bytes of packed rows; 4\n"
+         "channels of 16 bits and mosaics need --from. Y4M says 25 frames a second.\n"
          "A camera's raw file says its tile. Nothing is developed: its samples are linear and "
          "keep\n"
          "their black level and their range (14 bits end at 16383), so pictures of it look dark.\n";

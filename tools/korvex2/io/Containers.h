@@ -16,11 +16,16 @@ namespace Korvex2::Tool {
 /// One row of the table of file formats.
 struct Container {
   std::string_view name;
-  std::string_view extensions;       ///< with their dots, separated by spaces
-  unsigned channels;                 ///< bit n: takes pictures of n channels; 0: takes any format
-  Raster (*read)(const InputFile&);  ///< null for headerless files
-  void (*write)(const Raster&, OutputFile&);  ///< null for headerless files and read-only ones
+  std::string_view extensions;  ///< with their dots, separated by spaces
+  unsigned channels;            ///< bit n: takes pictures of n channels; 0: takes any format
+  Raster (*read)(
+      const InputFile&);  ///< null for files that are no pictures, and for write-only ones
+  void (*write)(const Raster&, OutputFile&);  ///< null for those, and for read-only ones
   std::string_view description;
+  /// Instead of the two above, for files that hold what no Raster can.
+  Image (*readImage)(const InputFile&, const PixelFormatInfo* wanted, BayerTileFormat) = nullptr;
+  void (*writeImage)(const Image&, OutputFile&) = nullptr;
+  bool appends = false;  ///< takes one frame after the other
 };
 
 std::span<const Container> Containers();
@@ -28,6 +33,9 @@ std::span<const Container> Containers();
 /// The row for a file name, "-" (headerless) or "png:-"; a Failure when its extension is none of
 /// the table's.
 const Container& ContainerOf(const std::string& path);
+
+/// Whether nothing but the command line tells the shape of such a file.
+bool IsHeaderless(const Container& container);
 
 /// Whether a file name has an extension of the table.
 bool HasContainer(const std::string& path);
