@@ -27,9 +27,11 @@ Seconds Now() {
 // servers can be larger, but are shared.
 constexpr std::size_t kColdBytes = std::size_t{768} << 20;
 constexpr Seconds kShortestSample(100e-6);
-constexpr std::size_t kFewestRounds = 5;
+constexpr Seconds kSlowCall(
+    10e-3);  // to which a round more or less is expensive, and warmth nothing
+constexpr std::size_t kFewestSamples = 5;
+constexpr std::size_t kFewestSlowSamples = 3;
 constexpr std::size_t kMostRounds = 101;
-constexpr std::size_t kMostLiteralRounds = 5;
 
 const ImageConverter& Converter() {
   static const ImageConverter converter;
@@ -46,9 +48,8 @@ struct Contestant {
   std::string how;
   std::vector<double> samples = {};
   Seconds spent{0};
+  bool slow = false;
   std::size_t calls = 1;  ///< in a sample
-
-  bool IsLiteral() const { return name == "literal"; }
 };
 
 Contestant Ours(PixelFormat target) {
@@ -147,7 +148,6 @@ Image Checked(const Setting& setting, Slice& slice, Seconds* literalTime) {
   RunLiterally(slice.source, expected);
   *literalTime = Now() - start;
 
-  Ours(setting.target).run(slice);  // shapes the destination
   Smear(slice.destination);
   Ours(setting.target).run(slice);
   if (std::memcmp(slice.destination.GetData(), expected.GetData(), FrameBytes(expected)) != 0) {
@@ -169,14 +169,10 @@ class Race {
   Race(const Setting& setting, std::vector<Slice>& slices) : m_setting(setting), m_slices(slices) {}
 
   void Run(std::vector<Contestant>& contestants) {
-    for (Contestant& contestant : contestants) {
-      if (contestant.samples.empty()) Calibrate(contestant);
-    }
-    const Seconds begin = Now();
+    for (Contestant& contestant : contestants) Calibrate(contestant);
     for (std::size_t round = 0; round < kMostRounds; ++round) {
-      if (round >= kFewestRounds && Now() - begin > m_setting.budget) break;
       for (Contestant& contestant : contestants) {
-        if (!contestant.IsLiteral() || MayRunAgain(contestant)) Sample(contestant);
+        if (MayRun(contestant)) Sample(contestant);
       }
     }
   }
@@ -185,17 +181,23 @@ class Race {
   // How many calls make a sample that the clock can resolve. Cold calls cannot be repeated.
   void Calibrate(Contestant& contestant) {
     Slice& slice = Next();
-    contestant.run(slice);
-    if (m_setting.cache == Cache::Cold) return;
+    if (contestant.samples.empty()) contestant.run(slice);
     const Seconds start = Now();
     contestant.run(slice);
     const Seconds once = Now() - start;
-    contestant.calls = static_cast<std::size_t>(std::max(1.0, std::ceil(kShortestSample / once)));
+    contestant.slow = once > kSlowCall;
+    if (contestant.slow && m_setting.cache == Cache::Hot) {
+      contestant.samples.push_back(once.count());
+      contestant.spent += once;
+    }
+    if (m_setting.cache == Cache::Hot) {
+      contestant.calls = static_cast<std::size_t>(std::max(1.0, std::ceil(kShortestSample / once)));
+    }
   }
 
   void Sample(Contestant& contestant) {
     Slice& slice = Next();
-    if (m_setting.cache == Cache::Hot && !contestant.IsLiteral()) contestant.run(slice);
+    if (m_setting.cache == Cache::Hot && !contestant.slow) contestant.run(slice);
     const Seconds start = Now();
     for (std::size_t i = 0; i < contestant.calls; ++i) contestant.run(slice);
     const Seconds taken = Now() - start;
@@ -203,8 +205,9 @@ class Race {
     contestant.spent += taken;
   }
 
-  bool MayRunAgain(const Contestant& literal) const {
-    return literal.samples.size() < kMostLiteralRounds && literal.spent < m_setting.budget;
+  bool MayRun(const Contestant& contestant) const {
+    const std::size_t fewest = contestant.slow ? kFewestSlowSamples : kFewestSamples;
+    return contestant.samples.size() < fewest || contestant.spent < m_setting.budget;
   }
 
   Slice& Next() { return m_slices[m_next++ % m_slices.size()]; }
@@ -244,7 +247,6 @@ std::map<std::string, Measure> Hold(const Setting& setting, const std::vector<st
   try {
     Seconds literalTime{0};
     const Image expected = Checked(setting, slices.front(), &literalTime);
-    for (Slice& slice : slices) Ours(setting.target).run(slice);  // shapes all destinations
     for (const std::string& name : names) {
       std::optional<Contestant> contestant = Make(name, setting);
       if (!contestant) {
@@ -254,7 +256,7 @@ std::map<std::string, Measure> Hold(const Setting& setting, const std::vector<st
       if (!contestant->how.empty()) {
         measures[name].deviation = DeviationOf(*contestant, expected, slices.front());
       }
-      if (contestant->IsLiteral()) {
+      if (name == "literal") {
         contestant->samples.push_back(literalTime.count());
         contestant->spent = literalTime;
       }

@@ -23,7 +23,7 @@ struct Setting {
   FrameSize size;
   Cache cache;
   Content content;
-  std::chrono::duration<double> budget;  ///< for the contestants together, roughly
+  std::chrono::duration<double> budget;  ///< for each contestant, roughly
 };
 
 /// What a contestant took for a frame, and what it made.

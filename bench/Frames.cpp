@@ -145,6 +145,7 @@ std::vector<Slice> MakeSlices(PixelFormat source, PixelFormat target, FrameSize 
   for (std::size_t i = 0; i < count; ++i, memory += each) {
     Slice slice{Image(memory, sourceRoom), Image(memory + sourceRoom, destinationRoom)};
     Shape(slice.source, source, size);
+    Shape(slice.destination, target, size);
     Repeat(patch, slice.source);
     slices.push_back(std::move(slice));
   }

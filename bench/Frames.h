@@ -19,8 +19,8 @@ enum class Content { Scene, Noise, Grey };
 
 /// A source and a destination for one conversion, side by side in the arena.
 struct Slice {
-  Image source;       ///< shaped and filled
-  Image destination;  ///< on a buffer that holds the target, not shaped
+  Image source;       ///< filled
+  Image destination;  ///< shaped as the conversion shapes it, so that it is a reused one
 };
 
 /// Bytes that a frame occupies, the last group completed.

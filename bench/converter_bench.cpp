@@ -30,7 +30,7 @@ constexpr const char* kUsage =
 --quick    hot at 1920x1080 and cold at 3840x2160, without literal and fresh
 --size     these sizes instead of the usual ones
 --cpu      an instruction set of `korvex2 info`
---budget   seconds for one contest, roughly (0.1)
+--budget   seconds for each contestant of a contest, roughly (0.02)
 
 Rows are named pair/size/cache/contestant, rgb8_to_yuv422/1920x1080/hot/ours; --benchmark_filter
 selects them. --benchmark_out=FILE writes JSON.
@@ -42,7 +42,7 @@ struct Options {
   Content content = Content::Scene;
   std::vector<FrameSize> sizes;
   std::optional<Cache> cache;
-  std::chrono::duration<double> budget{0.1};
+  std::chrono::duration<double> budget{0.02};
 };
 
 bool failed = false;
