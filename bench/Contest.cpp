@@ -6,6 +6,7 @@
 #include <cstring>
 #include <ctime>
 #include <stdexcept>
+#include <tuple>
 
 #include "ImageConverterARMStub.h"
 #include "Literal.h"
@@ -50,6 +51,11 @@ struct Contestant {
   Seconds spent{0};
   bool slow = false;
   std::size_t calls = 1;  ///< in a sample
+
+  void Take(Seconds sample) {
+    samples.push_back(sample.count() / static_cast<double>(calls));
+    spent += sample;
+  }
 };
 
 Contestant Ours(PixelFormat target) {
@@ -137,8 +143,14 @@ unsigned LargestDifference(const Image& a, const Image& b) {
   return static_cast<unsigned>(largest);
 }
 
+// What was found out about the bytes of a pair at a size; the same for hot and cold buffers.
+struct Verdict {
+  Seconds literalTime{0};
+  std::map<std::string, unsigned> deviations;  ///< of the peers
+};
+
 // Ours must be the literal result, byte for byte. Answers that result.
-Image Checked(const Setting& setting, Slice& slice, Seconds* literalTime) {
+Image Checked(const Setting& setting, Slice& slice, Verdict& verdict) {
   Image expected;
   const unsigned bits = Image::DetermineBitsPerPixel(setting.target);
   Expect(expected.SetDimensions(setting.size.rows, setting.size.cols,
@@ -146,7 +158,7 @@ Image Checked(const Setting& setting, Slice& slice, Seconds* literalTime) {
                                 slice.source.GetBayerTileFormat()));
   const Seconds start = Now();
   RunLiterally(slice.source, expected);
-  *literalTime = Now() - start;
+  verdict.literalTime = Now() - start;
 
   Smear(slice.destination);
   Ours(setting.target).run(slice);
@@ -156,10 +168,26 @@ Image Checked(const Setting& setting, Slice& slice, Seconds* literalTime) {
   return expected;
 }
 
-unsigned DeviationOf(const Contestant& peer, const Image& expected, Slice& slice) {
-  Smear(slice.destination);
-  peer.run(slice);
-  return LargestDifference(expected, slice.destination);
+Verdict Judge(const Setting& setting, const std::vector<Contestant>& contestants, Slice& slice) {
+  Verdict verdict;
+  const Image expected = Checked(setting, slice, verdict);
+  for (const Contestant& contestant : contestants) {
+    if (contestant.how.empty()) continue;
+    Smear(slice.destination);
+    contestant.run(slice);
+    verdict.deviations[contestant.name] = LargestDifference(expected, slice.destination);
+  }
+  return verdict;
+}
+
+const Verdict& VerdictOn(const Setting& setting, const std::vector<Contestant>& contestants,
+                         Slice& slice) {
+  using Key = std::tuple<PixelFormat, PixelFormat, unsigned, unsigned>;
+  static std::map<Key, Verdict> verdicts;
+  const Key key{setting.source, setting.target, setting.size.cols, setting.size.rows};
+  const auto known = verdicts.find(key);
+  if (known != verdicts.end()) return known->second;
+  return verdicts[key] = Judge(setting, contestants, slice);
 }
 
 // --- The times -----------------------------------------------------------------------------------
@@ -180,19 +208,16 @@ class Race {
  private:
   // How many calls make a sample that the clock can resolve. Cold calls cannot be repeated.
   void Calibrate(Contestant& contestant) {
+    if (!contestant.samples.empty()) return;
     Slice& slice = Next();
-    if (contestant.samples.empty()) contestant.run(slice);
+    contestant.run(slice);
     const Seconds start = Now();
     contestant.run(slice);
     const Seconds once = Now() - start;
     contestant.slow = once > kSlowCall;
-    if (contestant.slow && m_setting.cache == Cache::Hot) {
-      contestant.samples.push_back(once.count());
-      contestant.spent += once;
-    }
-    if (m_setting.cache == Cache::Hot) {
-      contestant.calls = static_cast<std::size_t>(std::max(1.0, std::ceil(kShortestSample / once)));
-    }
+    if (m_setting.cache == Cache::Cold) return;
+    contestant.calls = static_cast<std::size_t>(std::max(1.0, std::ceil(kShortestSample / once)));
+    if (contestant.slow) contestant.Take(once);
   }
 
   void Sample(Contestant& contestant) {
@@ -201,13 +226,13 @@ class Race {
     const Seconds start = Now();
     for (std::size_t i = 0; i < contestant.calls; ++i) contestant.run(slice);
     const Seconds taken = Now() - start;
-    contestant.samples.push_back(taken.count() / static_cast<double>(contestant.calls));
-    contestant.spent += taken;
+    contestant.Take(taken);
   }
 
   bool MayRun(const Contestant& contestant) const {
     const std::size_t fewest = contestant.slow ? kFewestSlowSamples : kFewestSamples;
-    return contestant.samples.size() < fewest || contestant.spent < m_setting.budget;
+    const bool literal = contestant.name == "literal";
+    return contestant.spent < m_setting.budget || (!literal && contestant.samples.size() < fewest);
   }
 
   Slice& Next() { return m_slices[m_next++ % m_slices.size()]; }
@@ -244,33 +269,26 @@ std::map<std::string, Measure> Hold(const Setting& setting, const std::vector<st
       MakeSlices(setting.source, setting.target, setting.size,
                  setting.cache == Cache::Cold ? kColdBytes : 1, setting.content);
   std::vector<Contestant> contestants;
-  try {
-    Seconds literalTime{0};
-    const Image expected = Checked(setting, slices.front(), &literalTime);
-    for (const std::string& name : names) {
-      std::optional<Contestant> contestant = Make(name, setting);
-      if (!contestant) {
-        measures[name].failure = "no way for frames of this size";
-        continue;
-      }
-      if (!contestant->how.empty()) {
-        measures[name].deviation = DeviationOf(*contestant, expected, slices.front());
-      }
-      if (name == "literal") {
-        contestant->samples.push_back(literalTime.count());
-        contestant->spent = literalTime;
-      }
+  for (const std::string& name : names) {
+    if (std::optional<Contestant> contestant = Make(name, setting)) {
       contestants.push_back(std::move(*contestant));
+    } else {
+      measures[name].failure = "has no way for frames of this size";
+    }
+  }
+  try {
+    const Verdict& verdict = VerdictOn(setting, contestants, slices.front());
+    for (Contestant& contestant : contestants) {
+      if (contestant.name == "literal") contestant.Take(verdict.literalTime);
+    }
+    Race(setting, slices).Run(contestants);
+    for (Contestant& contestant : contestants) {
+      Measure& measure = measures[contestant.name] = MeasureOf(contestant);
+      const auto deviation = verdict.deviations.find(contestant.name);
+      if (deviation != verdict.deviations.end()) measure.deviation = deviation->second;
     }
   } catch (const std::exception& failure) {
     for (const std::string& name : names) measures[name].failure = failure.what();
-    return measures;
-  }
-  Race(setting, slices).Run(contestants);
-  for (Contestant& contestant : contestants) {
-    const std::optional<unsigned> deviation = measures[contestant.name].deviation;
-    measures[contestant.name] = MeasureOf(contestant);
-    measures[contestant.name].deviation = deviation;
   }
   return measures;
 }
