@@ -122,8 +122,15 @@ def multiple(value):
     return "–" if value is None else f"{value:.1f} ×" if value >= 10 else f"{value:.2f} ×"
 
 
-def table(head, rows):
-    lines = [head, ["---"] + ["---:"] * (len(head) - 1)] + rows
+def timed(report, pair, place):
+    """A time with its multiple of memcpy."""
+    time = report.time(pair, *place)
+    return "–" if time is None else f"{ns(time)} ({multiple(report.times_memcpy(pair, *place))})"
+
+
+def table(head, rows, texts=1):
+    """The first `texts` columns hold words, the others figures."""
+    lines = [head, ["---"] * texts + ["---:"] * (len(head) - texts)] + rows
     return "\n".join("| " + " | ".join(line) + " |" for line in lines) + "\n"
 
 
@@ -162,7 +169,7 @@ def misses_section(report):
         return "Every pair stays below these bars.\n"
     rows = [[arrow(pair), kind_of(pair)] + [multiple(above.get(place)) for place in BARS] for pair, above in misses]
     return (f"{len(misses)} pairs lie above a bar, where a figure stands:\n\n"
-            + table(["conversion", "kind"] + [where(*place) for place in BARS], rows))
+            + table(["conversion", "kind"] + [where(*place) for place in BARS], rows, texts=2))
 
 
 def small_section(report):
@@ -206,8 +213,7 @@ def full_table(report, kind):
             continue
         ours = report.time(pair, *HOT)
         peer = report.best_peer(pair, *HOT)
-        cells = [f"{ns(report.time(pair, *place))} ({multiple(report.times_memcpy(pair, *place))})" for place in places]
-        rows.append([arrow(pair)] + cells + [
+        rows.append([arrow(pair)] + [timed(report, pair, place) for place in places] + [
             multiple(ratio(report.time(pair, *HOT, "fresh"), ours)),
             multiple(ratio(report.time(pair, *HOT, "literal"), ours)),
             f"{PEERS[peer[1]]} {multiple(ratio(peer[0], ours))}" if peer and ours else "none"])
@@ -228,7 +234,7 @@ One thread. Figures are nanoseconds of processor time per pixel, the {report.sta
 everyone takes turns; before, our bytes are compared with those of the plain loops.
 
 - **memcpy** is one call that moves half of input plus output, so that it reads and writes as many bytes in
-  all as the conversion does. It is what memory allows.
+  all as the conversion does.
 - **hot**: the same two buffers every time, which the processor's caches may hold. **cold**: each call takes the
   next pair of buffers out of 768 MiB. On a virtual machine the last-level cache is shared with others.
 - **fresh**: into a new `Image` each time, which has to be allotted and touched, as a multiple of the time
