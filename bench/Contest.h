@@ -31,9 +31,11 @@ struct Measure {
   double median = 0;  ///< seconds
   double least = 0;   ///< seconds
   std::size_t samples = 0;
-  std::string how;                    ///< a peer's functions
-  std::optional<unsigned> deviation;  ///< a peer's largest, in steps of a sample, from our result
-  std::string failure;                ///< why there is no measure
+  std::string how = {};  ///< a peer's functions
+  std::optional<unsigned> deviation =
+      {};                    ///< a peer's largest, in steps of a sample, from our result
+  std::string failure = {};  ///< why there is no measure
+  bool absent = false;       ///< a peer that has no way for frames of this size: no fault
 };
 
 /// "ours", "fresh", "memcpy", "literal" and the libraries that have a way for the pair.

@@ -82,7 +82,7 @@ Image Mosaic(const Image& scene) {
   unsigned char* out = mosaic.GetData();
   for (unsigned y = 0; y < scene.GetRows(); ++y) {
     for (unsigned x = 0; x < scene.GetCols(); ++x, in += 6, out += 2) {
-      std::memcpy(out, in + 2 * (x % 2 + y % 2), 2);
+      std::memcpy(out, in + std::size_t{2} * (x % 2 + y % 2), 2);
     }
   }
   return mosaic;

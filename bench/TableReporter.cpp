@@ -37,9 +37,9 @@ void PrintCell(const char* format, double value) {
 }  // namespace
 
 bool TableReporter::ReportContext(const Context&) {
-  std::printf("ns/px of ours; others as multiples of: memcpy, ours/memcpy; others, theirs/ours\n");
+  std::printf("ours, memcpy and peers in ns/px; literal, fresh and peers as multiples of ours\n");
   std::printf("%-38s%9s%9s%9s%9s%9s  %s\n", "", "ours", "memcpy", "/memcpy", "literal", "fresh",
-              "peers: ns/px, times ours, largest deviation");
+              "peers, with their largest deviation");
   return true;
 }
 

@@ -7,7 +7,8 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
+#include <cstdlib>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <regex>
@@ -175,11 +176,11 @@ void ReportRow(benchmark::State& state, Contest& contest, const std::string& con
   if (contest.measures.empty()) contest.measures = Hold(contest.setting, contest.contestants);
   const Measure& measure = contest.measures[contestant];
   if (!measure.failure.empty()) {
-    failed = true;
+    failed = failed || !measure.absent;
     state.SkipWithError(measure.failure.c_str());
     return;
   }
-  for (auto _ : state) state.SetIterationTime(measure.median);
+  while (state.KeepRunning()) state.SetIterationTime(measure.median);
 
   const Setting& setting = contest.setting;
   const auto pixels = static_cast<double>(setting.size.Pixels());
@@ -325,6 +326,7 @@ int Main(int argc, char** argv) {
   // A row is one iteration: its contest has timed it already.
   arguments.insert(arguments.begin(), {argv[0], "--benchmark_min_time=0"});
   std::vector<char*> left;
+  left.reserve(arguments.size() + 1);
   for (std::string& argument : arguments) left.push_back(argument.data());
   int count = static_cast<int>(left.size());
   left.push_back(nullptr);
@@ -350,5 +352,10 @@ int Main(int argc, char** argv) {
 }  // namespace Korvex2::Bench
 
 int main(int argc, char** argv) {
-  return Korvex2::Bench::Main(argc, argv);
+  try {
+    return Korvex2::Bench::Main(argc, argv);
+  } catch (const std::exception& failure) {
+    std::fprintf(stderr, "converter_bench: %s\n", failure.what());
+    return 1;
+  }
 }

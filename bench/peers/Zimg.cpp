@@ -24,9 +24,9 @@ constexpr std::size_t kAlignment = 64;
 /// Pixels from `left` to `right` of a packed row and of rows of planes, in the order of zimg: R G B
 /// or Y U V.
 struct Span {
-  int left;
-  int right;
-  int Width() const { return right - left; }
+  std::ptrdiff_t left;
+  std::ptrdiff_t right;
+  int Width() const { return static_cast<int>(right - left); }
 };
 
 using Unpack = void (*)(const Byte* packed, const std::array<Byte*, 3>& planes, Span span);
@@ -83,7 +83,7 @@ void PackUyvy(const std::array<const Byte*, 3>& p, Byte* packed, Span s) {
 }
 
 void Unpack411(const Byte* packed, const std::array<Byte*, 3>& p, Span s) {
-  for (int x = s.left; x < s.right; x += 4) {
+  for (std::ptrdiff_t x = s.left; x < s.right; x += 4) {
     const Byte* group = packed + x / 4 * 6;
     p[1][x / 4] = group[0];
     p[0][x] = group[1];
@@ -95,7 +95,7 @@ void Unpack411(const Byte* packed, const std::array<Byte*, 3>& p, Span s) {
 }
 
 void Pack411(const std::array<const Byte*, 3>& p, Byte* packed, Span s) {
-  for (int x = s.left; x < s.right; x += 4) {
+  for (std::ptrdiff_t x = s.left; x < s.right; x += 4) {
     Byte* group = packed + x / 4 * 6;
     group[0] = p[1][x / 4];
     group[1] = p[0][x];
@@ -202,14 +202,14 @@ class Side {
   static int UnpackRow(void* side, unsigned row, unsigned left, unsigned right) {
     const Side& self = *static_cast<Side*>(side);
     self.m_view.unpack(self.m_frame + row * self.m_rowBytes, self.Row<Byte*>(row),
-                       {static_cast<int>(left), static_cast<int>(right)});
+                       {std::ptrdiff_t{left}, std::ptrdiff_t{right}});
     return 0;
   }
 
   static int PackRow(void* side, unsigned row, unsigned left, unsigned right) {
     const Side& self = *static_cast<Side*>(side);
     self.m_view.pack(self.Row<const Byte*>(row), self.m_frame + row * self.m_rowBytes,
-                     {static_cast<int>(left), static_cast<int>(right)});
+                     {std::ptrdiff_t{left}, std::ptrdiff_t{right}});
     return 0;
   }
 

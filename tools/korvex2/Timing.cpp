@@ -50,6 +50,7 @@ std::vector<double> MedianSeconds(const std::vector<std::function<void()>>& jobs
     }
   }
   std::vector<double> medians;
+  medians.reserve(seconds.size());
   for (auto& each : seconds) {
     medians.push_back(Median(each));
   }

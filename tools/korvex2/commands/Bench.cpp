@@ -182,6 +182,7 @@ void Run(const Options& options, const Globals& globals) {
   const std::vector<Pair> pairs = PairsOf(options);
   ChooseInstructionSet(options.cpu);
   std::vector<Outcome> outcomes;
+  outcomes.reserve(pairs.size());
   for (const Pair& pair : pairs) {
     outcomes.push_back(Measure(pair, size));
   }
