@@ -1,10 +1,8 @@
 #include "Frames.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <new>
 #include <random>
 #include <stdexcept>
 
@@ -21,23 +19,22 @@ std::size_t WholePages(std::size_t bytes) {
   return (bytes + kPage - 1) / kPage * kPage;
 }
 
-// Memory that grows and is never given back: faulting pages in takes longer than most conversions.
-std::uint8_t* Arena(std::size_t bytes) {
-  static std::unique_ptr<std::uint8_t, decltype(&std::free)> memory(nullptr, &std::free);
-  static std::size_t capacity = 0;
-  if (bytes > capacity) {
-    memory.reset();
-    capacity = 0;
-    memory.reset(static_cast<std::uint8_t*>(std::aligned_alloc(kPage, WholePages(bytes))));
-    if (memory == nullptr) throw std::bad_alloc();
-    std::memset(memory.get(), 0, bytes);
-    capacity = bytes;
-  }
-  return memory.get();
-}
-
 void Expect(const Error& error) {
   if (error != VORERROR_OK) throw std::runtime_error(error.GetMessage());
+}
+
+// Memory that grows and is never given back: faulting pages in takes longer than most conversions.
+// It is that of an Image, so that pages are as large as those of frames.
+std::uint8_t* Arena(std::size_t bytes) {
+  static Image memory;
+  const auto pages = static_cast<unsigned>(WholePages(bytes) / kPage + 1);
+  if (memory.GetRows() < pages) {
+    memory = Image();
+    Expect(memory.SetDimensions(pages, kPage, kPage, PIXEL_FORMAT_MONO8, NONE));
+  }
+  void* begin = memory.GetData();
+  std::size_t room = memory.GetDataSize();
+  return static_cast<std::uint8_t*>(std::align(kPage, bytes, begin, room));
 }
 
 void Shape(Image& image, PixelFormat format, FrameSize size) {
