@@ -24,11 +24,12 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kMiB = std::size_t{1} << 20;
-// The heap after a round, all threads joined, holds what it held after the warm-up, a kilobyte of
-// the C++ library's own apart. Pages come and go with the threads' stacks and heaps.
-constexpr std::size_t kHeapMayGrow = 16 * 1024;
+// After a round all threads are joined, and the heap holds what it held before, but for what malloc
+// keeps for itself. Pages come and go with the heaps of the threads.
+constexpr std::size_t kHeapMayGrow = 4 * 1024;
 constexpr std::size_t kResidentMayGrow = 32 * kMiB;
-constexpr int kWarmUpRounds = 8;
+constexpr int kThreadCounts = 15;  // 2 to 16
+constexpr int kWarmUpRounds = 2 * kThreadCounts;
 
 constexpr ColorProcessingAlgorithm kDefaults[] = {NEAREST_NEIGHBOR, EDGE_SENSING, HQ_LINEAR};
 
@@ -132,12 +133,12 @@ bool Soak(long seconds) {
   MakeJobs(work);
   Image::SetDefaultColorProcessing(NEAREST_NEIGHBOR);
   const Clock::time_point end = Clock::now() + std::chrono::seconds(seconds);
-  const auto length = std::chrono::milliseconds(std::max(100L, std::min(5000L, seconds * 20)));
+  const auto length = std::chrono::milliseconds(std::max(100L, std::min(5000L, seconds * 10)));
   ProcessMemory warm;
   ProcessMemory most;
   int rounds = 0;
   for (; Clock::now() < end || rounds <= kWarmUpRounds; ++rounds) {
-    Round(2 + rounds % 15, length, work);
+    Round(2 + rounds % kThreadCounts, length, work);
     const ProcessMemory now = MemoryNow();
     if (rounds < kWarmUpRounds) {
       warm = {std::max(warm.heap, now.heap), std::max(warm.resident, now.resident)};
