@@ -1,5 +1,5 @@
 // Frames at the limit of 4 GiB - 1: the largest that fit convert, one row more is refused. Takes up
-// to 9 GiB of memory, so it runs on request only: `./run huge`.
+// to 8 GiB of memory, so it runs on request only: `./run huge`.
 
 #include <gtest/gtest.h>
 
@@ -67,9 +67,9 @@ void ExpectOraclesPicture(const Image& source, const Image& picture) {
     Reference::Frame expected;
     ASSERT_EQ(oracle.Convert(&strip, picture.GetPixelFormat(), &expected).code, Reference::kOk);
     const std::size_t at = std::size_t{top} * picture.GetStride();
-    ASSERT_EQ(std::memcmp(picture.GetData() + at, expected.data,
-                          std::size_t{rows} * picture.GetStride()),
-              0)
+    ASSERT_EQ(
+        std::memcmp(picture.GetData() + at, expected.data, std::size_t{rows} * picture.GetStride()),
+        0)
         << "rows from " << top;
   }
 }

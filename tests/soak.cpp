@@ -146,8 +146,8 @@ bool Soak(long seconds) {
       most = {std::max(most.heap, now.heap), std::max(most.resident, now.resident)};
     }
   }
-  const bool stable = most.heap <= warm.heap + kHeapMayGrow &&
-                      most.resident <= warm.resident + kResidentMayGrow;
+  const bool stable =
+      most.heap <= warm.heap + kHeapMayGrow && most.resident <= warm.resident + kResidentMayGrow;
   std::printf(
       "soak: %d rounds of 2 to 16 threads, %zu conversions, %zu wrong, %zu changes of settings\n"
       "soak: heap %zu bytes after the warm-up, then at most %zu; resident %zu KiB, then at most "

@@ -180,12 +180,12 @@ std::size_t PeakOfEngine(BayerMethod method, int rows, int cols, int sampleBytes
   std::string picture(pixels * 3 * bytes, '\0');
   const bool deep = sampleBytes == 2;
   const HeapWatch watch;
-  EXPECT_EQ(bayerToColor(deep ? BAYER_PIXEL_FORMAT_RAW16 : BAYER_PIXEL_FORMAT_RAW8,
-                         reinterpret_cast<const unsigned char*>(mosaic.data()), rows, cols,
-                         deep ? BAYER_PIXEL_FORMAT_RGB16 : BAYER_PIXEL_FORMAT_RGB8,
-                         reinterpret_cast<unsigned char*>(picture.data()), method,
-                         BAYER_PATTERN_RGGB),
-            beOK);
+  EXPECT_EQ(
+      bayerToColor(deep ? BAYER_PIXEL_FORMAT_RAW16 : BAYER_PIXEL_FORMAT_RAW8,
+                   reinterpret_cast<const unsigned char*>(mosaic.data()), rows, cols,
+                   deep ? BAYER_PIXEL_FORMAT_RGB16 : BAYER_PIXEL_FORMAT_RGB8,
+                   reinterpret_cast<unsigned char*>(picture.data()), method, BAYER_PATTERN_RGGB),
+      beOK);
   EXPECT_EQ(watch.Held(), 0U);
   return watch.Peak();
 }
@@ -216,16 +216,16 @@ TEST(MemoryUse, AnyConversionRunsOn64KiBOfStack) {
   std::size_t most = 0;
   const Size size = {6, 700};
   for (const PixelFormatInfo& from : PixelFormats()) {
-    for (const int method : {NEAREST_NEIGHBOR, EDGE_SENSING, HQ_LINEAR, RIGOROUS,
-                             DIRECTIONAL_FILTER}) {
+    for (const int method :
+         {NEAREST_NEIGHBOR, EDGE_SENSING, HQ_LINEAR, RIGOROUS, DIRECTIONAL_FILTER}) {
       if (method != NEAREST_NEIGHBOR && !Reference::IsRaw(from.format)) continue;
       for (const PixelFormatInfo& to : PixelFormats()) {
         auto source = Shaped<Image>(size, from.format);
         source.SetColorProcessing(static_cast<ColorProcessingAlgorithm>(method));
         Fill(source.GetData(), source.GetDataSize(), Content::Random, 3);
         Image destination;
-        const std::size_t taken = StackTaken(
-            0xA5, [&] { (void)Converter().Convert(&source, to.format, &destination); });
+        const std::size_t taken =
+            StackTaken(0xA5, [&] { (void)Converter().Convert(&source, to.format, &destination); });
         EXPECT_LE(taken, 64 * kKiB) << Describe(size, from.format, to.format);
         most = std::max(most, taken);
       }

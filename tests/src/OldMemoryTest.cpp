@@ -46,7 +46,7 @@ struct Conversion {
   int tile = RGGB;
   int method = NEAREST_NEIGHBOR;
   Destination destination = Destination::New;
-  bool written = true;     // whether anyone wrote the source's pixels
+  bool written = true;       // whether anyone wrote the source's pixels
   bool outOfMemory = false;  // for all but the destination
 };
 
@@ -71,22 +71,26 @@ unsigned Stride(const Conversion& c) {
 
 template <typename Picture>
 void ShapeSource(const Conversion& c, Picture& source) {
-  ASSERT_EQ(source
-                .SetDimensions(c.rows, c.cols, Stride(c), c.from,
-                               static_cast<BayerTileFormat>(c.tile))
-                .GetType(),
-            VORERROR_OK);
+  ASSERT_EQ(
+      source.SetDimensions(c.rows, c.cols, Stride(c), c.from, static_cast<BayerTileFormat>(c.tile))
+          .GetType(),
+      VORERROR_OK);
   source.SetColorProcessing(static_cast<ColorProcessingAlgorithm>(c.method));
-  if (c.written) Fill(source.GetData(), source.GetDataSize(), Content::Random, c.rows * 31 + c.cols);
+  if (c.written)
+    Fill(source.GetData(), source.GetDataSize(), Content::Random, c.rows * 31 + c.cols);
+}
+
+/// All bytes of an image, those included that complete its last group of pixels.
+std::size_t HeldBytes(const Image& image) {
+  return static_cast<std::size_t>(Reference::BufferBytes(
+      image.GetRows(), image.GetCols(), image.GetStride(), image.GetPixelFormat()));
 }
 
 /// Gives the destination a frame of this byte beforehand.
 void Use(Image& destination, unsigned rows, unsigned cols, PixelFormat format, unsigned char byte) {
   const unsigned stride = PackedStride(cols, Image::DetermineBitsPerPixel(format));
   ASSERT_EQ(destination.SetDimensions(rows, cols, stride, format, NONE).GetType(), VORERROR_OK);
-  if (destination.GetDataSize() > 0) {
-    std::memset(destination.GetData(), byte, destination.GetDataSize());
-  }
+  std::memset(destination.GetData(), byte, HeldBytes(destination));
 }
 
 template <typename Picture>
@@ -102,10 +106,7 @@ Outcome ConvertInto(const Conversion& c, unsigned char old, Picture& destination
     outcome.answer = error.GetType();
     outcome.message = error.GetMessage();
   }
-  const auto size = static_cast<std::size_t>(
-      Reference::BufferBytes(destination.GetRows(), destination.GetCols(), destination.GetStride(),
-                             destination.GetPixelFormat()));
-  outcome.bytes.assign(destination.GetData(), destination.GetData() + size);
+  outcome.bytes.assign(destination.GetData(), destination.GetData() + HeldBytes(destination));
   return outcome;
 }
 
@@ -182,7 +183,7 @@ struct Size {
 };
 
 // Odd counts at every distance from a whole group, and one run of more than two pieces.
-constexpr Size kSizes[] = {{0, 5}, {1, 1}, {1, 2}, {1, 3}, {3, 3}, {2, 2},
+constexpr Size kSizes[] = {{0, 5}, {1, 1}, {1, 2}, {1, 3}, {3, 3},  {2, 2},
                            {3, 5}, {5, 7}, {6, 8}, {4, 6}, {3, 701}};
 
 TEST_P(OldMemory, ShowsInNoDestination) {
