@@ -1,5 +1,5 @@
-// The demosaic engine on any arguments: the error that the header promises, nothing written where it
-// fails and everything where it succeeds, buffers of exactly their size, and the same picture on
+// The demosaic engine on any arguments: the error that the header promises, nothing written where
+// it fails and everything where it succeeds, buffers of exactly their size, and the same picture on
 // every instruction set and with every size of blocks.
 
 #include "Demosaic.h"
@@ -156,20 +156,19 @@ void Run(const Case<Header>& c) {
   Picture picture(plan.OutputBytes(), h.outputOffset % 64, h.garbage);
   const unsigned char* const input = plan.nullInput ? nullptr : mosaic.data();
 
-  const int error = bayerToColorByNumbers(plan.input, input, plan.rows, plan.cols, plan.output,
-                                          plan.nullOutput ? nullptr : picture.data(), plan.method,
-                                          plan.pattern);
-  require(error == plan.Error(), "error " + std::to_string(error) + ", expected " +
-                                     std::to_string(plan.Error()));
+  const int error =
+      bayerToColorByNumbers(plan.input, input, plan.rows, plan.cols, plan.output,
+                            plan.nullOutput ? nullptr : picture.data(), plan.method, plan.pattern);
+  require(error == plan.Error(),
+          "error " + std::to_string(error) + ", expected " + std::to_string(plan.Error()));
   if (error != beOK) {
     return require(picture.IsAll(h.garbage), "a failure wrote something");
   }
 
   const auto requireSame = [&](const Settings& settings, std::size_t offset) {
     Picture again(plan.OutputBytes(), offset, static_cast<std::uint8_t>(~h.garbage));
-    const Request request = {plan.input,  input,
-                             plan.rows,   plan.cols,
-                             plan.output, plan.nullOutput ? nullptr : again.data(),
+    const Request request = {plan.input,  input,       plan.rows,
+                             plan.cols,   plan.output, plan.nullOutput ? nullptr : again.data(),
                              plan.method, plan.pattern};
     const std::string how = std::string(targetName(settings.target)) + ", blocks of " +
                             std::to_string(settings.blockRows) + " x " +

@@ -6,8 +6,8 @@
 #include <tiffio.h>
 #include <unistd.h>
 
-#include <csetjmp>
 #include <fmt/format.h>
+#include <csetjmp>
 
 #include "Folder.h"
 #include "Fuzz.h"
@@ -44,7 +44,8 @@ Seed Case(const std::string& name, std::string_view extension, const Bytes& file
   return {name + std::string(extension), Encode(header, file)};
 }
 
-// --- What the tool writes itself. -----------------------------------------------------------------
+// --- What the tool writes itself.
+// -----------------------------------------------------------------
 
 void AddWritten(std::vector<Seed>& seeds, const Folder& folder) {
   constexpr std::string_view kWritten[] = {".png", ".pnm", ".pam", ".raw"};
@@ -72,11 +73,13 @@ void AddText(std::vector<Seed>& seeds) {
   add("colour-text", "P3 1 2 4095 0 1 4095 7 8 9");
   add("scaled", "P5 2 2 40\n\1\2\3\50");
   add("deep", "P6 1 1 4095\n\1\2\3\4\5\6");
-  add("grey-alpha", "P7\nWIDTH 2\nHEIGHT 1\nDEPTH 2\nMAXVAL 255\nTUPLTYPE GRAYSCALE_ALPHA\nENDHDR\nabcd");
+  add("grey-alpha",
+      "P7\nWIDTH 2\nHEIGHT 1\nDEPTH 2\nMAXVAL 255\nTUPLTYPE GRAYSCALE_ALPHA\nENDHDR\nabcd");
   add("large-claim", "P5 4294967295 4294967295 255\n1234");
 }
 
-// --- PNG in the variants that the tool reads and does not write. ----------------------------------
+// --- PNG in the variants that the tool reads and does not write.
+// ----------------------------------
 
 extern "C" void AppendPng(png_structp png, png_bytep data, std::size_t size) {
   auto* bytes = static_cast<Bytes*>(png_get_io_ptr(png));
@@ -149,7 +152,8 @@ void AddPng(std::vector<Seed>& seeds) {
   }
 }
 
-// --- TIFF, and DNG, which is one. -----------------------------------------------------------------
+// --- TIFF, and DNG, which is one.
+// -----------------------------------------------------------------
 
 struct TiffVariant {
   const char* name;
@@ -235,9 +239,10 @@ struct Camera {
   const char* extension;
 };
 
-constexpr Camera kCameras[] = {
-    {"Nobody", "Nothing", ".dng"}, {"NIKON CORPORATION", "NIKON D70", ".nef"},
-    {"Canon", "Canon EOS 5D", ".nef"}, {"SONY", "DSLR-A100", ".nef"}};
+constexpr Camera kCameras[] = {{"Nobody", "Nothing", ".dng"},
+                               {"NIKON CORPORATION", "NIKON D70", ".nef"},
+                               {"Canon", "Canon EOS 5D", ".nef"},
+                               {"SONY", "DSLR-A100", ".nef"}};
 
 void DescribeMosaic(TIFF* tiff, const Camera& camera) {
   constexpr std::uint8_t kVersion[] = {1, 4, 0, 0};
@@ -256,8 +261,8 @@ void DescribeMosaic(TIFF* tiff, const Camera& camera) {
 void AddRaw(std::vector<Seed>& seeds, const Folder& folder) {
   for (const char* mode : {"wl", "wb"}) {
     for (const Camera& camera : kCameras) {
-      const TiffVariant mosaic = {"mosaic", mode, PHOTOMETRIC_CFA,     1,    16, COMPRESSION_NONE,
-                                  PLANARCONFIG_CONTIG, false};
+      const TiffVariant mosaic = {
+          "mosaic", mode, PHOTOMETRIC_CFA, 1, 16, COMPRESSION_NONE, PLANARCONFIG_CONTIG, false};
       const Bytes file =
           TiffOf(mosaic, folder, [&camera](TIFF* tiff) { DescribeMosaic(tiff, camera); });
       seeds.push_back(

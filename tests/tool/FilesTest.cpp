@@ -143,7 +143,8 @@ TEST_F(Files, MoreThanCanBeKeptTrackOfAreRefused) {
   EXPECT_EQ(Names(), (std::set<std::string>{"one-more"}));
 }
 
-// A process with threads that write files is told to stop: what is complete stays, the rest is gone.
+// A process with threads that write files is told to stop: what is complete stays, the rest is
+// gone.
 TEST_F(Files, OfManyThreadsAreGoneWhenTheProcessIsStopped) {
   for (int round = 0; round < 20; ++round) {
     const pid_t child = fork();

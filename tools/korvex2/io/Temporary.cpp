@@ -17,8 +17,8 @@
 namespace Korvex2::Tool {
 namespace {
 
-// What a process that is told to stop has to remove. A signal handler reads this, so there is no lock:
-// a path is written while its place is taken and not yet listed.
+// What a process that is told to stop has to remove. A signal handler reads this, so there is no
+// lock: a path is written while its place is taken and not yet listed.
 struct Place {
   std::atomic<bool> taken;
   std::atomic<bool> listed;
@@ -27,8 +27,8 @@ struct Place {
 
 Place g_places[TemporaryFile::kMost];
 
-// Files that other threads are about to create. They are waited for before the list is read, and none
-// is begun afterwards.
+// Files that other threads are about to create. They are waited for before the list is read, and
+// none is begun afterwards.
 std::atomic<int> g_creating;
 std::atomic<bool> g_stopping;
 
