@@ -62,7 +62,7 @@ struct Header {
 };
 
 constexpr std::uint32_t kMostPixels = 8192;
-constexpr std::uint32_t kMostPixelsOfMosaics = 512;  // some methods do hundreds of steps for each
+constexpr std::uint32_t kMostPixelsOfMosaics = 256;  // some methods take long
 constexpr std::uint64_t kMostBytes = std::uint64_t{1} << 20;
 constexpr std::uint64_t kLargestImage = 0xFFFFFFFF;
 

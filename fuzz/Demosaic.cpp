@@ -44,9 +44,8 @@ struct Header {
   std::uint8_t target;  // of the run with blocks of another size
 };
 
-// The slow methods do a few hundred steps a pixel, and small blocks do them several times.
-constexpr int kMostPixels = 4096;
-constexpr int kMostPixelsOfSlowMethods = 1024;
+// By method: under sanitizers the last one takes up to 0.1 ms for a pixel.
+constexpr int kMostPixels[] = {4096, 4096, 4096, 1024, 1024, 256};
 constexpr int kSmallestBlock = 16;
 constexpr int kBytesPerPixel[] = {1, 2, 3, 4, 6, 8, 3, 4, 6, 8};  // by format
 
@@ -60,7 +59,7 @@ struct Plan {
         pattern((h.wild & kWildPattern) != 0 ? h.word : h.pattern % 4),
         nullInput((h.wild & kNullInput) != 0),
         nullOutput((h.wild & kNullOutput) != 0) {
-    const int most = method < 3 ? kMostPixels : kMostPixelsOfSlowMethods;
+    const int most = Error() == beOK ? kMostPixels[method] : 0;
     if (Error() == beOK && Pixels() > most) {
       cols = std::max(2, cols % most / 2 * 2);
       rows = std::max(2, std::min(rows, most / cols / 2 * 2));
@@ -176,9 +175,7 @@ void Run(const Case<Header>& c) {
     require(demosaic(request, settings) == beOK, how + " fails");
     require(again == picture, how + " makes another picture");
   };
-  for (const Target target : availableTargets()) {
-    requireSame({.target = target}, 0);
-  }
+  requireSame({.target = Target::kPlain}, 0);
   requireSame({.target = Pick(availableTargets(), h.target),
                .blockRows = kSmallestBlock + h.blockRows % 64 / 2 * 2,
                .blockCols = kSmallestBlock + h.blockCols / 2 * 2},
