@@ -18,8 +18,8 @@ using Table = std::vector<std::string>;
 Table ConversionsByTheReference();
 Table ConversionsByTheConverter();
 
-/// Every method, mosaic format and colour format, all tiles in one digest. 16-bit samples count low
-/// byte first, so the table is the same on every machine.
+/// Every method, mosaic format and colour format, the tiles in turn. 16-bit samples count low byte
+/// first, so the table is the same on every machine.
 Table Demosaicing();
 
 /// The files of this machine's byte order, beside this header.
