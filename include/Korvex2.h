@@ -2,6 +2,7 @@
 
 /// All that a client of Korvex2 needs.
 
+#include "BayerNames.h"
 #include "CheckConversion.h"
 #include "Error.h"
 #include "Image.h"

@@ -5,8 +5,13 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <new>
 #include <utility>
+
+#if __has_include(<sys/mman.h>)
+#include <sys/mman.h>
+#endif
 
 #include "InternalError.h"
 #include "PixelFormats.h"
@@ -22,15 +27,32 @@ constexpr std::uint64_t kMaxBytes = std::numeric_limits<std::uint32_t>::max();
 // One cache line, and the widest vector of any processor we run on.
 constexpr std::align_val_t kAlignment{64};
 
-std::atomic<ColorProcessingAlgorithm> g_defaultColorProcessing{NEAREST_NEIGHBOR};
+// Faulting in a large frame page by page takes longer than converting it, so what is whole huge
+// pages of it asks to be that. A wish, no more.
+void AskForHugePages([[maybe_unused]] void* buffer, [[maybe_unused]] std::size_t size) noexcept {
+#ifdef MADV_HUGEPAGE
+  constexpr std::size_t kHugePage = std::size_t{2} << 20;
+  void* inside = buffer;
+  std::size_t left = size;
+  if (size >= 2 * kHugePage && std::align(kHugePage, kHugePage, inside, left) != nullptr) {
+    (void)madvise(inside, left / kHugePage * kHugePage, MADV_HUGEPAGE);
+  }
+#endif
+}
 
 unsigned char* Allocate(std::size_t size) noexcept {
-  return static_cast<unsigned char*>(::operator new(size, kAlignment, std::nothrow));
+  void* buffer = ::operator new(size, kAlignment, std::nothrow);
+  if (buffer != nullptr) {
+    AskForHugePages(buffer, size);
+  }
+  return static_cast<unsigned char*>(buffer);
 }
 
 void Free(unsigned char* buffer) noexcept {
   ::operator delete(buffer, kAlignment);
 }
+
+std::atomic<ColorProcessingAlgorithm> g_defaultColorProcessing{NEAREST_NEIGHBOR};
 
 Error RaiseTooLarge(unsigned int rows, unsigned int cols, unsigned int stride) {
   return KORVEX2_RAISE(

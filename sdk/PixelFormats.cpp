@@ -4,6 +4,8 @@
 #include <array>
 #include <cmath>
 
+#include "SameName.h"
+
 namespace Korvex2 {
 namespace {
 
@@ -48,15 +50,6 @@ FORMAT("yuv422_jpeg", 422YUV8_JPEG, 16,   2,        4,     2,     false,    "com
 };
 // clang-format on
 #undef FORMAT
-
-constexpr char Lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool SameName(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return Lower(x) == Lower(y); });
-}
 
 bool ListsName(std::string_view list, std::string_view name) {
   while (!list.empty()) {

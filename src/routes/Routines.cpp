@@ -117,6 +117,22 @@ constexpr Matrix kMatrix = [] {
   return matrix;
 }();
 
+void Expand(Routine routine, PixelFormat source, PixelFormat target, int depth,
+            std::vector<RouteCall>& calls) {
+  const RoutineInfo& info = GetRoutine(routine);
+  calls.push_back({&info, depth, source, target});
+  switch (info.kind) {
+    case RoutineInfo::Kind::Wrapper:
+      return Expand(info.lastStep, source, target, depth + 1, calls);
+    case RoutineInfo::Kind::Chain:
+      Expand(info.firstStep, source, info.temporary, depth + 1, calls);
+      return Expand(info.lastStep, info.temporary, target, depth + 1, calls);
+    case RoutineInfo::Kind::Kernel:
+    case RoutineInfo::Kind::Demosaic:
+      return;
+  }
+}
+
 }  // namespace
 
 std::span<const RoutineInfo> Routines() noexcept {
@@ -132,6 +148,15 @@ Routine FindRoute(PixelFormat source, PixelFormat target) noexcept {
   const std::size_t column = PositionOf(source);
   const bool known = row < kFormats.size() && column < kFormats.size();
   return known ? kMatrix[row][column] : Routine::None;
+}
+
+std::vector<RouteCall> ExpandRoute(PixelFormat source, PixelFormat target) {
+  const Routine routine = FindRoute(source, target);
+  std::vector<RouteCall> calls;
+  if (routine != Routine::None && routine != Routine::SameFormat) {
+    Expand(routine, source, target, 0, calls);
+  }
+  return calls;
 }
 
 }  // namespace Korvex2

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "Korvex2Defs.h"
 #include "Korvex2Export.h"
@@ -56,5 +57,23 @@ KORVEX2_API const RoutineInfo& GetRoutine(Routine routine) noexcept;
 
 /// What Convert runs for a pair: a routine, SameFormat, or None where it refuses the pair.
 KORVEX2_API Routine FindRoute(PixelFormat source, PixelFormat target) noexcept;
+
+/// One call on the way from a format to another.
+struct RouteCall {
+  const RoutineInfo* routine;
+  int depth;  ///< 0 for the pair's own routine, 1 for its steps, and so on
+  PixelFormat source;
+  PixelFormat target;
+
+  /// Whether pixels are walked here, not only in the calls below.
+  bool IsPass() const noexcept {
+    return routine->kind == RoutineInfo::Kind::Kernel ||
+           routine->kind == RoutineInfo::Kind::Demosaic;
+  }
+};
+
+/// Every call that Convert makes for a pair, in the order in which they begin; none where it copies
+/// or refuses. Throws std::bad_alloc.
+KORVEX2_API std::vector<RouteCall> ExpandRoute(PixelFormat source, PixelFormat target);
 
 }  // namespace Korvex2

@@ -1,5 +1,5 @@
 # Installs the build into a prefix of its own, moves the prefix, and builds and runs the consumer
-# against it: with find_package, then with pkg-config.
+# against it: with find_package, then with pkg-config. The Python package finds the library beside it.
 
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
@@ -24,6 +24,11 @@ run(${CMAKE_COMMAND} -G ${GENERATOR} -S ${CONSUMER_DIR} -B ${WORK_DIR}/cmake
   -DCMAKE_CXX_COMPILER=${CXX} -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_FLAGS=${flags})
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/cmake)
 run(${WORK_DIR}/cmake/consumer)
+
+if(PYTHON)
+  run(${CMAKE_COMMAND} -E env PYTHONPATH=${prefix}/${PYTHON_DIR} ${PYTHON} -B -c
+    "import korvex2; assert korvex2.convert(bytearray(4), 'rgb8', 'mono8', shape=(2, 2)).shape == (2, 2, 3)")
+endif()
 
 find_program(PKG_CONFIG NAMES pkg-config pkgconf)
 if(NOT PKG_CONFIG)

@@ -7,38 +7,11 @@
 #include <utility>
 #include <vector>
 
+#include "BayerNames.h"
 #include "Failure.h"
 
 namespace Korvex2::Tool {
 namespace {
-
-template <typename Value>
-struct Named {
-  std::string_view name;
-  Value value;
-};
-
-constexpr Named<BayerTileFormat> kTiles[] = {
-    {"rggb", RGGB}, {"grbg", GRBG}, {"gbrg", GBRG}, {"bggr", BGGR}, {"none", NONE},
-};
-
-// How the names of raw formats begin that say the tile as well: those of GenICam (BayerRG8,
-// BayerRG12Packed ...), of FFmpeg (bayer_rggb8 ...) and four-character codes.
-constexpr Named<BayerTileFormat> kTilePrefixes[] = {
-    // clang-format off
-    {"bayerrg", RGGB}, {"bayer_rggb", RGGB}, {"rggb", RGGB}, {"rg16", RGGB},
-    {"bayergr", GRBG}, {"bayer_grbg", GRBG}, {"grbg", GRBG}, {"gr16", GRBG},
-    {"bayergb", GBRG}, {"bayer_gbrg", GBRG}, {"gbrg", GBRG}, {"gb16", GBRG},
-    {"bayerbg", BGGR}, {"bayer_bggr", BGGR}, {"bggr", BGGR}, {"ba81", BGGR}, {"byr2", BGGR},
-    // clang-format on
-};
-
-constexpr Named<ColorProcessingAlgorithm> kMethods[] = {
-    {"nearest", NEAREST_NEIGHBOR}, {"edge", EDGE_SENSING},
-    {"hq_linear", HQ_LINEAR},      {"directional", DIRECTIONAL_FILTER},
-    {"rigorous", RIGOROUS},        {"none", NO_COLOR_PROCESSING},
-    {"default", DEFAULT},
-};
 
 std::string Lower(std::string_view text) {
   std::string lower(text);
@@ -48,25 +21,14 @@ std::string Lower(std::string_view text) {
   return lower;
 }
 
-template <typename Value>
-std::string Join(std::span<const Named<Value>> rows) {
+template <typename Row>
+std::string Join(std::span<const Row> rows) {
   std::string names;
-  for (const auto& row : rows) {
+  for (const Row& row : rows) {
     names += names.empty() ? "" : ", ";
     names += row.name;
   }
   return names;
-}
-
-template <typename Value>
-Value Parse(std::span<const Named<Value>> rows, std::string_view option, std::string_view name) {
-  const std::string wanted = Lower(name);
-  for (const auto& row : rows) {
-    if (row.name == wanted) {
-      return row.value;
-    }
-  }
-  throw UsageFailure("{} '{}' is unknown; it is one of {}", option, name, Join(rows));
 }
 
 // Insertions, deletions, replacements and swaps of neighbours that turn one word into the other.
@@ -134,35 +96,30 @@ const PixelFormatInfo& ParseFormat(std::string_view option, std::string_view nam
 }
 
 BayerTileFormat ParseTile(std::string_view name) {
-  return Parse<BayerTileFormat>(kTiles, "--tile", name);
-}
-
-std::optional<BayerTileFormat> TileInFormatName(std::string_view name) {
-  const std::string wanted = Lower(name);
-  for (const auto& prefix : kTilePrefixes) {
-    if (wanted.starts_with(prefix.name)) {
-      return prefix.value;
-    }
+  if (const auto tile = FindBayerTile(name)) {
+    return *tile;
   }
-  return std::nullopt;
+  throw UsageFailure("--tile '{}' is unknown; it is one of {}", name, TileNames());
 }
 
 std::string_view NameOf(BayerTileFormat tile) {
-  const auto* row = std::find_if(std::begin(kTiles), std::end(kTiles),
-                                 [tile](const auto& known) { return known.value == tile; });
-  return row == std::end(kTiles) ? "unknown" : row->name;
+  const auto row = std::ranges::find(BayerTiles(), tile, &BayerTileInfo::tile);
+  return row == BayerTiles().end() ? "unknown" : row->name;
 }
 
 ColorProcessingAlgorithm ParseMethod(std::string_view name) {
-  return Parse<ColorProcessingAlgorithm>(kMethods, "--method", name);
+  if (const auto method = FindColorProcessing(name)) {
+    return *method;
+  }
+  throw UsageFailure("--method '{}' is unknown; it is one of {}", name, MethodNames());
 }
 
 std::string TileNames() {
-  return Join<BayerTileFormat>(kTiles);
+  return Join(BayerTiles());
 }
 
 std::string MethodNames() {
-  return Join<ColorProcessingAlgorithm>(kMethods);
+  return Join(ColorProcessings());
 }
 
 std::string_view NameOf(PixelFormat format) {

@@ -2,10 +2,10 @@
 
 /// What users call things: pixel formats, Bayer tiles, demosaic methods.
 
-#include <optional>
 #include <string>
 #include <string_view>
 
+#include "Korvex2Defs.h"
 #include "PixelFormats.h"
 
 namespace Korvex2::Tool {
@@ -16,9 +16,6 @@ const PixelFormatInfo& ParseFormat(std::string_view option, std::string_view nam
 
 /// "rggb" ... "none", as in the name of the top-left 2x2; UsageFailure for anything else.
 BayerTileFormat ParseTile(std::string_view name);
-
-/// The tile that a name such as BayerRG8 says along with the format; nothing for other names.
-std::optional<BayerTileFormat> TileInFormatName(std::string_view name);
 
 std::string_view NameOf(BayerTileFormat tile);
 

@@ -1,6 +1,6 @@
 // Grey into colour, colour into grey, and colour between 8 and 16 bits.
 
-#include "kernels/scalar/Luma.h"
+#include "kernels/scalar/ColourSums.h"
 #include "kernels/scalar/Scalar.h"
 #include "kernels/scalar/Word.h"
 

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "kernels/scalar/Luma.h"
+#include "kernels/scalar/ColourSums.h"
 #include "kernels/scalar/Scalar.h"
 
 namespace Korvex2::kernels::scalar {
@@ -16,10 +16,9 @@ Yuv Encode(const std::uint8_t* rgb) {
   const double red = rgb[0];
   const double green = rgb[1];
   const double blue = rgb[2];
-  const double u = ((red * -0.169 + green * -0.331) + blue * 0.5) + 128.0;
-  const double v = ((red * 0.5 + green * -0.419) + blue * -0.081) + 128.0;
-  return {static_cast<std::uint8_t>(Luma(red, green, blue)), static_cast<std::uint8_t>(u),
-          static_cast<std::uint8_t>(v)};
+  return {static_cast<std::uint8_t>(Luma(red, green, blue)),
+          static_cast<std::uint8_t>(ChromaU(red, green, blue)),
+          static_cast<std::uint8_t>(ChromaV(red, green, blue))};
 }
 
 template <std::size_t Pixels>

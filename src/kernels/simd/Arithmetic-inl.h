@@ -17,6 +17,9 @@
 #define KORVEX2_ARITHMETIC_INL_H_
 #endif
 
+#include <bit>
+#include <cstdlib>
+
 #include "hwy/highway.h"
 #include "kernels/simd/Interleave-inl.h"
 
@@ -80,15 +83,12 @@ HWY_INLINE Vec16 LumaQuotient(Vec16 r, Vec16 g, Vec16 b, Mask16& exact) {
   return quotient;
 }
 
-// S = -169 R - 331 G + 500 B + 128000.
-HWY_INLINE Vec16 UQuotient(Vec16 r, Vec16 g, Vec16 b, Mask16& exact) {
+// S = -169 R - 331 G + 500 B + 128000. Of exact multiples see DropsOfU.
+HWY_INLINE Vec16 UQuotient(Vec16 r, Vec16 g, Vec16 b) {
   const Vec16 negative = hn::Add(Times(r, 22), Times(g, 42));
   const Vec16 k = hn::Sub(hn::Add(Times(b, 62), hn::Set(Tag16(), 16000)), negative);
   const Vec16 l = hn::Add(hn::Add(Times(r, 7), Times(g, 5)), hn::ShiftLeft<2>(b));
-  const Vec16 x = hn::Add(k, hn::ShiftRight<3>(l));
-  const Vec16 quotient = By125(x);
-  exact = IsExact(x, quotient, l);
-  return quotient;
+  return By125(hn::Add(k, hn::ShiftRight<3>(l)));
 }
 
 // S = 500 R - 419 G - 81 B + 128000. No exact multiple comes out lower in doubles.
@@ -141,15 +141,6 @@ struct LumaOfDoubles {
   }
 };
 
-struct UOfDoubles {
-  HWY_INLINE VecD operator()(VecD r, VecD g, VecD b) const {
-    const VecD sum = hn::Add(hn::Add(Weigh(r, -0.169), Weigh(g, -0.331)), Weigh(b, 0.5));
-    return hn::Add(sum, hn::Set(TagD(), 128.0));
-  }
-};
-
-// --- RGB to YUV ---
-
 // --- Greys ---
 
 // For R = G = B every sum is an exact multiple of 1000, so greys go by a table: whether the double
@@ -196,16 +187,25 @@ HWY_INLINE Vec8 UOfGrey(Vec8 grey) {
   return hn::Sub(hn::Set(Tag8(), 128), Drop(grey, kUDrops));
 }
 
-// What a quotient becomes where some lanes are exact multiples: greys by the table, and if there
-// are others the whole vector in doubles.
-template <typename Function>
-HWY_NOINLINE Vec16 MendExact(Vec16 quotient, Mask16 exact, const DropsOfGreys& drops,
-                             Function function, Vec16 r, Vec16 g, Vec16 b) {
+// 1 where the double sum of U is below the quotient of its S. S is a multiple of 1000 where R = G
+// and B - R is even, nowhere else, and the double sum then falls short for twelve values of R = G,
+// the ones that it falls short for in greys, with all B up to R.
+HWY_INLINE Vec8 DropsOfU(Vec8 r, Vec8 g, Vec8 b) {
+  const auto multiple = hn::And(hn::Eq(r, g), hn::Eq(hn::Min(r, b), b));
+  const Vec8 odd = hn::Xor(r, b);
+  return hn::IfThenElseZero(multiple, hn::AndNot(odd, Drop(r, kUDrops)));
+}
+
+// --- RGB to YUV ---
+
+// What luma becomes where some lanes are exact multiples: greys by the table, and if there are
+// others the whole vector in doubles.
+inline HWY_NOINLINE Vec16 MendLuma(Vec16 quotient, Mask16 exact, Vec16 r, Vec16 g, Vec16 b) {
   const Mask16 grey = hn::And(hn::Eq(r, g), hn::Eq(g, b));
   if (HWY_UNLIKELY(!hn::AllFalse(Tag16(), hn::AndNot(grey, exact)))) {
-    return InDoubles(function, r, g, b);
+    return InDoubles(LumaOfDoubles(), r, g, b);
   }
-  const Vec16 drop = hn::BitCast(Tag16(), Drop(hn::BitCast(Tag8(), r), drops));
+  const Vec16 drop = AsWords(Drop(AsBytes(r), kLumaDrops));
   return hn::Sub(quotient, hn::IfThenElseZero(grey, drop));
 }
 
@@ -215,16 +215,7 @@ HWY_INLINE Vec16 Luma(Vec16 r, Vec16 g, Vec16 b) {
   if (HWY_LIKELY(hn::AllFalse(Tag16(), exact))) {
     return quotient;
   }
-  return MendExact(quotient, exact, kLumaDrops, LumaOfDoubles(), r, g, b);
-}
-
-HWY_INLINE Vec16 ChromaU(Vec16 r, Vec16 g, Vec16 b) {
-  Mask16 exact;
-  const Vec16 quotient = UQuotient(r, g, b, exact);
-  if (HWY_LIKELY(hn::AllFalse(Tag16(), exact))) {
-    return quotient;
-  }
-  return MendExact(quotient, exact, kUDrops, UOfDoubles(), r, g, b);
+  return MendLuma(quotient, exact, r, g, b);
 }
 
 HWY_INLINE Vec8 LumaOfBytes(Vec8 r, Vec8 g, Vec8 b) {
@@ -235,74 +226,156 @@ HWY_INLINE void Encode(Vec8 r, Vec8 g, Vec8 b, Vec8& y, Vec8& u, Vec8& v) {
   const Vec16 r0 = Even(r), g0 = Even(g), b0 = Even(b);
   const Vec16 r1 = Odd(r), g1 = Odd(g), b1 = Odd(b);
   y = Join(Luma(r0, g0, b0), Luma(r1, g1, b1));
-  u = Join(ChromaU(r0, g0, b0), ChromaU(r1, g1, b1));
+  u = Join(UQuotient(r0, g0, b0), UQuotient(r1, g1, b1));
+  if (!hn::AllFalse(Tag8(), hn::Eq(r, g))) {
+    u = hn::Sub(u, DropsOfU(r, g, b));
+  }
   v = Join(VQuotient(r0, g0, b0), VQuotient(r1, g1, b1));
 }
 
 // --- YUV to RGB ---
+//
+// A chroma term is added to luma and clamped to a byte: which is a saturating addition of what is
+// positive of the term, then a saturating subtraction of what is negative. Chroma comes as words
+// U | V << 8.
 
-// trunc(d * 1.F) for |d| <= 128, F given as ceil(0.F * 65536): |d| + floor(|d| * 0.F).
-HWY_INLINE VecI16 ScaledUp(VecI16 d, int fraction) {
-  const Vec16 magnitude = Unsigned(hn::Abs(d));
-  const Vec16 product =
-      hn::MulHigh(magnitude, hn::Set(Tag16(), static_cast<std::uint16_t>(fraction)));
-  const VecI16 sign = hn::ShiftRight<15>(d);
-  return hn::Sub(hn::Xor(Signed(hn::Add(magnitude, product)), sign), sign);
+using TagI8 = hn::ScalableTag<std::int8_t>;
+
+// |trunc((344 dU + 714 dV) / 1000)| as doubles have it.
+inline int GreenOf(std::uint16_t uv) {
+  const int du = (uv & 0xFF) - 128;
+  const int dv = (uv >> 8) - 128;
+  return std::abs(static_cast<int>(du * 0.344 + dv * 0.714));
 }
 
-// The chroma terms of the decoder; u and v are bytes minus 128.
-struct GreenOfDoubles {
-  HWY_INLINE VecD operator()(VecD u, VecD v, VecD) const {
-    const VecD offset = hn::Set(TagD(), 128.0);
-    const VecD du = hn::Sub(u, offset);
-    const VecD dv = hn::Sub(v, offset);
-    // Shifted into the positive after the truncation, since words are unsigned.
-    return hn::Add(hn::Trunc(hn::Add(Weigh(du, 0.344), Weigh(dv, 0.714))), hn::Set(TagD(), 256.0));
+// The lanes of a vector that a mask names, computed one by one from lanes of another.
+template <typename Function>
+HWY_INLINE Vec16 MendLanes(Vec16 v, Mask16 which, Vec16 from, Function function) {
+  const Tag16 d;
+  HWY_ALIGN std::uint16_t results[hn::MaxLanes(Tag16())];
+  HWY_ALIGN std::uint16_t arguments[hn::MaxLanes(Tag16())];
+  std::uint8_t bits[(hn::MaxLanes(Tag16()) + 7) / 8 + 8];
+  hn::Store(v, d, results);
+  hn::Store(from, d, arguments);
+  const std::size_t bytes = hn::StoreMaskBits(d, which, bits);
+  for (std::size_t byte = 0; byte < bytes; ++byte) {
+    for (unsigned left = bits[byte]; left != 0; left &= left - 1) {
+      const std::size_t i = 8 * byte + static_cast<std::size_t>(std::countr_zero(left));
+      results[i] = static_cast<std::uint16_t>(function(arguments[i]));
+    }
   }
-};
-
-inline HWY_NOINLINE VecI16 GreenTermInDoubles(VecI16 du, VecI16 dv) {
-  const VecI16 offset = hn::Set(TagI16(), 128);
-  const Vec16 u = Unsigned(hn::Add(du, offset));
-  const Vec16 v = Unsigned(hn::Add(dv, offset));
-  const Vec16 shifted = InDoubles(GreenOfDoubles(), u, v, v);
-  return hn::Sub(Signed(shifted), hn::Set(TagI16(), 256));
+  return hn::Load(d, results);
 }
 
-// trunc(T / 1000), T = 344 dU + 714 dV. T / 4 = 86 dU + 178.5 dV fits a word but for its sign,
-// which a saturating sum tells; the magnitude is then divided as above.
-HWY_INLINE VecI16 GreenTerm(VecI16 du, VecI16 dv) {
-  const TagI16 d;
-  const VecI16 ofU = hn::Mul(du, hn::Set(d, 86));
-  const VecI16 ofV = hn::Add(hn::Mul(dv, hn::Set(d, 178)), hn::ShiftRight<1>(dv));
-  const VecI16 sign = hn::ShiftRight<15>(hn::SaturatedAdd(ofU, ofV));
-  const VecI16 half = hn::And(dv, hn::Set(d, 1));
-  const VecI16 quarter = hn::Add(hn::Add(ofU, ofV), hn::And(half, sign));  // toward zero
-  const Vec16 magnitude = Unsigned(hn::Sub(hn::Xor(quarter, sign), sign));
-  const Vec16 quotient = By125(hn::ShiftRight<1>(magnitude));
-  const VecI16 term = hn::Sub(hn::Xor(Signed(quotient), sign), sign);
+inline HWY_NOINLINE Vec16 MendGreen(Vec16 green, Vec16 uv, Mask16 exact) {
+  return MendLanes(green, exact, uv, GreenOf);
+}
 
-  const Vec16 rest = hn::Or(hn::Sub(magnitude, Times(quotient, 250)), Unsigned(half));
-  const Mask16 exact =
-      hn::And(hn::Eq(rest, hn::Zero(Tag16())), hn::Ne(quotient, hn::Zero(Tag16())));
-  if (HWY_LIKELY(hn::AllFalse(Tag16(), exact))) {
-    return term;
+// 43 dU + 89 dV, the differences as signed bytes.
+HWY_INLINE VecI16 GreenSum(Vec16 differences) {
+#if HWY_TARGET == HWY_AVX3_DL || HWY_TARGET == HWY_AVX3
+  return VecI16{_mm512_maddubs_epi16(_mm512_set1_epi16(89 << 8 | 43), differences.raw)};
+#elif HWY_TARGET == HWY_AVX2
+  return VecI16{_mm256_maddubs_epi16(_mm256_set1_epi16(89 << 8 | 43), differences.raw)};
+#elif HWY_TARGET == HWY_SSE4
+  return VecI16{_mm_maddubs_epi16(_mm_set1_epi16(89 << 8 | 43), differences.raw)};
+#else
+  const TagI16 d;
+  const VecI16 du = hn::ShiftRight<8>(Signed(hn::ShiftLeft<8>(differences)));
+  const VecI16 dv = hn::ShiftRight<8>(Signed(differences));
+  return hn::Add(hn::Mul(du, hn::Set(d, 43)), hn::Mul(dv, hn::Set(d, 89)));
+#endif
+}
+
+// The magnitude of the green term, and all bits of the lanes where it is below zero. With
+// T = 344 dU + 714 dV = 8 (43 dU + 89 dV) + 2 dV its eighth, toward zero, is divided by 125, in
+// 128ths as exact multiples show up there: by a fraction of zero.
+HWY_INLINE void GreenTerm(Vec16 uv, Vec16 differences, Vec16& magnitude, Vec16& sign) {
+  const Tag16 d;
+  const Vec16 zero = hn::Zero(d);
+  const VecI16 eighth = hn::Add(GreenSum(differences), hn::ShiftRight<10>(Signed(differences)));
+  const Vec16 rest = hn::And(differences, hn::Set(d, 0x0300));  // of T / 8: 2 dV mod 8
+  sign = Unsigned(hn::ShiftRight<15>(eighth));
+  const Vec16 whole = hn::IfThenElseZero(hn::Eq(rest, zero), sign);  // -1 to add for the complement
+  const Vec16 x = hn::Sub(hn::Xor(Unsigned(eighth), sign), whole);
+  const Vec16 in128ths = hn::MulHigh(hn::Add(x, x), hn::Set(d, 33555));
+  magnitude = hn::ShiftRight<7>(in128ths);
+
+  const Vec16 fraction = hn::Or(hn::And(in128ths, hn::Set(d, 127)), rest);
+  const Mask16 exact = hn::And(hn::Eq(fraction, zero), hn::Ne(magnitude, zero));
+  if (HWY_UNLIKELY(!hn::AllFalse(d, exact))) {
+    magnitude = MendGreen(magnitude, uv, exact);
   }
-  return GreenTermInDoubles(du, dv);
 }
 
-HWY_INLINE void ChromaTerms(Vec16 u, Vec16 v, VecI16& rv, VecI16& guv, VecI16& bu) {
-  const VecI16 offset = hn::Set(TagI16(), 128);
-  const VecI16 du = hn::Sub(Signed(u), offset);
-  const VecI16 dv = hn::Sub(Signed(v), offset);
-  rv = ScaledUp(dv, 26346);  // 1.402
-  guv = GreenTerm(du, dv);
-  bu = ScaledUp(du, 50594);  // 1.772
+// The terms of blue in low bytes and of red in high ones: trunc(d * 1.772), trunc(d * 1.402) by
+// |d| + floor(|d| * 0.772), the fractions given as ceil(f * 65536).
+HWY_INLINE void BlueAndRedTerms(Vec16 differences, Vec16& up, Vec16& down) {
+  const auto bytes = hn::BitCast(TagI8(), differences);
+  const Vec8 size = hn::BitCast(Tag8(), hn::Abs(bytes));
+  const Vec16 low = hn::Set(Tag16(), 0x00FF);
+  const Vec16 ofU = hn::MulHigh(hn::And(AsWords(size), low), hn::Set(Tag16(), 50594));
+  const Vec16 ofV = hn::MulHigh(hn::AndNot(low, AsWords(size)), hn::Set(Tag16(), 26346));
+  const Vec8 term = hn::Add(size, AsBytes(hn::Or(ofU, hn::AndNot(low, ofV))));
+  const auto negative = hn::RebindMask(Tag8(), hn::Lt(bytes, hn::Zero(TagI8())));
+  up = AsWords(hn::IfThenZeroElse(negative, term));
+  down = AsWords(hn::IfThenElseZero(negative, term));
 }
 
-HWY_INLINE Vec16 ClampToByte(VecI16 v) {
-  const TagI16 d;
-  return Unsigned(hn::Min(hn::Max(v, hn::Zero(d)), hn::Set(d, 255)));
+HWY_INLINE Vec16 Differences(Vec16 uv) {
+  return hn::Xor(uv, hn::Set(Tag16(), 0x8080));
+}
+
+HWY_INLINE Vec8 Shift(Vec8 y, Vec8 up, Vec8 down) {
+  return hn::SaturatedSub(hn::SaturatedAdd(y, up), down);
+}
+
+// Bytes from the low, or the high, bytes of two vectors of words, one for even and one for odd.
+HWY_INLINE Vec8 LowBytes(Vec16 even, Vec16 odd) {
+  return AsBytes(hn::Or(hn::And(even, hn::Set(Tag16(), 0x00FF)), hn::ShiftLeft<8>(odd)));
+}
+HWY_INLINE Vec8 HighBytesOf(Vec16 even, Vec16 odd) {
+  return AsBytes(hn::Or(hn::ShiftRight<8>(even), hn::AndNot(hn::Set(Tag16(), 0x00FF), odd)));
+}
+
+HWY_INLINE Vec8 TwiceLow(Vec16 words) {
+  alignas(16) static constexpr std::uint8_t kPlaces[16] = {0, 0, 2,  2,  4,  4,  6,  6,
+                                                           8, 8, 10, 10, 12, 12, 14, 14};
+  return hn::TableLookupBytes(AsBytes(words), hn::LoadDup128(Tag8(), kPlaces));
+}
+HWY_INLINE Vec8 TwiceHigh(Vec16 words) {
+  alignas(16) static constexpr std::uint8_t kPlaces[16] = {1, 1, 3,  3,  5,  5,  7,  7,
+                                                           9, 9, 11, 11, 13, 13, 15, 15};
+  return hn::TableLookupBytes(AsBytes(words), hn::LoadDup128(Tag8(), kPlaces));
+}
+
+HWY_INLINE Vec8 ShiftGreen(Vec8 y, Vec8 magnitude, Vec8 sign) {
+  return Shift(y, hn::And(magnitude, sign), hn::AndNot(sign, magnitude));
+}
+
+// Pixels of which each two neighbours, even and odd, have one chroma.
+HWY_INLINE void DecodePairs(Vec8 y, Vec16 uv, Vec8& r, Vec8& g, Vec8& b) {
+  const Vec16 differences = Differences(uv);
+  Vec16 up, down, green, sign;
+  BlueAndRedTerms(differences, up, down);
+  GreenTerm(uv, differences, green, sign);
+  r = Shift(y, TwiceHigh(up), TwiceHigh(down));
+  g = ShiftGreen(y, TwiceLow(green), AsBytes(sign));
+  b = Shift(y, TwiceLow(up), TwiceLow(down));
+}
+
+// Pixels of which each has its own chroma: that of the even and that of the odd ones.
+HWY_INLINE void DecodeEach(Vec8 y, Vec16 even, Vec16 odd, Vec8& r, Vec8& g, Vec8& b) {
+  const Vec16 evenDifferences = Differences(even);
+  const Vec16 oddDifferences = Differences(odd);
+  Vec16 up0, down0, green0, sign0, up1, down1, green1, sign1;
+  BlueAndRedTerms(evenDifferences, up0, down0);
+  BlueAndRedTerms(oddDifferences, up1, down1);
+  GreenTerm(even, evenDifferences, green0, sign0);
+  GreenTerm(odd, oddDifferences, green1, sign1);
+  r = Shift(y, HighBytesOf(up0, up1), HighBytesOf(down0, down1));
+  g = ShiftGreen(y, LowBytes(green0, green1), LowBytes(sign0, sign1));
+  b = Shift(y, LowBytes(up0, up1), LowBytes(down0, down1));
 }
 
 #endif  // HWY_TARGET != HWY_SCALAR

@@ -1,6 +1,10 @@
 // Conversions that move bytes and compute nothing: channels swapped, added, dropped, widened,
 // narrowed.
 
+#include <algorithm>
+#include <type_traits>
+#include <utility>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kernels/simd/Moves.cpp"
 #include "hwy/foreach_target.h"
@@ -14,69 +18,153 @@ namespace Korvex2::kernels::HWY_NAMESPACE {
 
 #if HWY_TARGET != HWY_SCALAR
 
-// v * 257 of Samples bytes a pixel.
-template <std::size_t Samples>
-std::size_t Widen(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRICT dst,
-                  std::size_t pixels) {
-  const std::size_t n = hn::Lanes(Tag8());
-  const std::size_t vectors = pixels / n * Samples;
-  for (std::size_t i = 0; i < vectors; ++i) {
-    const Vec8 bytes = hn::LoadU(Tag8(), src + i * n);
-    auto* words = reinterpret_cast<std::uint16_t*>(dst + 2 * i * n);
-    hn::StoreU(RepeatLower(bytes), Tag16(), words);
-    hn::StoreU(RepeatUpper(bytes), Tag16(), words + n / 2);
+// The order of the channels of a pixel, and the bytes of each.
+struct Layout {
+  std::size_t channels;
+  std::size_t bytes;
+  bool blueFirst;
+
+  constexpr std::size_t pixel() const { return channels * bytes; }
+};
+
+//                          channels bytes  blueFirst
+constexpr Layout kY8 = {1, 1, false};
+constexpr Layout kRgb = {3, 1, false};
+constexpr Layout kBgr = {3, 1, true};
+constexpr Layout kRgbu = {4, 1, false};
+constexpr Layout kBgru = {4, 1, true};
+constexpr Layout kY16 = {1, 2, false};
+constexpr Layout kRgb16 = {3, 2, false};
+constexpr Layout kBgr16 = {3, 2, true};
+constexpr Layout kRgbu16 = {4, 2, false};
+constexpr Layout kBgru16 = {4, 2, true};
+
+#if KORVEX2_X86
+
+// Which byte of a source pixel becomes byte `at` of a pixel; kOpaque: none, it is 0xFF. A wider
+// sample repeats the byte, a narrower one keeps the high byte.
+constexpr std::size_t kOpaque = SIZE_MAX;
+
+constexpr std::size_t SourceOf(Layout from, Layout to, std::size_t at) {
+  const std::size_t byte = from.bytes == to.bytes ? at % to.bytes : from.bytes - 1;
+  const std::size_t channel = at / to.bytes;
+  if (channel == 3) {
+    return from.channels == 4 ? 3 * from.bytes + byte : kOpaque;
   }
-  return pixels / n * n;
+  const std::size_t swapped = from.blueFirst == to.blueFirst ? channel : 2 - channel;
+  return (from.channels == 1 ? 0 : swapped * from.bytes) + byte;
 }
 
-// The high byte of Samples words a pixel.
-template <std::size_t Samples>
-std::size_t Narrow(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRICT dst,
-                   std::size_t pixels) {
-  const std::size_t n = hn::Lanes(Tag8());
-  const std::size_t vectors = pixels / n * Samples;
-  for (std::size_t i = 0; i < vectors; ++i) {
-    const auto* words = reinterpret_cast<const std::uint16_t*>(src + 2 * i * n);
-    hn::StoreU(HighBytes(hn::LoadU(Tag16(), words), hn::LoadU(Tag16(), words + n / 2)), Tag8(),
-               dst + i * n);
+// As many bytes as one shuffle reaches. As many pixels make whole vectors in every format.
+constexpr std::size_t kVector = KORVEX2_VBMI ? 64 : 16;
+
+// One vector of the destination: shuffles of up to three vectors of the source.
+struct Gather {
+  static constexpr std::size_t kMost = 3;
+  static constexpr std::uint8_t kNowhere = 0x80;
+  std::size_t loads = 0;
+  std::size_t offset[kMost] = {};  // bytes from the first pixel
+  ByteTable index[kMost] = {};     // kNowhere: another load has the byte, or none
+  std::uint64_t mask[kMost] = {};  // the bytes that a load has
+  ByteTable opaque = {};           // 0xFF at the bytes of an alpha that the source lacks
+};
+
+constexpr Gather MakeGather(Layout from, Layout to, std::size_t vector) {
+  Gather gather;
+  std::size_t source[kVector] = {};
+  std::size_t first = SIZE_MAX;
+  std::size_t last = 0;
+  for (std::size_t i = 0; i < kVector; ++i) {
+    const std::size_t at = vector * kVector + i;
+    const std::size_t inPixel = SourceOf(from, to, at % to.pixel());
+    source[i] = inPixel == kOpaque ? kOpaque : at / to.pixel() * from.pixel() + inPixel;
+    if (inPixel == kOpaque) {
+      gather.opaque.at[i] = 0xFF;
+    } else {
+      first = std::min(first, source[i]);
+      last = std::max(last, source[i]);
+    }
   }
-  return pixels / n * n;
+  // No load reaches past the last pixel of the group.
+  const std::size_t end = std::max(last + 1, first + kVector);
+  const std::size_t farthest = std::min(end, kVector * from.pixel()) - kVector;
+  gather.loads = (end - first + kVector - 1) / kVector;
+  for (std::size_t k = 0; k < gather.loads; ++k) {
+    gather.offset[k] = std::min(first + k * kVector, farthest);
+    for (std::size_t i = 0; i < kVector; ++i) {
+      const bool inReach = source[i] != kOpaque && source[i] >= first + k * kVector &&
+                           source[i] < first + (k + 1) * kVector;
+      gather.index[k].at[i] =
+          inReach ? static_cast<std::uint8_t>(source[i] - gather.offset[k]) : Gather::kNowhere;
+      gather.mask[k] |= std::uint64_t{inReach} << i;
+    }
+  }
+  return gather;
 }
+
+using TagOfMove = hn::FixedTag<std::uint8_t, kVector>;
+using VecOfMove = hn::Vec<TagOfMove>;
+
+template <Layout From, Layout To, std::size_t Vector>
+HWY_INLINE void MoveVector(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRICT dst) {
+  static constexpr Gather kGather = MakeGather(From, To, Vector);
+  const TagOfMove d;
+  VecOfMove v = hn::Zero(d);
+  for (std::size_t k = 0; k < kGather.loads; ++k) {
+    const VecOfMove bytes = hn::LoadU(d, src + kGather.offset[k]);
+    const VecOfMove index = hn::Load(d, kGather.index[k].at);
+#if KORVEX2_VBMI
+    v.raw = _mm512_mask_permutexvar_epi8(v.raw, kGather.mask[k], index.raw, bytes.raw);
+#else
+    v = hn::Or(v, hn::TableLookupBytesOr0(bytes, index));
+#endif
+  }
+  if constexpr (To.channels == 4 && From.channels != 4) {
+    v = hn::Or(v, hn::Load(d, kGather.opaque.at));
+  }
+  hn::StoreU(v, d, dst + Vector * kVector);
+}
+
+template <Layout From, Layout To>
+std::size_t Move(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRICT dst,
+                 std::size_t pixels) {
+  std::size_t done = 0;
+  for (; done + kVector <= pixels; done += kVector) {
+    [&]<std::size_t... Vectors>(std::index_sequence<Vectors...>) HWY_ATTR {
+      (MoveVector<From, To, Vectors>(src + done * From.pixel(), dst + done * To.pixel()), ...);
+    }
+    (std::make_index_sequence<To.pixel()>());
+  }
+  return done;
+}
+
+#else
 
 // Words of 16 bits, moved whole.
-enum class Words { Grey, Rgb, Bgr, Rgbu, Bgru };
-
-constexpr std::size_t Channels(Words format) {
-  return format == Words::Grey ? 1 : (format == Words::Rgb || format == Words::Bgr) ? 3 : 4;
-}
-constexpr bool Swapped(Words format) {
-  return format == Words::Bgr || format == Words::Bgru;
-}
-
-template <Words From, Words To>
+template <Layout From, Layout To>
 std::size_t MoveWords(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRICT dst,
                       std::size_t pixels) {
   const Tag16 d;
   const std::size_t n = hn::Lanes(d);
   std::size_t done = 0;
   for (; done + n <= pixels; done += n) {
-    const auto* from = reinterpret_cast<const std::uint16_t*>(src) + done * Channels(From);
-    auto* to = reinterpret_cast<std::uint16_t*>(dst) + done * Channels(To);
+    const auto* from = reinterpret_cast<const std::uint16_t*>(src + done * From.pixel());
+    auto* to = reinterpret_cast<std::uint16_t*>(dst + done * To.pixel());
     Vec16 r, g, b;
     Vec16 a = hn::Set(d, 0xFFFF);
-    if constexpr (Channels(From) == 1) {
+    if constexpr (From.channels == 1) {
       r = g = b = hn::LoadU(d, from);
-    } else if constexpr (Channels(From) == 3) {
+    } else if constexpr (From.channels == 3) {
       hn::LoadInterleaved3(d, from, r, g, b);
     } else {
       hn::LoadInterleaved4(d, from, r, g, b, a);
     }
-    if constexpr (Swapped(From) != Swapped(To)) {
+    if constexpr (From.blueFirst != To.blueFirst) {
       const Vec16 red = b;
       b = r;
       r = red;
     }
-    if constexpr (Channels(To) == 3) {
+    if constexpr (To.channels == 3) {
       hn::StoreInterleaved3(r, g, b, d, to);
     } else {
       hn::StoreInterleaved4(r, g, b, a, d, to);
@@ -85,71 +173,121 @@ std::size_t MoveWords(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RE
   return done / 4 * 4;
 }
 
+// v * 257, or the high byte, of every sample.
+template <Layout From, Layout To>
+std::size_t ChangeDepth(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRICT dst,
+                        std::size_t pixels) {
+  const std::size_t n = hn::Lanes(Tag8());
+  const std::size_t vectors = pixels / n * From.channels;
+  for (std::size_t i = 0; i < vectors; ++i) {
+    if constexpr (From.bytes == 1) {
+      StoreRepeated(hn::LoadU(Tag8(), src + i * n), dst + 2 * i * n);
+    } else {
+      const auto* words = reinterpret_cast<const std::uint16_t*>(src + 2 * i * n);
+      const Vec16 first = hn::LoadU(Tag16(), words);
+      hn::StoreU(HighBytes(first, hn::LoadU(Tag16(), words + n / 2)), Tag8(), dst + i * n);
+    }
+  }
+  return pixels / n * n;
+}
+
+template <Layout Of>
+constexpr auto LoadOf() {
+  if constexpr (Of.channels == 1) {
+    return std::conditional_t<Of.bytes == 1, LoadY8, LoadY16>();
+  } else if constexpr (Of.channels == 3) {
+    return std::conditional_t<Of.bytes == 1, LoadRgb, LoadRgb16>();
+  } else {
+    return std::conditional_t<Of.bytes == 1, LoadRgbu, LoadRgbu16>();
+  }
+}
+
+template <Layout Of>
+constexpr auto StoreOf() {
+  if constexpr (Of.channels == 3) {
+    return std::conditional_t<Of.bytes == 1, StoreRgb, StoreRgb16>();
+  } else {
+    return std::conditional_t<Of.bytes == 1, StoreRgbu, StoreRgbu16>();
+  }
+}
+
+template <Layout From, Layout To>
+std::size_t Move(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRICT dst,
+                 std::size_t pixels) {
+  constexpr bool kSwap = From.blueFirst != To.blueFirst;
+  if constexpr (From.channels == To.channels && !kSwap) {
+    return ChangeDepth<From, To>(src, dst, pixels);
+  } else if constexpr (From.bytes == 2 && To.bytes == 2) {
+    return MoveWords<From, To>(src, dst, pixels);
+  } else {
+    using Load = decltype(LoadOf<From>());
+    using Store = decltype(StoreOf<To>());
+    return MovePixels<Load, std::conditional_t<kSwap, StoreSwapped<Store>, Store> >(src, dst,
+                                                                                    pixels);
+  }
+}
+
+#endif
+
 FastKernel FindMove(Routine routine) {
   // clang-format off
   switch (routine) {
     // 8 bits a channel.
-    case Routine::ConvertY8ToRGB:          return Move<LoadY8, StoreRgb>;
-    case Routine::ConvertY8ToRGBU:         return Move<LoadY8, StoreRgbu>;
-    case Routine::AddAlphaChannel_8bit:    return Move<LoadRgb, StoreRgbu>;
-    case Routine::DropAlphaChannel_8bit:   return Move<LoadRgbu, StoreRgb>;
-    case Routine::Swap_C1C3_3Channel_8bit: return Move<LoadRgb, StoreBgr>;
-    case Routine::Swap_C1C3_4Channel_8bit: return Move<LoadRgbu, StoreBgru>;
-    case Routine::ConvertRGBToBGRU:        return Move<LoadRgb, Opaque<StoreBgru>>;
-    case Routine::ConvertBGRToRGBU:        return Move<LoadRgb, Opaque<StoreBgru>>;
-    case Routine::ConvertRGBUToBGR:        return Move<LoadRgbu, StoreBgr>;
-    case Routine::ConvertBGRUToRGB:        return Move<LoadRgbu, StoreBgr>;
+    case Routine::ConvertY8ToRGB:          return Move<kY8, kRgb>;
+    case Routine::ConvertY8ToRGBU:         return Move<kY8, kRgbu>;
+    case Routine::AddAlphaChannel_8bit:    return Move<kRgb, kRgbu>;
+    case Routine::DropAlphaChannel_8bit:   return Move<kRgbu, kRgb>;
+    case Routine::Swap_C1C3_3Channel_8bit: return Move<kRgb, kBgr>;
+    case Routine::Swap_C1C3_4Channel_8bit: return Move<kRgbu, kBgru>;
+    case Routine::ConvertRGBToBGRU:        return Move<kRgb, kBgru>;
+    case Routine::ConvertBGRToRGBU:        return Move<kBgr, kRgbu>;
+    case Routine::ConvertRGBUToBGR:        return Move<kRgbu, kBgr>;
+    case Routine::ConvertBGRUToRGB:        return Move<kBgru, kRgb>;
 
     // Depth of samples alone.
-    case Routine::ConvertY8ToY16:
-      return Widen<1>;
-    case Routine::Pad_8To16_3Channel:
-    case Routine::ConvertRGBToRGB16:
-      return Widen<3>;
-    case Routine::Pad_8To16_4Channel:
-      return Widen<4>;
-    case Routine::ConvertY16ToY8:
-      return Narrow<1>;
-    case Routine::Truncate_16To8_3Channel:
-    case Routine::ConvertRGB16ToRGB:
-      return Narrow<3>;
-    case Routine::Truncate_16To8_4Channel:
-      return Narrow<4>;
+    case Routine::ConvertY8ToY16:          return Move<kY8, kY16>;
+    case Routine::Pad_8To16_3Channel:      return Move<kRgb, kRgb16>;
+    case Routine::ConvertRGBToRGB16:       return Move<kRgb, kRgb16>;
+    case Routine::Pad_8To16_4Channel:      return Move<kRgbu, kRgbu16>;
+    case Routine::ConvertY16ToY8:          return Move<kY16, kY8>;
+    case Routine::Truncate_16To8_3Channel: return Move<kRgb16, kRgb>;
+    case Routine::ConvertRGB16ToRGB:       return Move<kRgb16, kRgb>;
+    case Routine::Truncate_16To8_4Channel: return Move<kRgbu16, kRgbu>;
 
     // 8 bits a channel to 16.
-    case Routine::ConvertY8ToRGB16:        return Move<LoadY8, StoreRgb16>;
-    case Routine::ConvertY8ToRGBU16:       return Move<LoadY8, StoreRgbu16>;
-    case Routine::ConvertRGBToBGR16:       return Move<LoadRgb, StoreBgr16>;
-    case Routine::ConvertRGBToBGRU16:      return Move<LoadRgb, StoreBgru16>;
-    case Routine::ConvertRGBUToRGB16:      return Move<LoadRgbu, StoreRgb16>;
-    case Routine::ConvertRGBUToBGR16:      return Move<LoadRgbu, StoreBgr16>;
-    case Routine::ConvertRGBUToBGRU16:     return Move<LoadRgbu, StoreBgru16>;
-    case Routine::ConvertBGRToRGB16:       return Move<LoadBgr, StoreRgb16>;
-    case Routine::ConvertBGRToBGRU16:      return Move<LoadRgb, StoreRgbu16>;
-    case Routine::ConvertBGRUToRGB16:      return Move<LoadBgru, StoreRgb16>;
-    case Routine::ConvertBGRUToBGR16:      return Move<LoadRgbu, StoreRgb16>;
+    case Routine::ConvertY8ToRGB16:        return Move<kY8, kRgb16>;
+    case Routine::ConvertY8ToRGBU16:       return Move<kY8, kRgbu16>;
+    case Routine::ConvertRGBToBGR16:       return Move<kRgb, kBgr16>;
+    case Routine::ConvertRGBToBGRU16:      return Move<kRgb, kBgru16>;
+    case Routine::ConvertRGBUToRGB16:      return Move<kRgbu, kRgb16>;
+    case Routine::ConvertRGBUToBGR16:      return Move<kRgbu, kBgr16>;
+    case Routine::ConvertRGBUToBGRU16:     return Move<kRgbu, kBgru16>;
+    case Routine::ConvertBGRToRGB16:       return Move<kBgr, kRgb16>;
+    case Routine::ConvertBGRToBGRU16:      return Move<kBgr, kBgru16>;
+    case Routine::ConvertBGRUToRGB16:      return Move<kBgru, kRgb16>;
+    case Routine::ConvertBGRUToBGR16:      return Move<kBgru, kBgr16>;
 
     // 16 bits a channel to 8.
-    case Routine::ConvertY16ToRGB:         return Move<LoadY16, StoreRgb>;
-    case Routine::ConvertY16ToRGBU:        return Move<LoadY16, StoreRgbu>;
-    case Routine::ConvertRGB16ToRGBU:      return Move<LoadRgb16, StoreRgbu>;
-    case Routine::ConvertRGB16ToBGR:       return Move<LoadRgb16, StoreBgr>;
-    case Routine::ConvertRGB16ToBGRU:      return Move<LoadRgb16, StoreBgru>;
-    case Routine::ConvertBGR16ToRGB:       return Move<LoadBgr16, StoreRgb>;
-    case Routine::ConvertBGR16ToRGBU:      return Move<LoadBgr16, StoreRgbu>;
-    case Routine::ConvertBGR16ToBGRU:      return Move<LoadRgb16, StoreRgbu>;
-    case Routine::ConvertBGRU16ToRGB:      return Move<LoadBgru16, StoreRgb>;
-    case Routine::ConvertBGRU16ToRGBU:     return Move<LoadBgru16, StoreRgbu>;
-    case Routine::ConvertBGRU16ToBGR:      return Move<LoadRgbu16, StoreRgb>;
+    case Routine::ConvertY16ToRGB:         return Move<kY16, kRgb>;
+    case Routine::ConvertY16ToRGBU:        return Move<kY16, kRgbu>;
+    case Routine::ConvertRGB16ToRGBU:      return Move<kRgb16, kRgbu>;
+    case Routine::ConvertRGB16ToBGR:       return Move<kRgb16, kBgr>;
+    case Routine::ConvertRGB16ToBGRU:      return Move<kRgb16, kBgru>;
+    case Routine::ConvertBGR16ToRGB:       return Move<kBgr16, kRgb>;
+    case Routine::ConvertBGR16ToRGBU:      return Move<kBgr16, kRgbu>;
+    case Routine::ConvertBGR16ToBGRU:      return Move<kBgr16, kBgru>;
+    case Routine::ConvertBGRU16ToRGB:      return Move<kBgru16, kRgb>;
+    case Routine::ConvertBGRU16ToRGBU:     return Move<kBgru16, kRgbu>;
+    case Routine::ConvertBGRU16ToBGR:      return Move<kBgru16, kBgr>;
 
     // 16 bits a channel throughout.
-    case Routine::ConvertY16ToRGB16:        return MoveWords<Words::Grey, Words::Rgb>;
-    case Routine::ConvertY16ToRGBU16:       return MoveWords<Words::Grey, Words::Rgbu>;
-    case Routine::AddAlphaChannel_16bit:    return MoveWords<Words::Rgb, Words::Rgbu>;
-    case Routine::DropAlphaChannel_16bit:   return MoveWords<Words::Rgbu, Words::Rgb>;
-    case Routine::Swap_C1C3_3Channel_16bit: return MoveWords<Words::Rgb, Words::Bgr>;
-    case Routine::ConvertRGB16ToBGRU16:     return MoveWords<Words::Rgb, Words::Bgru>;
-    case Routine::ConvertBGRU16ToRGB16:     return MoveWords<Words::Bgru, Words::Rgb>;
+    case Routine::ConvertY16ToRGB16:        return Move<kY16, kRgb16>;
+    case Routine::ConvertY16ToRGBU16:       return Move<kY16, kRgbu16>;
+    case Routine::AddAlphaChannel_16bit:    return Move<kRgb16, kRgbu16>;
+    case Routine::DropAlphaChannel_16bit:   return Move<kRgbu16, kRgb16>;
+    case Routine::Swap_C1C3_3Channel_16bit: return Move<kRgb16, kBgr16>;
+    case Routine::ConvertRGB16ToBGRU16:     return Move<kRgb16, kBgru16>;
+    case Routine::ConvertBGRU16ToRGB16:     return Move<kBgru16, kRgb16>;
     default:                                return nullptr;
   }
   // clang-format on

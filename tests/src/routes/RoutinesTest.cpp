@@ -5,6 +5,7 @@
 #include <cstring>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "reference/Kernels.h"
 #include "reference/Routes.h"
@@ -97,6 +98,40 @@ TEST(FindRoute, AgreesWithTheOracleOnEveryPair) {
   }
   EXPECT_EQ(routed, 201);
   RecordProperty("pairs", routed);
+}
+
+// The passes of a route by the oracle: its steps, and theirs, down to kernels.
+void CollectPasses(const char* name, std::vector<std::string>& passes) {
+  const Reference::RouteRow* row = Reference::FindRoute(name);
+  if (row == nullptr) {
+    passes.emplace_back(name);
+    return;
+  }
+  if (row->first != nullptr) CollectPasses(row->first, passes);
+  CollectPasses(row->last, passes);
+}
+
+TEST(ExpandRoute, EndsInTheKernelsOfTheOracle) {
+  for (const Reference::FormatRow& source : Reference::Formats()) {
+    for (const Reference::FormatRow& target : Reference::Formats()) {
+      const char* routine = Reference::Dispatch(source.value, target.value);
+      std::vector<std::string> expected;
+      if (routine != nullptr && *routine != 0) CollectPasses(routine, expected);
+
+      const std::vector<RouteCall> calls = ExpandRoute(static_cast<PixelFormat>(source.value),
+                                                       static_cast<PixelFormat>(target.value));
+      std::vector<std::string> passes;
+      for (const RouteCall& call : calls) {
+        if (call.IsPass()) passes.emplace_back(call.routine->name);
+      }
+      EXPECT_EQ(passes, expected);
+      if (!calls.empty()) {
+        EXPECT_EQ(calls.front().depth, 0);
+        EXPECT_EQ(calls.front().source, static_cast<PixelFormat>(source.value));
+        EXPECT_EQ(calls.back().target, static_cast<PixelFormat>(target.value));
+      }
+    }
+  }
 }
 
 // Keeps the oracle itself whole: each step of each route exists and no route leads back to itself.

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "BayerNames.h"
 #include "Conversion.h"
 #include "Failure.h"
 #include "Names.h"

@@ -3,7 +3,6 @@
 #include "routes/Routines.h"
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,51 +20,17 @@ struct Options {
   bool json = false;
 };
 
-// One call on the way; calls stand in the order in which they begin.
-struct Call {
-  const RoutineInfo* routine;
-  int depth;
-  PixelFormat source;
-  PixelFormat target;
-
-  bool IsPass() const {
-    return routine->kind == RoutineInfo::Kind::Kernel ||
-           routine->kind == RoutineInfo::Kind::Demosaic;
-  }
-};
-
-void Expand(Routine routine, PixelFormat source, PixelFormat target, int depth,
-            std::vector<Call>& calls) {
-  const RoutineInfo& info = GetRoutine(routine);
-  calls.push_back({&info, depth, source, target});
-  switch (info.kind) {
-    case RoutineInfo::Kind::Wrapper:
-      Expand(info.lastStep, source, target, depth + 1, calls);
-      break;
-    case RoutineInfo::Kind::Chain:
-      Expand(info.firstStep, source, info.temporary, depth + 1, calls);
-      Expand(info.lastStep, info.temporary, target, depth + 1, calls);
-      break;
-    case RoutineInfo::Kind::Kernel:
-    case RoutineInfo::Kind::Demosaic:
-      break;
-  }
-}
-
 struct Route {
   PixelFormat source;
   PixelFormat target;
   Routine routine;
-  std::vector<Call> calls;
+  std::vector<RouteCall> calls;
 };
 
 Route RouteOf(PixelFormat source, PixelFormat target) {
-  Route route{source, target, FindRoute(source, target), {}};
+  Route route{source, target, FindRoute(source, target), ExpandRoute(source, target)};
   if (source == target) {
     route.routine = Routine::SameFormat;  // copied, whatever the format
-  }
-  if (route.routine != Routine::None && route.routine != Routine::SameFormat) {
-    Expand(route.routine, source, target, 0, route.calls);
   }
   return route;
 }
@@ -96,7 +61,7 @@ std::string Symbol(const Route& route) {
   }
   int passes = 0;
   bool demosaics = false;
-  for (const Call& call : route.calls) {
+  for (const RouteCall& call : route.calls) {
     passes += call.IsPass() ? 1 : 0;
     demosaics |= call.routine->kind == RoutineInfo::Kind::Demosaic;
   }
@@ -123,7 +88,7 @@ void PrintMatrix(const std::vector<Route>& routes) {
 
 std::string PassNames(const Route& route) {
   std::string names;
-  for (const Call& call : route.calls) {
+  for (const RouteCall& call : route.calls) {
     if (call.IsPass()) {
       names += names.empty() ? "" : ", ";
       names += call.routine->name;
@@ -152,7 +117,7 @@ void PrintList(const std::vector<Route>& routes) {
   Print(table);
 }
 
-std::string KindOf(const Call& call) {
+std::string KindOf(const RouteCall& call) {
   switch (call.routine->kind) {
     case RoutineInfo::Kind::Kernel:
       return "kernel";
@@ -172,7 +137,7 @@ void PrintSteps(const Route& route) {
     return;
   }
   Table table = {{"routine", "from", "to", "is a", "answers"}};
-  for (const Call& call : route.calls) {
+  for (const RouteCall& call : route.calls) {
     const bool runs = call.IsPass();
     const bool passesOn = call.routine->result == RoutineInfo::Result::LastStep;
     table.push_back({std::string(2 * static_cast<std::size_t>(call.depth), ' ') +
@@ -189,14 +154,14 @@ void PrintSteps(const Route& route) {
 
 // --- JSON ----------------------------------------------------------------------------------------
 
-std::string JsonOf(const Call& call) {
+std::string JsonOf(const RouteCall& call) {
   return fmt::format(R"({{"name": {}, "from": {}, "to": {}}})", Json(call.routine->name),
                      Json(NameOf(call.source)), Json(NameOf(call.target)));
 }
 
 std::string JsonOf(const Route& route) {
   std::string kernels;
-  for (const Call& call : route.calls) {
+  for (const RouteCall& call : route.calls) {
     if (call.IsPass()) {
       kernels += (kernels.empty() ? "" : ", ") + JsonOf(call);
     }

@@ -112,12 +112,12 @@ OutputFile::OutputFile(const std::string& path) : m_path(path), m_target(path) {
       fmt::format(".{}.{}.tmp", target.filename().string().substr(0, 200), getpid());
   m_temporary = (target.parent_path() / name).string();
 
+  RemoveWhenInterrupted(m_temporary);  // first, so that no signal finds the file unguarded
   const int fd = open(m_temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
   if (fd < 0) {
     m_temporary.clear();
     FailWithErrno("write", path);
   }
-  RemoveWhenInterrupted(m_temporary);
   m_stream = fdopen(fd, "wb");
   if (m_stream == nullptr || (mode != 0 && fchmod(fd, mode) != 0)) {
     const int reason = errno;

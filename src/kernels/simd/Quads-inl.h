@@ -1,0 +1,325 @@
+// The colour sums on x86: pixels of four bytes, weighed by products of bytes that add up by pixel.
+//
+// S = 8 K + L as in Arithmetic-inl.h, K and L each one such dot product. Four vectors of pixels
+// make one vector of each of luma, U and V. Included once per instruction set.
+
+#if defined(KORVEX2_QUADS_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef KORVEX2_QUADS_INL_H_
+#undef KORVEX2_QUADS_INL_H_
+#else
+#define KORVEX2_QUADS_INL_H_
+#endif
+
+#include <bit>
+
+#include "kernels/scalar/ColourSums.h"
+#include "kernels/simd/Arithmetic-inl.h"
+#include "kernels/simd/Interleave-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace Korvex2::kernels::HWY_NAMESPACE {
+
+#if KORVEX2_X86
+
+// --- Pixels in, four vectors of red, green, blue, any ---
+
+// Quads are either in order, or in the order of JoinFour; Order() puts bytes made of them by two
+// packings in order.
+struct InOrder {
+  static HWY_INLINE Vec8 Order(Vec8 packed) { return Permute(packed, kInverse); }
+  static constexpr std::size_t Place(std::size_t pixel) { return 4 * pixel; }
+};
+struct InBlocks {
+  static HWY_INLINE Vec8 Order(Vec8 packed) { return packed; }
+  static constexpr std::size_t Place(std::size_t pixel) {
+    return pixel % 16 / 4 * HWY_MAX_BYTES + pixel / 16 * 16 + pixel % 4 * 4;
+  }
+};
+
+// Any planar load.
+template <typename Load>
+struct Quads : InBlocks {
+  static constexpr bool kBlueFirst = false;
+  static HWY_INLINE void Get(const std::uint8_t* p, Vec8 (&quads)[4]) {
+    Vec8 r, g, b, a;
+    Load::Get(p, r, g, b, a);
+    JoinFour(r, g, b, hn::Zero(Tag8()), quads);
+  }
+};
+
+template <bool BlueFirst>
+struct QuadsOfFour : InOrder {
+  static constexpr bool kBlueFirst = BlueFirst;
+  static HWY_INLINE void Get(const std::uint8_t* p, Vec8 (&quads)[4]) {
+    for (std::size_t k = 0; k < 4; ++k) {
+      quads[k] = hn::LoadU(Tag8(), p + k * HWY_MAX_BYTES);
+    }
+  }
+};
+template <>
+struct Quads<LoadRgbu> : QuadsOfFour<false> {};
+template <>
+struct Quads<LoadBgru> : QuadsOfFour<true> {};
+
+// Three bytes a pixel: a quarter of the bytes that are loaded for a vector of quads is left over,
+// at its end, for the last vector at its beginning.
+template <bool BlueFirst>
+struct QuadsOfThree : InOrder {
+  static constexpr bool kBlueFirst = BlueFirst;
+  static HWY_INLINE void Get(const std::uint8_t* p, Vec8 (&quads)[4]) {
+    constexpr std::size_t kAdvance = HWY_MAX_BYTES / 4 * 3;
+    for (std::size_t k = 0; k < 3; ++k) {
+      quads[k] = Spread(hn::LoadU(Tag8(), p + k * kAdvance), 0);
+    }
+    quads[3] = Spread(hn::LoadU(Tag8(), p + 2 * HWY_MAX_BYTES), HWY_MAX_BYTES - kAdvance);
+  }
+
+ private:
+  static HWY_INLINE Vec8 Spread(Vec8 v, std::size_t start) {
+#if KORVEX2_VBMI
+    static constexpr auto kPlaces = [] {
+      ByteTable t = {};
+      for (unsigned i = 0; i < 64; ++i) {
+        t.at[i] = static_cast<std::uint8_t>(i / 4 * 3 + i % 4 % 3);
+      }
+      return t;
+    }();
+    const Vec8 places =
+        hn::Add(hn::Load(Tag8(), kPlaces.at), hn::Set(Tag8(), static_cast<std::uint8_t>(start)));
+    return Vec8{_mm512_permutexvar_epi8(places.raw, v.raw)};
+#else
+    alignas(64) std::int32_t places[16];
+    for (std::size_t i = 0; i < 4 * kBlocks; ++i) {
+      // 12 bytes for each block, and 4 that do not matter, from inside the vector.
+      const std::size_t place = start / 4 + i / 4 * 3 + i % 4 % 3;
+      places[i] = static_cast<std::int32_t>(place);
+    }
+    alignas(16) static constexpr std::uint8_t kInBlock[16] = {0, 1, 2, 0, 3, 4,  5,  3,
+                                                              6, 7, 8, 6, 9, 10, 11, 9};
+    const auto lanes = hn::SetTableIndices(Tag32(), places);
+    const Vec8 blocks = AsBytes(hn::TableLookupLanes(AsDoubleWords(v), lanes));
+    return hn::TableLookupBytes(blocks, hn::LoadDup128(Tag8(), kInBlock));
+#endif
+  }
+};
+template <>
+struct Quads<LoadRgb> : QuadsOfThree<false> {};
+template <>
+struct Quads<LoadBgr> : QuadsOfThree<true> {};
+
+// Three or four words a pixel, of which the high bytes are taken.
+#if KORVEX2_VBMI
+template <std::size_t Channels, bool BlueFirst>
+struct QuadsOfWords : InOrder {
+  static constexpr bool kBlueFirst = BlueFirst;
+  static HWY_INLINE void Get(const std::uint8_t* p, Vec8 (&quads)[4]) {
+    // Sixteen pixels reach over two vectors; the second is loaded so that it ends where they do.
+    constexpr std::size_t kBytes = 2 * Channels;
+    constexpr std::size_t kSecond = 16 * kBytes - 64;
+    static constexpr auto kPlaces = [] {
+      ByteTable t = {};
+      for (unsigned i = 0; i < 64; ++i) {
+        const unsigned at = i / 4 * kBytes + i % 4 % Channels * 2 + 1;
+        t.at[i] = static_cast<std::uint8_t>(i < 32 ? at : at - kSecond);
+      }
+      return t;
+    }();
+    const __m512i places = _mm512_load_si512(kPlaces.at);
+    for (std::size_t k = 0; k < 4; ++k, p += 16 * kBytes) {
+      const __m512i low = _mm512_permutexvar_epi8(places, _mm512_loadu_si512(p));
+      quads[k] = Vec8{_mm512_mask_permutexvar_epi8(low, 0xFFFFFFFF00000000, places,
+                                                   _mm512_loadu_si512(p + kSecond))};
+    }
+  }
+};
+template <>
+struct Quads<LoadRgb16> : QuadsOfWords<3, false> {};
+template <>
+struct Quads<LoadBgr16> : QuadsOfWords<3, true> {};
+template <>
+struct Quads<LoadBgru16> : QuadsOfWords<4, true> {};
+#endif
+
+// --- Sums ---
+
+struct Weights {
+  int red, green, blue;
+  int offset;  // a multiple of 8
+
+  // w = 8 k + l.
+  constexpr Weights K() const { return {red >> 3, green >> 3, blue >> 3, offset >> 3}; }
+  constexpr Weights L() const { return {red & 7, green & 7, blue & 7, 0}; }
+};
+
+constexpr Weights kSumY = {299, 587, 114, 0};
+constexpr Weights kSumU = {-169, -331, 500, 128000};
+constexpr Weights kSumV = {500, -419, -81, 128000};
+
+template <bool BlueFirst>
+HWY_INLINE Vec8 WeightsOfQuads(Weights w) {
+  const int first = BlueFirst ? w.blue : w.red;
+  const int third = BlueFirst ? w.red : w.blue;
+  const auto bytes =
+      static_cast<std::uint32_t>((first & 0xFF) | (w.green & 0xFF) << 8 | (third & 0xFF) << 16);
+  return AsBytes(hn::Set(Tag32(), bytes));
+}
+
+// The sum over each quad of a byte times a signed weight, plus an offset.
+HWY_INLINE Vec32 Dot(Vec8 quads, Vec8 weights, int offset) {
+  const Vec32 from = hn::Set(Tag32(), static_cast<std::uint32_t>(offset));
+#if HWY_TARGET == HWY_AVX3_DL
+  return Vec32{_mm512_dpbusd_epi32(from.raw, quads.raw, weights.raw)};
+#elif HWY_TARGET == HWY_AVX3
+  const __m512i pairs = _mm512_maddubs_epi16(quads.raw, weights.raw);
+  return hn::Add(from, Vec32{_mm512_madd_epi16(pairs, _mm512_set1_epi16(1))});
+#elif HWY_TARGET == HWY_AVX2
+  const __m256i pairs = _mm256_maddubs_epi16(quads.raw, weights.raw);
+  return hn::Add(from, Vec32{_mm256_madd_epi16(pairs, _mm256_set1_epi16(1))});
+#else
+  const __m128i pairs = _mm_maddubs_epi16(quads.raw, weights.raw);
+  return hn::Add(from, Vec32{_mm_madd_epi16(pairs, _mm_set1_epi16(1))});
+#endif
+}
+
+// Two vectors into one, block by block: of numbers of 16 bits, signed, and unsigned.
+HWY_INLINE Vec16 PackSigned(Vec32 a, Vec32 b) {
+#if HWY_TARGET == HWY_AVX3_DL || HWY_TARGET == HWY_AVX3
+  return Vec16{_mm512_packs_epi32(a.raw, b.raw)};
+#elif HWY_TARGET == HWY_AVX2
+  return Vec16{_mm256_packs_epi32(a.raw, b.raw)};
+#else
+  return Vec16{_mm_packs_epi32(a.raw, b.raw)};
+#endif
+}
+HWY_INLINE Vec16 PackWords(Vec32 a, Vec32 b) {
+#if HWY_TARGET == HWY_AVX3_DL || HWY_TARGET == HWY_AVX3
+  return Vec16{_mm512_packus_epi32(a.raw, b.raw)};
+#elif HWY_TARGET == HWY_AVX2
+  return Vec16{_mm256_packus_epi32(a.raw, b.raw)};
+#else
+  return Vec16{_mm_packus_epi32(a.raw, b.raw)};
+#endif
+}
+HWY_INLINE Vec8 PackBytes(Vec16 a, Vec16 b) {
+#if HWY_TARGET == HWY_AVX3_DL || HWY_TARGET == HWY_AVX3
+  return Vec8{_mm512_packus_epi16(a.raw, b.raw)};
+#elif HWY_TARGET == HWY_AVX2
+  return Vec8{_mm256_packus_epi16(a.raw, b.raw)};
+#else
+  return Vec8{_mm_packus_epi16(a.raw, b.raw)};
+#endif
+}
+
+// floor(S / 1000) of two vectors of quads. `rest` is zero where S is a multiple of 1000, and only
+// there: with x = floor(S / 8) < 2^15 the product of 2 x and 33555 / 2^16 is x / 125 in 128ths, a
+// little more, so the seven bits of its fraction are zero for multiples of 125 alone.
+template <Weights Sum, bool BlueFirst>
+HWY_INLINE Vec16 Quotient(Vec8 quads0, Vec8 quads1, Vec16& rest) {
+  constexpr Weights kK = Sum.K();
+  const Vec8 k = WeightsOfQuads<BlueFirst>(kK);
+  const Vec8 l = WeightsOfQuads<BlueFirst>(Sum.L());
+  // K alone can be a little below zero.
+  const Vec16 sumK = PackSigned(Dot(quads0, k, kK.offset), Dot(quads1, k, kK.offset));
+  const Vec16 sumL = PackSigned(Dot(quads0, l, 0), Dot(quads1, l, 0));
+  const Vec16 x = hn::Add(sumK, hn::ShiftRight<3>(sumL));
+  const Vec16 in128ths = hn::MulHigh(hn::Add(x, x), hn::Set(Tag16(), 33555));
+  rest = hn::Or(hn::And(in128ths, hn::Set(Tag16(), 127)), hn::And(sumL, hn::Set(Tag16(), 7)));
+  return hn::ShiftRight<7>(in128ths);
+}
+
+// Something of each quad, in order.
+template <typename Source, typename Function>
+HWY_INLINE Vec8 OfEach(const Vec8 (&quads)[4], Function function) {
+  return Source::Order(
+      PackBytes(PackWords(function(AsDoubleWords(quads[0])), function(AsDoubleWords(quads[1]))),
+                PackWords(function(AsDoubleWords(quads[2])), function(AsDoubleWords(quads[3])))));
+}
+
+template <typename Source, int Byte>
+HWY_INLINE Vec8 Channel(const Vec8 (&quads)[4]) {
+  return OfEach<Source>(quads, [](Vec32 v) HWY_ATTR {
+    return hn::And(hn::ShiftRight<8 * Byte>(v), hn::Set(Tag32(), 0xFF));
+  });
+}
+
+// The bytes of a vector whose sums a mask names, computed one by one in doubles.
+template <typename Source>
+HWY_NOINLINE Vec8 MendPixels(Vec8 lumas, hn::Mask<Tag8> which, const Vec8 (&quads)[4]) {
+  const Tag8 d;
+  constexpr std::size_t n = HWY_MAX_BYTES;
+  HWY_ALIGN std::uint8_t mended[n];
+  HWY_ALIGN std::uint8_t pixels[4 * n];
+  std::uint8_t bits[n / 8 + 8];
+  hn::Store(lumas, d, mended);
+  for (std::size_t k = 0; k < 4; ++k) {
+    hn::Store(quads[k], d, pixels + k * n);
+  }
+  const std::size_t bytes = hn::StoreMaskBits(d, which, bits);
+  for (std::size_t byte = 0; byte < bytes; ++byte) {
+    for (unsigned left = bits[byte]; left != 0; left &= left - 1) {
+      const std::size_t i = 8 * byte + static_cast<std::size_t>(std::countr_zero(left));
+      const std::uint8_t* p = pixels + Source::Place(i);
+      const double red = p[Source::kBlueFirst ? 2 : 0];
+      const double blue = p[Source::kBlueFirst ? 0 : 2];
+      mended[i] = static_cast<std::uint8_t>(scalar::Luma(red, p[1], blue));
+    }
+  }
+  return hn::Load(d, mended);
+}
+
+// Lumas of which some are exact multiples: greys by their table, the few others in doubles.
+template <typename Source>
+HWY_INLINE Vec8 MendLumas(Vec8 lumas, Vec16 rest0, Vec16 rest1, const Vec8 (&quads)[4]) {
+  const Tag8 d;
+  const auto difference = [](Vec32 v) HWY_ATTR {
+    const Vec32 rest = hn::And(hn::Xor(v, hn::ShiftRight<8>(v)), hn::Set(Tag32(), 0xFFFF));
+    return hn::Min(rest, hn::Set(Tag32(), 1));
+  };
+  const auto greys = hn::Eq(OfEach<Source>(quads, difference), hn::Zero(d));
+  const auto exact = hn::Eq(Source::Order(PackBytes(rest0, rest1)), hn::Zero(d));
+  const Vec8 mended = hn::Sub(lumas, hn::IfThenElseZero(greys, Drop(lumas, kLumaDrops)));
+  const auto others = hn::AndNot(greys, exact);
+  return HWY_UNLIKELY(!hn::AllFalse(d, others)) ? MendPixels<Source>(mended, others, quads)
+                                                : mended;
+}
+
+template <typename Source>
+HWY_INLINE Vec8 LumaOfQuads(const Vec8 (&quads)[4]) {
+  Vec16 rest0, rest1;
+  const Vec16 low = Quotient<kSumY, Source::kBlueFirst>(quads[0], quads[1], rest0);
+  const Vec16 high = Quotient<kSumY, Source::kBlueFirst>(quads[2], quads[3], rest1);
+  const Vec8 lumas = Source::Order(PackBytes(low, high));
+  const Mask16 exact = hn::Eq(hn::Min(rest0, rest1), hn::Zero(Tag16()));
+  return HWY_UNLIKELY(!hn::AllFalse(Tag16(), exact)) ? MendLumas<Source>(lumas, rest0, rest1, quads)
+                                                     : lumas;
+}
+
+template <typename Source>
+HWY_INLINE Vec8 ChromaUOfQuads(const Vec8 (&quads)[4]) {
+  Vec16 rest0, rest1;
+  const Vec16 low = Quotient<kSumU, Source::kBlueFirst>(quads[0], quads[1], rest0);
+  const Vec16 high = Quotient<kSumU, Source::kBlueFirst>(quads[2], quads[3], rest1);
+  const Vec8 chroma = Source::Order(PackBytes(low, high));
+  const Mask16 exact = hn::Eq(hn::Min(rest0, rest1), hn::Zero(Tag16()));
+  if (HWY_LIKELY(hn::AllFalse(Tag16(), exact))) {
+    return chroma;
+  }
+  constexpr int kRed = Source::kBlueFirst ? 2 : 0;
+  return hn::Sub(chroma, DropsOfU(Channel<Source, kRed>(quads), Channel<Source, 1>(quads),
+                                  Channel<Source, 2 - kRed>(quads)));
+}
+
+// No exact multiple of V comes out lower in doubles.
+template <typename Source>
+HWY_INLINE Vec8 ChromaVOfQuads(const Vec8 (&quads)[4]) {
+  Vec16 rest;
+  return Source::Order(PackBytes(Quotient<kSumV, Source::kBlueFirst>(quads[0], quads[1], rest),
+                                 Quotient<kSumV, Source::kBlueFirst>(quads[2], quads[3], rest)));
+}
+
+#endif  // KORVEX2_X86
+
+}  // namespace Korvex2::kernels::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif
