@@ -1,5 +1,5 @@
-// The command line: any arguments end in one of the exit codes, a failure in one line that says what
-// was wrong and in a folder as it was before.
+// The command line: any arguments end in one of the exit codes, a failure in one line that says
+// what was wrong and in a folder as it was before.
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -123,9 +123,8 @@ class Workplace {
 };
 
 bool HasControls(std::string_view line) {
-  return std::any_of(line.begin(), line.end(), [](char c) {
-    return static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
-  });
+  return std::any_of(line.begin(), line.end(),
+                     [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; });
 }
 
 // Warnings may precede what went wrong; each is a line.
@@ -208,7 +207,8 @@ std::vector<Seed> Seeds() {
   }
   // Each word once in its short form, so that a campaign has them all to put together.
   for (unsigned i = 0; i < std::size(kWords); ++i) {
-    seeds.push_back({"word-" + std::to_string(i), {0x80, '\n', static_cast<std::uint8_t>(kFirstWord + i)}});
+    seeds.push_back(
+        {"word-" + std::to_string(i), {0x80, '\n', static_cast<std::uint8_t>(kFirstWord + i)}});
   }
   return seeds;
 }

@@ -62,6 +62,7 @@ struct Header {
 };
 
 constexpr std::uint32_t kMostPixels = 8192;
+constexpr std::uint32_t kMostPixelsOfMosaics = 256;  // some methods take long
 constexpr std::uint64_t kMostBytes = std::uint64_t{1} << 20;
 constexpr std::uint64_t kLargestImage = 0xFFFFFFFF;
 
@@ -107,12 +108,16 @@ struct Plan {
            : kind == kNoRows  ? word
            : kind == kLongRow ? word % (1 << 16)
            : huge             ? ~word
-                              : h.cols % (kMostPixels + 1);
+                              : h.cols;
+    huge = huge && rows != 0 && cols != 0;
     if (kind == kOrdinary) {
-      rows = std::min(rows, kMostPixels / std::max(1U, cols));
+      const std::uint32_t most = Reference::IsRaw(source) ? kMostPixelsOfMosaics : kMostPixels;
+      cols %= most + 1;
+      rows = std::min(rows, most / std::max(1U, cols));
     }
     const std::uint32_t packed = Reference::RowBytes(cols, Reference::BitsPerPixel(source));
-    stride = packed + static_cast<std::uint32_t>(std::max<std::int64_t>(h.padding, -int64_t{packed}));
+    stride =
+        packed + static_cast<std::uint32_t>(std::max<std::int64_t>(h.padding, -int64_t{packed}));
     // The library copies the pixels whatever the stride, the reference what the stride spans.
     const bool tooShort = stride < packed && source == target;
     if (tooShort || (!huge && std::uint64_t{rows} * stride > kMostBytes)) {
@@ -233,7 +238,8 @@ class Source {
   Image* m_image = nullptr;
 };
 
-// --- The destination of Convert. ------------------------------------------------------------------
+// --- The destination of Convert.
+// ------------------------------------------------------------------
 
 std::size_t LentSize(const Plan& plan) {
   const std::size_t exact = plan.TargetBytes();
@@ -281,7 +287,8 @@ class Destination {
   Image* m_image = nullptr;
 };
 
-// --- What must come of it. ------------------------------------------------------------------------
+// --- What must come of it.
+// ------------------------------------------------------------------------
 
 Reference::Converter OracleOf(const Plan& plan) {
   Reference::Converter oracle;
@@ -350,7 +357,8 @@ void RunConvert(const Plan& plan, const Case<Header>& c) {
   Require(SameResult(outcome, *to, error, destination), plan);
 }
 
-// --- The members of the targets, on destinations in shape. -----------------------------------------
+// --- The members of the targets, on destinations in shape.
+// -----------------------------------------
 
 Probe::Member MemberOf(Reference::Format target) {
   for (const Probe::TargetMember& row : Probe::Targets()) {
@@ -423,8 +431,7 @@ void RunConvertTo(const Plan& plan, const Case<Header>& c) {
   std::memset(expected.data(), old, expected.size());
   Reference::Frame to = FrameOn(expected.data(), plan, false);
 
-  const Error error =
-      Probe(plan.littleEndian).Call(member, &source.image(), &destination.image());
+  const Error error = Probe(plan.littleEndian).Call(member, &source.image(), &destination.image());
   const Reference::Outcome outcome = OracleOf(plan).ConvertTo(plan.target, &frame, &to);
   RequireSame(plan, outcome, error, expected, actual);
 }
@@ -489,7 +496,8 @@ void Run(const Plan& plan, const Case<Header>& c) {
   }
 }
 
-// --- The cases to begin with. ---------------------------------------------------------------------
+// --- The cases to begin with.
+// ---------------------------------------------------------------------
 
 constexpr Header kPlainCase = {.word = 0x9E3779B9,
                                .rows = 4,

@@ -1,5 +1,5 @@
-// The demosaic engine on any arguments: the error that the header promises, nothing written where it
-// fails and everything where it succeeds, buffers of exactly their size, and the same picture on
+// The demosaic engine on any arguments: the error that the header promises, nothing written where
+// it fails and everything where it succeeds, buffers of exactly their size, and the same picture on
 // every instruction set and with every size of blocks.
 
 #include "Demosaic.h"
@@ -44,9 +44,8 @@ struct Header {
   std::uint8_t target;  // of the run with blocks of another size
 };
 
-// The slow methods do a few hundred steps a pixel, and small blocks do them several times.
-constexpr int kMostPixels = 4096;
-constexpr int kMostPixelsOfSlowMethods = 1024;
+// By method: under sanitizers the last one takes up to 0.1 ms for a pixel.
+constexpr int kMostPixels[] = {4096, 4096, 4096, 1024, 1024, 256};
 constexpr int kSmallestBlock = 16;
 constexpr int kBytesPerPixel[] = {1, 2, 3, 4, 6, 8, 3, 4, 6, 8};  // by format
 
@@ -60,7 +59,7 @@ struct Plan {
         pattern((h.wild & kWildPattern) != 0 ? h.word : h.pattern % 4),
         nullInput((h.wild & kNullInput) != 0),
         nullOutput((h.wild & kNullOutput) != 0) {
-    const int most = method < 3 ? kMostPixels : kMostPixelsOfSlowMethods;
+    const int most = Error() == beOK ? kMostPixels[method] : 0;
     if (Error() == beOK && Pixels() > most) {
       cols = std::max(2, cols % most / 2 * 2);
       rows = std::max(2, std::min(rows, most / cols / 2 * 2));
@@ -156,20 +155,19 @@ void Run(const Case<Header>& c) {
   Picture picture(plan.OutputBytes(), h.outputOffset % 64, h.garbage);
   const unsigned char* const input = plan.nullInput ? nullptr : mosaic.data();
 
-  const int error = bayerToColorByNumbers(plan.input, input, plan.rows, plan.cols, plan.output,
-                                          plan.nullOutput ? nullptr : picture.data(), plan.method,
-                                          plan.pattern);
-  require(error == plan.Error(), "error " + std::to_string(error) + ", expected " +
-                                     std::to_string(plan.Error()));
+  const int error =
+      bayerToColorByNumbers(plan.input, input, plan.rows, plan.cols, plan.output,
+                            plan.nullOutput ? nullptr : picture.data(), plan.method, plan.pattern);
+  require(error == plan.Error(),
+          "error " + std::to_string(error) + ", expected " + std::to_string(plan.Error()));
   if (error != beOK) {
     return require(picture.IsAll(h.garbage), "a failure wrote something");
   }
 
   const auto requireSame = [&](const Settings& settings, std::size_t offset) {
     Picture again(plan.OutputBytes(), offset, static_cast<std::uint8_t>(~h.garbage));
-    const Request request = {plan.input,  input,
-                             plan.rows,   plan.cols,
-                             plan.output, plan.nullOutput ? nullptr : again.data(),
+    const Request request = {plan.input,  input,       plan.rows,
+                             plan.cols,   plan.output, plan.nullOutput ? nullptr : again.data(),
                              plan.method, plan.pattern};
     const std::string how = std::string(targetName(settings.target)) + ", blocks of " +
                             std::to_string(settings.blockRows) + " x " +
@@ -177,9 +175,7 @@ void Run(const Case<Header>& c) {
     require(demosaic(request, settings) == beOK, how + " fails");
     require(again == picture, how + " makes another picture");
   };
-  for (const Target target : availableTargets()) {
-    requireSame({.target = target}, 0);
-  }
+  requireSame({.target = Target::kPlain}, 0);
   requireSame({.target = Pick(availableTargets(), h.target),
                .blockRows = kSmallestBlock + h.blockRows % 64 / 2 * 2,
                .blockCols = kSmallestBlock + h.blockCols / 2 * 2},

@@ -10,7 +10,9 @@ namespace Korvex2::Fuzz {
 namespace fs = std::filesystem;
 
 // In memory, where there is such a folder.
-Folder::Folder() : m_path((fs::exists("/dev/shm") ? "/dev/shm" : fs::temp_directory_path()) / "korvex2-fuzz-XXXXXX") {
+Folder::Folder()
+    : m_path((fs::exists("/dev/shm") ? "/dev/shm" : fs::temp_directory_path()) /
+             "korvex2-fuzz-XXXXXX") {
   if (mkdtemp(m_path.data()) == nullptr) {
     Fail("cannot make a folder");
   }

@@ -6,8 +6,8 @@
 #include <tiffio.h>
 #include <unistd.h>
 
-#include <csetjmp>
 #include <fmt/format.h>
+#include <csetjmp>
 
 #include "Folder.h"
 #include "Fuzz.h"
@@ -20,8 +20,15 @@ namespace {
 
 using namespace Tool;
 
+struct Size {
+  std::uint32_t width;
+  std::uint32_t height;
+};
+
 constexpr std::uint32_t kWidth = 9;
 constexpr std::uint32_t kHeight = 7;
+constexpr Size kPicture = {kWidth, kHeight};
+constexpr Size kMosaic = {32, 24};  // smaller ones are none to LibRaw
 
 std::uint8_t Sample(std::size_t i) {
   return static_cast<std::uint8_t>(i * 37 + i / 5);
@@ -44,7 +51,8 @@ Seed Case(const std::string& name, std::string_view extension, const Bytes& file
   return {name + std::string(extension), Encode(header, file)};
 }
 
-// --- What the tool writes itself. -----------------------------------------------------------------
+// --- What the tool writes itself.
+// -----------------------------------------------------------------
 
 void AddWritten(std::vector<Seed>& seeds, const Folder& folder) {
   constexpr std::string_view kWritten[] = {".png", ".pnm", ".pam", ".raw"};
@@ -72,11 +80,13 @@ void AddText(std::vector<Seed>& seeds) {
   add("colour-text", "P3 1 2 4095 0 1 4095 7 8 9");
   add("scaled", "P5 2 2 40\n\1\2\3\50");
   add("deep", "P6 1 1 4095\n\1\2\3\4\5\6");
-  add("grey-alpha", "P7\nWIDTH 2\nHEIGHT 1\nDEPTH 2\nMAXVAL 255\nTUPLTYPE GRAYSCALE_ALPHA\nENDHDR\nabcd");
+  add("grey-alpha",
+      "P7\nWIDTH 2\nHEIGHT 1\nDEPTH 2\nMAXVAL 255\nTUPLTYPE GRAYSCALE_ALPHA\nENDHDR\nabcd");
   add("large-claim", "P5 4294967295 4294967295 255\n1234");
 }
 
-// --- PNG in the variants that the tool reads and does not write. ----------------------------------
+// --- PNG in the variants that the tool reads and does not write.
+// ----------------------------------
 
 extern "C" void AppendPng(png_structp png, png_bytep data, std::size_t size) {
   auto* bytes = static_cast<Bytes*>(png_get_io_ptr(png));
@@ -149,7 +159,8 @@ void AddPng(std::vector<Seed>& seeds) {
   }
 }
 
-// --- TIFF, and DNG, which is one. -----------------------------------------------------------------
+// --- TIFF, and DNG, which is one.
+// -----------------------------------------------------------------
 
 struct TiffVariant {
   const char* name;
@@ -177,9 +188,9 @@ constexpr TiffVariant kTiffVariants[] = {
     // clang-format on
 };
 
-void SetLayout(TIFF* tiff, const TiffVariant& variant) {
-  TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, kWidth);
-  TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, kHeight);
+void SetLayout(TIFF* tiff, const TiffVariant& variant, Size size) {
+  TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, size.width);
+  TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, size.height);
   TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, variant.bits);
   TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, variant.channels);
   TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, variant.photometric);
@@ -193,11 +204,11 @@ void SetLayout(TIFF* tiff, const TiffVariant& variant) {
     TIFFSetField(tiff, TIFFTAG_TILEWIDTH, 16);
     TIFFSetField(tiff, TIFFTAG_TILELENGTH, 16);
   } else {
-    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, 8);
+    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, (size.height + 7) / 8 * 8);
   }
 }
 
-void WriteSamples(TIFF* tiff, const TiffVariant& variant) {
+void WriteSamples(TIFF* tiff, const TiffVariant& variant, Size size) {
   const std::uint16_t planes = variant.planes == PLANARCONFIG_CONTIG ? 1 : variant.channels;
   for (std::uint16_t plane = 0; plane < planes; ++plane) {
     if (variant.tiled) {
@@ -205,19 +216,19 @@ void WriteSamples(TIFF* tiff, const TiffVariant& variant) {
       TIFFWriteTile(tiff, tile.data(), 0, 0, 0, plane);
       continue;
     }
-    Bytes strip = Samples(static_cast<std::size_t>(TIFFVStripSize(tiff, kHeight)));
+    Bytes strip = Samples(static_cast<std::size_t>(TIFFVStripSize(tiff, size.height)));
     TIFFWriteEncodedStrip(tiff, plane, strip.data(), static_cast<tmsize_t>(strip.size()));
   }
 }
 
 // `describe` adds fields.
 template <typename Describe>
-Bytes TiffOf(const TiffVariant& variant, const Folder& folder, Describe describe) {
+Bytes TiffOf(const TiffVariant& variant, Size size, const Folder& folder, Describe describe) {
   const std::string path = folder.Path("made.tif");
   TIFF* tiff = TIFFOpen(path.c_str(), variant.mode);
-  SetLayout(tiff, variant);
+  SetLayout(tiff, variant, size);
   describe(tiff);
-  WriteSamples(tiff, variant);
+  WriteSamples(tiff, variant, size);
   TIFFClose(tiff);
   return folder.Read("made.tif");
 }
@@ -225,7 +236,7 @@ Bytes TiffOf(const TiffVariant& variant, const Folder& folder, Describe describe
 void AddTiff(std::vector<Seed>& seeds, const Folder& folder) {
   for (const TiffVariant& variant : kTiffVariants) {
     if (TIFFIsCODECConfigured(variant.compression) == 0) continue;
-    seeds.push_back(Case(variant.name, ".tif", TiffOf(variant, folder, [](TIFF*) {})));
+    seeds.push_back(Case(variant.name, ".tif", TiffOf(variant, kPicture, folder, [](TIFF*) {})));
   }
 }
 
@@ -235,9 +246,10 @@ struct Camera {
   const char* extension;
 };
 
-constexpr Camera kCameras[] = {
-    {"Nobody", "Nothing", ".dng"}, {"NIKON CORPORATION", "NIKON D70", ".nef"},
-    {"Canon", "Canon EOS 5D", ".nef"}, {"SONY", "DSLR-A100", ".nef"}};
+constexpr Camera kCameras[] = {{"Nobody", "Nothing", ".dng"},
+                               {"NIKON CORPORATION", "NIKON D70", ".nef"},
+                               {"Canon", "Canon EOS 5D", ".nef"},
+                               {"SONY", "DSLR-A100", ".nef"}};
 
 void DescribeMosaic(TIFF* tiff, const Camera& camera) {
   constexpr std::uint8_t kVersion[] = {1, 4, 0, 0};
@@ -253,16 +265,37 @@ void DescribeMosaic(TIFF* tiff, const Camera& camera) {
   }
 }
 
+// Compressions of cameras, which libtiff does not write: the samples are then so much noise.
+constexpr std::uint8_t kCompressions[][2] = {
+    {1, 0},  // none
+    {6, 0},  // JPEG of old
+    {7, 0},  // JPEG
+    {8, 0},  // deflate
+    {0xff, 0x7f}, {0x02, 0x80}, {0x99, 0x87}, {0x4c, 0x88}, {0xff, 0xff},
+};
+
+// Gives the field 259 of a little-endian file another value.
+void SetCompression(Bytes& tiff, const std::uint8_t (&value)[2]) {
+  constexpr std::uint8_t kField[] = {0x03, 0x01, 3, 0, 1, 0, 0, 0};  // 259, a word, one of them
+  const auto found = std::search(tiff.begin(), tiff.end(), std::begin(kField), std::end(kField));
+  if (found == tiff.end()) Fail("a TIFF without its compression");
+  std::copy(std::begin(value), std::end(value), found + std::size(kField));
+}
+
 void AddRaw(std::vector<Seed>& seeds, const Folder& folder) {
-  for (const char* mode : {"wl", "wb"}) {
-    for (const Camera& camera : kCameras) {
-      const TiffVariant mosaic = {"mosaic", mode, PHOTOMETRIC_CFA,     1,    16, COMPRESSION_NONE,
-                                  PLANARCONFIG_CONTIG, false};
-      const Bytes file =
-          TiffOf(mosaic, folder, [&camera](TIFF* tiff) { DescribeMosaic(tiff, camera); });
-      seeds.push_back(
-          Case(fmt::format("mosaic-{}-{}", mode, camera.model), camera.extension, file));
-    }
+  const auto add = [&](const char* mode, const Camera& camera,
+                       const std::uint8_t(&compression)[2]) {
+    const TiffVariant mosaic = {
+        "mosaic", mode, PHOTOMETRIC_CFA, 1, 16, COMPRESSION_NONE, PLANARCONFIG_CONTIG, false};
+    Bytes file =
+        TiffOf(mosaic, kMosaic, folder, [&camera](TIFF* tiff) { DescribeMosaic(tiff, camera); });
+    if (compression[0] != 1) SetCompression(file, compression);
+    seeds.push_back(
+        Case(fmt::format("mosaic-{}-{}", seeds.size(), camera.model), camera.extension, file));
+  };
+  for (const Camera& camera : kCameras) {
+    add("wb", camera, kCompressions[0]);
+    for (const auto& compression : kCompressions) add("wl", camera, compression);
   }
 }
 

@@ -36,8 +36,8 @@ class FileInMemory {
   }
 
   void Set(std::span<const std::uint8_t> bytes) const {
-    if (ftruncate(m_fd, 0) != 0 || pwrite(m_fd, bytes.data(), bytes.size(), 0) !=
-                                       static_cast<ssize_t>(bytes.size())) {
+    if (ftruncate(m_fd, 0) != 0 ||
+        pwrite(m_fd, bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
       Fail("cannot write the file in memory");
     }
   }
@@ -58,7 +58,8 @@ void RepairPngChecksums(Bytes& png) {
     const auto crc =
         static_cast<std::uint32_t>(crc32(0, &png[at + 4], static_cast<uInt>(length + 4)));
     for (int i = 0; i < 4; ++i) {
-      png[at + 8 + length + static_cast<unsigned>(i)] = static_cast<std::uint8_t>(crc >> (24 - 8 * i));
+      png[at + 8 + length + static_cast<unsigned>(i)] =
+          static_cast<std::uint8_t>(crc >> (24 - 8 * i));
     }
     at += 12 + length;
   }

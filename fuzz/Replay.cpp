@@ -1,5 +1,5 @@
-// The plain program around a fuzz target: runs the cases that are kept in code, or the files that it
-// is given, each a case that a campaign has found.
+// The plain program around a fuzz target: runs the cases that are kept in code, or the files that
+// it is given, each a case that a campaign has found.
 //
 //   NAME_replay                       every kept case
 //   NAME_replay FILE ...              these

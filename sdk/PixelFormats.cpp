@@ -100,7 +100,8 @@ std::uint64_t ReachedSize(const PixelFormatInfo& format, std::uint64_t pixels) n
 }
 
 std::uint32_t PackedStride(std::uint32_t cols, std::uint32_t bitsPerPixel) noexcept {
-  const float bits = static_cast<float>(cols * bitsPerPixel);
+  const auto product = static_cast<std::uint32_t>(std::uint64_t{cols} * bitsPerPixel);  // wraps
+  const float bits = static_cast<float>(product);
   return static_cast<std::uint32_t>(std::ceil(static_cast<double>(bits / 8.0F)));
 }
 

@@ -106,9 +106,13 @@ void ClearFrom(std::size_t offset, Image* pDst) {
 template class Singleton<ImageConverter>;
 
 ImageConverter::ImageConverter() {
-  SystemInfo info;
-  (void)Utilities::GetSystemInfo(&info);  // sets byteOrder even when it fails
-  m_LittleEndian = info.byteOrder == BYTE_ORDER_LITTLE_ENDIAN;
+  // Once: asking the system for all of its facts takes longer than converting a small frame.
+  static const bool isLittleEndian = [] {
+    SystemInfo info;
+    (void)Utilities::GetSystemInfo(&info);  // sets byteOrder even when it fails
+    return info.byteOrder == BYTE_ORDER_LITTLE_ENDIAN;
+  }();
+  m_LittleEndian = isLittleEndian;
 }
 
 ImageConverter::~ImageConverter() {}
@@ -318,8 +322,11 @@ Error ImageConverter::TempImage(const Image* pSrc, Image* pTemporary, PixelForma
   return error != VORERROR_OK ? RaiseRefusedDimensions(CallerLine(), error) : Success();
 }
 
+// Wraps at 32 bits, where an image of no format or a subclass claims so many pixels.
 unsigned int ImageConverter::GetNumberOfPixels(const Image* pImage) const {
-  return pImage == nullptr ? 0 : pImage->GetRows() * pImage->GetCols();
+  return pImage == nullptr
+             ? 0
+             : static_cast<unsigned int>(std::uint64_t{pImage->GetRows()} * pImage->GetCols());
 }
 
 unsigned char ImageConverter::Clamp_8bit(short value) const {

@@ -108,7 +108,8 @@ class Run {
   Error m_error;
 };
 
-// --- What the oracle says of the same lack. --------------------------------------------------------
+// --- What the oracle says of the same lack.
+// --------------------------------------------------------
 
 // Temporaries and the engine's line buffers, in the order in which the oracle asks for them.
 struct OracleMemory {
@@ -127,9 +128,9 @@ OracleMemory* engineMemory = nullptr;
 int EngineThatTakesMemory(int inputFormat, const std::uint8_t* input, int rows, int cols,
                           int outputFormat, std::uint8_t* output, int method, int pattern) {
   constexpr int kNoMemory = 5;
-  return engineMemory->Grant() ? RealEngine(inputFormat, input, rows, cols, outputFormat, output,
-                                            method, pattern)
-                               : kNoMemory;
+  return engineMemory->Grant()
+             ? RealEngine(inputFormat, input, rows, cols, outputFormat, output, method, pattern)
+             : kNoMemory;
 }
 
 struct Expected {
@@ -270,8 +271,7 @@ TEST_F(Faults, LeaveNothingOfAnEarlierFrame) {
       Image destinations[2];
       for (Image& destination : destinations) {
         ASSERT_EQ(destination.SetDimensions(
-                      kRows, kCols,
-                      Reference::RowBytes(kCols, Reference::BitsPerPixel(c.target)),
+                      kRows, kCols, Reference::RowBytes(kCols, Reference::BitsPerPixel(c.target)),
                       static_cast<PixelFormat>(c.target), NONE),
                   VORERROR_OK);
         const int old = &destination == destinations ? 0x55 : 0xAA;

@@ -1,5 +1,5 @@
-// The very first conversion of a process, when there is no memory at all: what is looked up once must
-// not need any. A program of its own for each case, since a second conversion is no first one.
+// The very first conversion of a process, when there is no memory at all: what is looked up once
+// must not need any. A program of its own for each case, since a second conversion is no first one.
 //
 //   first_conversion SOURCE TARGET converts|black|fails
 

@@ -28,7 +28,8 @@ class HeapShortage {
   HeapShortage& operator=(const HeapShortage&) = delete;
 };
 
-/// While one lives, a single allocation of this thread fails, or it and all of its kind that follow.
+/// While one lives, a single allocation of this thread fails, or it and all of its kind that
+/// follow.
 class AllocationFault {
  public:
   enum class Of { PixelBuffers, AnythingElse };

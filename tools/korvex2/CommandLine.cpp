@@ -33,6 +33,8 @@ constexpr const char* kExamples = R"(Examples:
       measure and show the demosaic methods
   korvex2 routes --from raw12 --to mono16
       the kernels behind a conversion
+  korvex2 bench --from yuv422
+      measure conversions on this machine
 
 Exit codes: 0 done, 1 failed, 2 the command line is wrong. A failure leaves no output file.)";
 
@@ -74,6 +76,7 @@ int Run(int argc, char** argv) {
   AddChartCommand(app, globals);
   AddMosaicCommand(app, globals);
   AddDemosaicCompareCommand(app, globals);
+  AddBenchCommand(app, globals);
   AddFormatsCommand(app);
   AddRoutesCommand(app);
   AddInfoCommand(app);

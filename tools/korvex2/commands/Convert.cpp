@@ -32,6 +32,7 @@ struct Options {
   std::optional<std::uint32_t> height;
   std::string tile;
   std::string method;
+  std::string cpu;
   std::optional<std::string> frames;
   std::optional<std::uint64_t> headerBytes;
   std::optional<std::uint64_t> frameBytes;
@@ -294,6 +295,7 @@ void RunMany(const Options& options, const Globals& globals) {
 }
 
 void Run(const Options& options, const Globals& globals) {
+  ChooseInstructionSet(options.cpu);
   options.IsBatch() ? RunMany(options, globals) : RunOne(options, globals);
 }
 
@@ -362,6 +364,7 @@ void AddConvertCommand(CLI::App& app, const Globals& globals) {
           "--method", options->method,
           "How to make colour of a raw input: " + MethodNames() + "; none shows the mosaic as grey")
       ->check(NotEmpty);
+  AddCpuOption(*command, options->cpu);
   AddLookOptions(*command, *options);
   AddBatchOptions(*command, *options);
   command->footer(ContainerHelp() + kNotes);

@@ -165,7 +165,7 @@ struct OutputFile::Target {
   static Target Of(const std::string& path) {
     struct stat status;
     if (IsStandardStream(path)) {
-      return {"", std::nullopt};
+      return {path, std::nullopt};
     }
     if (stat(path.c_str(), &status) != 0) {
       return {path, std::nullopt};
@@ -179,7 +179,7 @@ OutputFile::OutputFile(const std::string& path) : OutputFile(path, Target::Of(pa
 
 OutputFile::OutputFile(const std::string& path, const Target& target)
     : m_path(path), m_target(target.path) {
-  if (m_target.empty()) {
+  if (IsStandardStream(path)) {
     m_path = "standard output";
     m_stream = stdout;
     return;
