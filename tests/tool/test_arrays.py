@@ -70,7 +70,7 @@ def test_the_header_is_what_numpy_writes(tool, rng):
     (np.zeros((4, 4, 4), np.uint16), [], "--from"), (np.zeros((4, 4), np.uint8), ["--from", "rgb8"], "rgb8"),
     (np.zeros((4, 4), np.uint8), ["--from", "mono16"], "mono16"), (np.zeros((0, 4), np.uint8), [], "0 pixels"),
     (np.zeros((4, 4), np.uint8), ["--from", "mono12"], "multiples of 3"), (np.zeros((), np.uint8), [], "uint8"),
-    (np.zeros((4, 4), np.uint8), ["--width", "5"], "4 x 4"), (np.zeros((4, 4), object), [], "O"),
+    (np.zeros((4, 4), np.uint8), ["--width", "5"], "4 x 4"), (np.zeros((4, 4), object), [], "no plain array"),
 ])
 def test_other_arrays_are_refused(tool, array, arguments, hint):
     np.save(tool.folder / "in.npy", array, allow_pickle=True)

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <memory>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 #include "Failure.h"
@@ -53,15 +54,16 @@ void RequireApart(const FrameList& frames, const OutputPattern& pattern) {
     }
     return;
   }
-  std::unordered_map<std::string, std::string> inputs;
+  std::unordered_map<std::string, std::unordered_set<std::string>> inputs;  // by their last name
   for (const std::string& file : frames.files()) {
-    inputs.emplace(Identity(file), file);
+    inputs[fs::path(file).filename()].insert(Identity(file));
   }
   std::unordered_map<std::string, std::uint64_t> outputs;
   for (std::uint64_t i = 0; i < *frames.count(); ++i) {
     const FramePlace place = frames[i];
     const std::string output = pattern.Fill(place);
-    if (inputs.contains(Identity(output))) {
+    const auto namesake = inputs.find(fs::path(output).filename());
+    if (namesake != inputs.end() && namesake->second.contains(Identity(output))) {
       throw UsageFailure(
           "{} would be written over the input {}; let the pattern lead to another folder",
           place.label, output);
@@ -227,9 +229,10 @@ class Batch {
       if (container.read == nullptr && container.readImage == nullptr) {
         return InputFile(frame.output).size() != 0;
       }
-      return Holds(ContainerOf(frame.output),
-                   ReadImage(frame.output, {FindPixelFormat(m_options.target), {}, {}, {}})
-                       .GetPixelFormat());
+      InputShape shape;
+      shape.format = FindPixelFormat(m_options.target);
+      ReadImage(frame.output, shape);
+      return true;
     } catch (const Failure&) {
       return false;
     }

@@ -42,6 +42,8 @@ struct Options {
   bool resume = false;
   bool failFast = false;
   bool jsonProgress = false;
+  std::string blackLevel;
+  std::string scale;
   std::string crop;
   std::string whiteBalance;
   std::string stretch;
@@ -70,7 +72,7 @@ without a header, "png:-" one with the file format of that extension.
 
 Y4M for players and encoders: --to yuv444, yuv422, yuv411 or mono8.
 
-To look at dark or linear frames: --crop, --white-balance, --stretch and --gamma come after the
+To look at dark or linear frames: --black-level and --scale come before the conversion; --crop, --white-balance, --stretch and --gamma come after the
 conversion, in this order whatever theirs is, and change what the converter made. For a source of
 more than 8 bits they work on 16 bits, and an 8-bit result is rounded once, at the end.
 
@@ -90,7 +92,8 @@ Examples:
   korvex2 convert capture.dng photo.png --method rigorous --to rgb16
   korvex2 convert capture.dng frame.raw --to raw16
   korvex2 convert frame.raw photo.png --from Mono12Packed --width 640 --height 480 --to mono16
-  korvex2 convert capture.dng look.png --to rgb8 --white-balance grey --stretch 0.5,99.5 --gamma 2.2
+  korvex2 convert capture.dng look.png --to rgb8 --black-level file --scale file
+      --white-balance grey --gamma 2.2
   korvex2 convert captures 'out/{name}.png' --to rgb8 --resume
   korvex2 convert dump.raw 'out/{index:06}.png' --from raw12 --tile rggb --width 1920
       --height 1080 --header-bytes 512 --every 10 --to rgb8
@@ -147,6 +150,12 @@ InputShape ShapeOf(const Options& options) {
   shape.width = options.width;
   shape.height = options.height;
   shape.tile = TileOf(options);
+  if (!options.blackLevel.empty()) {
+    shape.levels.black = ParseLevel("--black-level", options.blackLevel);
+  }
+  if (!options.scale.empty()) {
+    shape.levels.white = ParseLevel("--scale", options.scale);
+  }
   return shape;
 }
 
@@ -300,6 +309,15 @@ void Run(const Options& options, const Globals& globals) {
 }
 
 void AddLookOptions(CLI::App& command, Options& options) {
+  command
+      .add_option(
+          "--black-level", options.blackLevel,
+          "Subtract it from a raw16 source: a number, or file for what a camera's file says")
+      ->check(NotEmpty);
+  command
+      .add_option("--scale", options.scale,
+                  "The white level of a raw16 source that becomes 65535: a number, or file")
+      ->check(NotEmpty);
   command.add_option("--crop", options.crop, "x,y,width,height: the part of the result to keep")
       ->check(NotEmpty);
   command

@@ -185,12 +185,12 @@ Image ReadImage(const std::string& path, const InputShape& shape) {
 
 Image ReadImage(const InputFile& file, const Container& container, const InputShape& shape) {
   if (IsHeaderless(container)) {
-    return ReadHeaderless(file, shape);
+    return WithLevels(ReadHeaderless(file, shape), shape.levels, {}, file.path());
   }
   if (container.readImage != nullptr) {
     Image image = container.readImage(file, shape.format, shape.tile.value_or(NONE));
     RequireSameSize(file.path(), image.GetCols(), image.GetRows(), shape);
-    return image;
+    return WithLevels(std::move(image), shape.levels, {}, file.path());
   }
   if (container.read == nullptr) {
     throw Failure("cannot read {}: {} files are write only", file.path(), container.name);
@@ -198,7 +198,9 @@ Image ReadImage(const InputFile& file, const Container& container, const InputSh
   Raster raster = container.read(file);
   RequireSameSize(file.path(), raster.width, raster.height, shape);
   const BayerTileFormat tile = TileOf(file.path(), raster, shape);
-  return ToImage(std::move(raster), shape.format, tile, file.path());
+  const std::optional<SensorLevels> levels = std::move(raster.levels);
+  return WithLevels(ToImage(std::move(raster), shape.format, tile, file.path()), shape.levels,
+                    levels, file.path());
 }
 
 void WriteImage(const Image& image, const std::string& path) {

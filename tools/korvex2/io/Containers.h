@@ -52,6 +52,7 @@ struct InputShape {
   std::optional<std::uint32_t> width;
   std::optional<std::uint32_t> height;
   std::optional<BayerTileFormat> tile;  ///< nothing: the file's own, or none
+  LevelRequest levels;
 };
 
 Image ReadImage(const std::string& path, const InputShape& shape);
