@@ -72,9 +72,10 @@ without a header, "png:-" one with the file format of that extension.
 
 Y4M for players and encoders: --to yuv444, yuv422, yuv411 or mono8.
 
-To look at dark or linear frames: --black-level and --scale come before the conversion; --crop, --white-balance, --stretch and --gamma come after the
-conversion, in this order whatever theirs is, and change what the converter made. For a source of
-more than 8 bits they work on 16 bits, and an 8-bit result is rounded once, at the end.
+To look at dark or linear frames: --black-level and --scale come before the conversion; --crop,
+--white-balance, --stretch and --gamma after it, in this order whatever theirs is. They change what
+the converter made. For a source of more than 8 bits they work on 16 bits, and an 8-bit result is
+rounded once, at the end.
 
 Many frames: give many inputs (folders and quoted globs among them), and an output with {name} (of
 the input), {index:06} (counts what is converted) or {frame} (counts in the file), each from 0. A

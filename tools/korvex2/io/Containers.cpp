@@ -230,9 +230,10 @@ std::string ContainerHelp() {
          "TIFF.\n"
          "NPY keeps the order of the format: H x W, H x W x channels, H x bytes of packed rows; 4\n"
          "channels of 16 bits and mosaics need --from. Y4M says 25 frames a second.\n"
-         "A camera's raw file says its tile. Nothing is developed: its samples are linear and "
-         "keep\n"
-         "their black level and their range (14 bits end at 16383), so pictures of it look dark.\n";
+         "A camera's raw file says its tile. Unless convert is told otherwise its samples are "
+         "linear\n"
+         "and keep their black level and range (14 bits end at 16383), so pictures of it look "
+         "dark.\n";
 }
 
 }  // namespace Korvex2::Tool
