@@ -17,10 +17,10 @@
 // compiler of them.
 #if HWY_TARGET == HWY_AVX3_DL
 #undef HWY_TARGET_STR
-#define HWY_TARGET_STR                                                \
-  HWY_TARGET_STR_AVX3                                                 \
-      ",vpclmulqdq,avx512vbmi,avx512vbmi2,vaes,avxvnni,avx512bitalg," \
-      "avx512vpopcntdq,avx512vnni"
+#define HWY_TARGET_STR                                            \
+  HWY_TARGET_STR_AVX3                                             \
+  ",vpclmulqdq,avx512vbmi,avx512vbmi2,vaes,avxvnni,avx512bitalg," \
+  "avx512vpopcntdq,avx512vnni"
 #endif
 
 // x86 has shuffles of bytes within blocks of 16, and with VBMI within a whole vector, but no loads
