@@ -32,6 +32,16 @@
 #else
 #define KORVEX2_X86 0
 #endif
+// The intrinsic of a name for vectors of this set's width.
+#undef KORVEX2_INTRINSIC
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+#define KORVEX2_INTRINSIC(name) _mm512_##name
+#elif HWY_TARGET == HWY_AVX2
+#define KORVEX2_INTRINSIC(name) _mm256_##name
+#else
+#define KORVEX2_INTRINSIC(name) _mm_##name
+#endif
+
 #undef KORVEX2_VBMI
 #define KORVEX2_VBMI (HWY_TARGET == HWY_AVX3_DL)
 

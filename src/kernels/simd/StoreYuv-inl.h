@@ -75,10 +75,11 @@ struct StoreY12 {
 // --- Stores of packed YUV, of a vector of pixels as (luma, U, V) ---
 
 // The truncated mean of each two, and of each four, neighbours: as words, and as double words.
-#if KORVEX2_VBMI
+#if KORVEX2_X86
 
 HWY_INLINE Vec16 MeanOfTwo(Vec8 v) {
-  return hn::ShiftRight<1>(Vec16{_mm512_maddubs_epi16(v.raw, _mm512_set1_epi8(1))});
+  const Vec8 ones = hn::Set(Tag8(), 1);
+  return hn::ShiftRight<1>(Vec16{KORVEX2_INTRINSIC(maddubs_epi16)(v.raw, ones.raw)});
 }
 HWY_INLINE Vec32 MeanOfFour(Vec8 v) {
   return hn::ShiftRight<2>(Dot(v, hn::Set(Tag8(), 1), 0));
