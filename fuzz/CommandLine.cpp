@@ -41,6 +41,7 @@ constexpr std::string_view kWords[] = {
     "--frames", "--skip", "--every", "--header-bytes", "--frame-bytes", "--resume", "--fail-fast",
     "--crop", "--white-balance", "--stretch", "--gamma", "--black-level", "--scale", "file", "grey",
     "{index}.pgm", "{name}.raw", "in*.p?m", "out.npy", "out.tif", "out.y4m", "-", "y4m:-",
+    "bench", "--size", "16x12", "--cpu", "plain",
     // clang-format on
 };
 static_assert(kFirstWord + std::size(kWords) <= 256);
@@ -106,8 +107,9 @@ class Workplace {
     const int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
     dup2(nothing, STDIN_FILENO);  // for "-"
     close(nothing);
-    if (chdir(m_folder.path().c_str()) != 0) Fail("cannot enter the folder");
   }
+
+  const std::string& path() const { return m_folder.path(); }
 
   bool IsUntouched() const {
     const std::vector<std::string> names = m_folder.Names();
@@ -126,6 +128,24 @@ class Workplace {
  private:
   Folder m_folder;
   std::map<std::string, Bytes> m_files;
+};
+
+// The process works in a folder while one lives.
+class Inside {
+ public:
+  explicit Inside(const std::string& path)
+      : m_before(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    if (m_before < 0 || chdir(path.c_str()) != 0) Fail("cannot enter " + path);
+  }
+  Inside(const Inside&) = delete;
+  Inside& operator=(const Inside&) = delete;
+  ~Inside() {
+    if (fchdir(m_before) != 0) Fail("cannot go back");
+    close(m_before);
+  }
+
+ private:
+  int m_before;
 };
 
 bool HasControls(std::string_view line) {
@@ -164,6 +184,7 @@ void Run(std::span<const std::uint8_t> bytes) {
   const Captured err(STDERR_FILENO);
   int code = 0;
   {
+    const Inside inside(workplace.path());
     const LimitedMemory limit(kLargestBlock);
     code = RunCommandLine(static_cast<int>(arguments.size()), argv.data());
   }
@@ -214,6 +235,8 @@ std::vector<Seed> Seeds() {
       "mosaic\nin.png\nout.png\n--tile\nrggb\n--to\nraw16",
       "demosaic-compare\nin.png\n--out\nout.png\n--tile\ngbrg\n--json",
       "demosaic-compare\nin.ppm\n--detail\n0\n0",
+      "bench\n--size\n16x12\n--from\nrgb8\n--to\nmono8\n--json",
+      "bench\n--size\n4294967295x4294967295\n--cpu\nplain",
   };
   std::vector<Seed> seeds;
   for (const std::string_view line : kLines) {

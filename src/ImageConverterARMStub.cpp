@@ -106,13 +106,9 @@ void ClearFrom(std::size_t offset, Image* pDst) {
 template class Singleton<ImageConverter>;
 
 ImageConverter::ImageConverter() {
-  // Once: asking the system for all of its facts takes longer than converting a small frame.
-  static const bool isLittleEndian = [] {
-    SystemInfo info;
-    (void)Utilities::GetSystemInfo(&info);  // sets byteOrder even when it fails
-    return info.byteOrder == BYTE_ORDER_LITTLE_ENDIAN;
-  }();
-  m_LittleEndian = isLittleEndian;
+  SystemInfo info;
+  (void)Utilities::GetSystemInfo(&info);  // sets byteOrder even when it fails
+  m_LittleEndian = info.byteOrder == BYTE_ORDER_LITTLE_ENDIAN;
 }
 
 ImageConverter::~ImageConverter() {}

@@ -40,7 +40,7 @@ struct Size {
   std::size_t Pixels() const { return std::size_t{rows} * cols; }
 };
 
-constexpr Size kSizes[] = {{2, 2}, {64, 640}, {1080, 1920}};
+constexpr Size kSizes[] = {{2, 2}, {64, 640}, {360, 640}};
 
 const ImageConverter& Converter() {
   static const ImageConverter converter;
@@ -120,7 +120,7 @@ const std::map<PixelFormat, std::map<PixelFormat, std::size_t>> kTemporaries = {
 };
 // clang-format on
 
-// What nearest neighbour takes in the engine for a picture of up to 1920 columns.
+// What nearest neighbour takes in the engine for a picture of up to 640 columns.
 constexpr std::size_t kNearestNeighbor = 64 * kKiB;
 
 TEST(MemoryUse, MosaicsTakeTheirTemporaryImages) {
