@@ -38,6 +38,9 @@ constexpr std::string_view kWords[] = {
     "yuv411", "yuv422", "yuv444", "raw8", "raw12", "raw16", "BayerRG8", "Mono12Packed", "UYVY",
     "rggb", "grbg", "gbrg", "bggr", "none", "nearest", "edge", "hq_linear", "directional",
     "rigorous", "default", "16", "12", "0", "1", "-1", "4294967295", "4294967296", "=", "all",
+    "--frames", "--skip", "--every", "--header-bytes", "--frame-bytes", "--resume", "--fail-fast",
+    "--crop", "--white-balance", "--stretch", "--gamma", "--black-level", "--scale", "file", "grey",
+    "{index}.pgm", "{name}.raw", "in*.p?m", "out.npy", "out.tif", "out.y4m", "-", "y4m:-",
     "bench", "--size", "16x12", "--cpu", "plain",
     // clang-format on
 };
@@ -101,6 +104,9 @@ class Workplace {
     m_folder.Write("in.tif", Bytes{'I', 'I', '*', 0});
     m_folder.Write("in.dng", Bytes{'M', 'M', 0, '*'});
     for (const std::string& name : m_folder.Names()) m_files[name] = m_folder.Read(name);
+    const int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    dup2(nothing, STDIN_FILENO);  // for "-"
+    close(nothing);
   }
 
   const std::string& path() const { return m_folder.path(); }
@@ -187,7 +193,9 @@ void Run(std::span<const std::uint8_t> bytes) {
   err.Restore();
   if (code < 0 || code > 2) Fail(called + "exit code " + std::to_string(code));
   const bool untouched = workplace.IsUntouched();
-  if (code != 0) {
+  // Of many frames each may fail, and the others are there.
+  const bool ofMany = said.size() == 4096 || said.find(" frames failed") != std::string::npos;
+  if (code != 0 && !ofMany) {
     RequireOneFailure(said, called);
     if (!out.Text().empty()) Fail(called + "printed something and failed");
     if (!untouched) Fail(called + "failed and touched the folder");
@@ -218,6 +226,12 @@ std::vector<Seed> Seeds() {
       "convert\nin.tif\nout.png\n--to\nrgb8",
       "convert\nin.dng\nout.png\n--to\nrgb8",
       "convert\n--\n-in.png\n--to\n--from",
+      "convert\nin.raw\n{index:03}.png\n--from\nmono8\n--width\n18\n--height=16\n--frames=2"
+      "\n--to=mono16",
+      "convert\nin.p?m\nmissing.png\n{name}{index}.npy\n--to\nrgb8\n--jobs\n2\n--resume",
+      "convert\nin.png\ny4m:-\n--to\nyuv444\n--crop\n2,2,8,8",
+      "convert\nin.png\nout.tif\n--to\nrgb16\n--white-balance\ngrey\n--stretch\n1,99\n--gamma\n2",
+      "convert\nin.pgm\nout.png\n--to\nrgb8\n--black-level\n3\n--scale\nfile",
       "mosaic\nin.png\nout.png\n--tile\nrggb\n--to\nraw16",
       "demosaic-compare\nin.png\n--out\nout.png\n--tile\ngbrg\n--json",
       "demosaic-compare\nin.ppm\n--detail\n0\n0",

@@ -78,7 +78,7 @@ TEST_F(Files, ThatGrowAreReadAsTheyWere) {
   const std::string path = Write("in.raw", "0123456789");
   const InputFile file(path);
   std::ofstream(path, std::ios::app) << "more";
-  const Bytes bytes = file.Read();
+  const Bytes& bytes = file.Read();
   EXPECT_EQ(std::string(bytes.data.get(), bytes.data.get() + bytes.size), "0123456789");
 }
 

@@ -15,10 +15,13 @@ class Tool:
     def __init__(self, folder):
         self.folder = folder
 
+    @staticmethod
+    def command(*arguments):
+        return [TOOL, *map(str, arguments)]
+
     def run(self, *arguments, **options):
         return subprocess.run(
-            [TOOL, *map(str, arguments)],
-            cwd=self.folder, capture_output=True, text=True, timeout=120, **options)
+            self.command(*arguments), cwd=self.folder, capture_output=True, text=True, timeout=120, **options)
 
     def succeeds(self, *arguments):
         result = self.run(*arguments)

@@ -1,10 +1,10 @@
-"""TIFF as input: written by PIL, and in the variants that PIL does not write."""
+"""TIFF: as PIL writes it, in the variants that PIL does not write, and as PIL and libtiff read it."""
 
 import numpy as np
 import pytest
 from PIL import Image
 
-from pictures import MIN_IS_WHITE, SHORT, dng_bytes, mosaic, read_png, read_pnm, tiff_bytes
+from pictures import MIN_IS_WHITE, SHORT, dng_bytes, mosaic, png_bytes, read_png, read_pnm, tiff_bytes
 
 NAMES = {(1, 8): "mono8", (3, 8): "rgb8", (4, 8): "rgbu", (1, 16): "mono16", (3, 16): "rgb16", (4, 16): "bgru16"}
 DTYPES = {8: np.uint8, 16: np.uint16}
@@ -130,7 +130,30 @@ def test_wrong_files(tool, rng):
     assert ".dng" in tool.fails(1, "convert", "raw.tif", "out.png", "--to", "rgb8")
 
 
-@pytest.mark.parametrize("output", ["out.tif", "out.tiff", "out.dng", "out.nef"])
+@pytest.mark.parametrize("output", ["out.dng", "out.nef"])
 def test_read_only(tool, output):
     message = tool.fails(1, "convert", "missing.png", output, "--to", "rgb8")
-    assert "read only" in message and ".png" in message and ".tif" not in message.split("end in")[1]
+    assert "read only" in message and ".png" in message and ".dng" not in message.split("end in")[1]
+
+
+@pytest.mark.parametrize("channels, depth", NAMES)
+@pytest.mark.parametrize("shape", [(1, 1), (23, 37), (300, 401)])
+def test_what_is_written(tool, rng, channels, depth, shape):
+    samples = random(rng, channels, depth, shape)
+    (tool.folder / "in.png").write_bytes(png_bytes(samples))
+    tool.succeeds("convert", "in.png", "out.tif", "--to", NAMES[channels, depth])
+    tool.succeeds("convert", "out.tif", "back.png", "--to", NAMES[channels, depth])
+    assert np.array_equal(read_png(tool.folder / "back.png"), samples)
+    with Image.open(tool.folder / "out.tif") as picture:
+        assert picture.size == shape[::-1] and picture.tag_v2[258] == (depth,) * channels
+        if depth == 8 or channels == 1:  # PIL knows no 16-bit colour
+            assert np.array_equal(np.asarray(picture), samples)
+
+
+@pytest.mark.parametrize("name, channels", [("bgr", 3), ("bgru", 4)])
+def test_blue_first_formats_are_written_as_rgb(tool, rng, name, channels):
+    samples = random(rng, channels, 8)
+    (tool.folder / "in.png").write_bytes(png_bytes(samples))
+    tool.succeeds("convert", "in.png", "out.tiff", "--to", name)
+    with Image.open(tool.folder / "out.tiff") as picture:
+        assert np.array_equal(np.asarray(picture), samples)

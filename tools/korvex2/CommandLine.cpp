@@ -27,6 +27,8 @@ constexpr const char* kExamples = R"(Examples:
       to a packing that only a headerless file holds
   korvex2 convert capture.dng photo.png --to rgb8
       demosaic a camera's raw file
+  korvex2 convert captures 'out/{name}.png' --to rgb8
+      all pictures of a folder
   korvex2 demosaic-compare photo.png --out sheet.png
       measure and show the demosaic methods
   korvex2 routes --from raw12 --to mono16

@@ -1,22 +1,31 @@
-// korvex2 convert: one file into another, in another pixel format.
+// korvex2 convert: files into others, in another pixel format.
 
+#include <tbb/info.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <charconv>
 #include <memory>
 #include <optional>
 #include <string>
 
+#include "Batch.h"
 #include "BayerNames.h"
 #include "Conversion.h"
 #include "Failure.h"
+#include "FrameList.h"
+#include "Look.h"
 #include "Names.h"
 #include "commands/Commands.h"
 #include "io/Containers.h"
+#include "io/Dump.h"
 
 namespace Korvex2::Tool {
 namespace {
 
 struct Options {
   std::string input;
-  std::string output;
+  std::vector<std::string> more;  // inputs, and last the output
   std::string to;
   std::string from;
   std::optional<std::uint32_t> width;
@@ -24,6 +33,33 @@ struct Options {
   std::string tile;
   std::string method;
   std::string cpu;
+  std::optional<std::string> frames;
+  std::optional<std::uint64_t> headerBytes;
+  std::optional<std::uint64_t> frameBytes;
+  std::optional<std::uint64_t> skip;
+  std::optional<std::uint64_t> every;
+  std::optional<unsigned> jobs;
+  bool resume = false;
+  bool failFast = false;
+  bool jsonProgress = false;
+  std::string blackLevel;
+  std::string scale;
+  std::string crop;
+  std::string whiteBalance;
+  std::string stretch;
+  std::optional<double> gamma;
+
+  const std::string& output() const { return more.back(); }
+  std::vector<std::string> inputs() const {
+    std::vector<std::string> all = {input};
+    all.insert(all.end(), more.begin(), more.end() - 1);
+    return all;
+  }
+  bool TakesManyOfAFile() const { return frames || headerBytes || frameBytes || skip || every; }
+  bool IsBatch() const {
+    return more.size() > 1 || OutputPattern::IsPattern(output()) || TakesManyOfAFile() || jobs ||
+           resume || failFast || jsonProgress;
+  }
 };
 
 constexpr const char* kNotes = R"(
@@ -31,7 +67,23 @@ A raw source needs --tile, its top-left 2x2 in reading order, a --from that says
 a camera's raw file:
   rggb: R G   grbg: G R   gbrg: G B   bggr: B G   none: no mosaic, the samples
         G B         B G         R G         G R         are taken as grey
-An output that exists is replaced once the new one is complete.
+An output that exists is replaced once the new one is complete. "-" is standard input or output
+without a header, "png:-" one with the file format of that extension.
+
+Y4M for players and encoders: --to yuv444, yuv422, yuv411 or mono8.
+
+To look at dark or linear frames: --black-level and --scale come before the conversion; --crop,
+--white-balance, --stretch and --gamma after it, in this order whatever theirs is. They change what
+the converter made. For a source of more than 8 bits they work on 16 bits, and an 8-bit result is
+rounded once, at the end.
+
+Many frames: give many inputs (folders and quoted globs among them), and an output with {name} (of
+the input), {index:06} (counts what is converted) or {frame} (counts in the file), each from 0. A
+headerless file holds many frames when --frames, --skip, --every, --header-bytes or --frame-bytes
+is given. A .raw or .y4m output without {} takes all frames one after the other. Folders of outputs
+are made. At most 2 frames for each job are in memory. A frame that fails is named and counted, and
+the others go on; the exit code is then 1. Ctrl-C ends the frames that are begun, a second one ends
+at once. --resume takes a file that is there and can be read as done, whatever it was made from.
 
 Examples:
   korvex2 convert photo.png photo.pgm --to mono8
@@ -40,7 +92,16 @@ Examples:
   korvex2 convert mosaic.png photo.png --from raw8 --tile rggb --method hq_linear --to bgru
   korvex2 convert capture.dng photo.png --method rigorous --to rgb16
   korvex2 convert capture.dng frame.raw --to raw16
-  korvex2 convert frame.raw photo.png --from Mono12Packed --width 640 --height 480 --to mono16)";
+  korvex2 convert frame.raw photo.png --from Mono12Packed --width 640 --height 480 --to mono16
+  korvex2 convert capture.dng look.png --to rgb8 --black-level file --scale file
+      --white-balance grey --gamma 2.2
+  korvex2 convert captures 'out/{name}.png' --to rgb8 --resume
+  korvex2 convert dump.raw 'out/{index:06}.png' --from raw12 --tile rggb --width 1920
+      --height 1080 --header-bytes 512 --every 10 --to rgb8
+  camera | korvex2 convert - - --from raw8 --tile rggb --width 640 --height 480 --frames all
+      --to rgb8 | ffmpeg -f rawvideo -pixel_format rgb24 -video_size 640x480 -i - out.mkv
+  korvex2 convert dump.raw y4m:- --from raw8 --tile rggb --width 640 --height 480 --frames all
+      --to yuv444 | mpv -)";
 
 // --tile, or the tile that --from names.
 std::optional<BayerTileFormat> TileOf(const Options& options) {
@@ -57,7 +118,8 @@ std::optional<BayerTileFormat> TileOf(const Options& options) {
 }
 
 // What the options ask of a raw source must be there, and must not be asked of any other.
-void CheckRawOptions(const Options& options, const Image& image, PixelFormat target) {
+void CheckRawOptions(const Options& options, const Image& image, PixelFormat target,
+                     const std::string& input) {
   const PixelFormat source = image.GetPixelFormat();
   const bool demosaics = IsRaw(source) && !IsRaw(target);
   if (demosaics && !TileOf(options) && image.GetBayerTileFormat() == NONE) {
@@ -65,8 +127,8 @@ void CheckRawOptions(const Options& options, const Image& image, PixelFormat tar
                        NameOf(source), TileNames());
   }
   if (!IsRaw(source) && !options.tile.empty()) {
-    throw UsageFailure("--tile is for mosaics and {} is {}; say --from raw8, raw12 or raw16",
-                       options.input, NameOf(source));
+    throw UsageFailure("--tile is for mosaics and {} is {}; say --from raw8, raw12 or raw16", input,
+                       NameOf(source));
   }
   if (!demosaics && !options.method.empty()) {
     throw UsageFailure("--method is for turning mosaics into pictures; {} to {} does not",
@@ -89,32 +151,222 @@ InputShape ShapeOf(const Options& options) {
   shape.width = options.width;
   shape.height = options.height;
   shape.tile = TileOf(options);
+  if (!options.blackLevel.empty()) {
+    shape.levels.black = ParseLevel("--black-level", options.blackLevel);
+  }
+  if (!options.scale.empty()) {
+    shape.levels.white = ParseLevel("--scale", options.scale);
+  }
   return shape;
 }
 
-void Run(const Options& options, const Globals& globals) {
-  const PixelFormat target = ParseFormat("--to", options.to).format;
-  const InputShape shape = ShapeOf(options);
-  const ColorProcessingAlgorithm method =
-      options.method.empty() ? DEFAULT : ParseMethod(options.method);
-  RequireHolds(options.output, target);
-  ChooseInstructionSet(options.cpu);
+Look LookOf(const Options& options) {
+  return {ParseCrop(options.crop), ParseWhiteBalance(options.whiteBalance),
+          ParseStretch(options.stretch), options.gamma};
+}
 
-  Image source = ReadImage(options.input, shape);
-  CheckRawOptions(options, source, target);
+// How a frame becomes another one.
+class Conversion {
+ public:
+  explicit Conversion(const Options& options)
+      : m_options(options),
+        target(ParseFormat("--to", options.to).format),
+        shape(ShapeOf(options)),
+        method(options.method.empty() ? DEFAULT : ParseMethod(options.method)),
+        look(LookOf(options)) {
+    RequireAdjustable(look, target);
+  }
+
+  Image Read(const InputFile& file, const Container& container) const {
+    Image source = ReadImage(file, container, shape);
+    CheckRawOptions(m_options, source, target, file.path());
+    return source;
+  }
+  Image Convert(Image source) const {
+    const PixelFormat format = FormatBeforeLook(look, source.GetPixelFormat(), target);
+    return WithLook(Converted(std::move(source), format, method), look, target);
+  }
+
+ private:
+  const Options& m_options;
+
+ public:
+  const PixelFormat target;
+  const InputShape shape;
+  const ColorProcessingAlgorithm method;
+  const Look look;
+};
+
+void RunOne(const Options& options, const Globals& globals) {
+  const Conversion conversion(options);
+  const std::string& input = options.input;
+  RequireHolds(options.output(), conversion.target);
+
+  const Container& container = ContainerOf(input);
+  Image source = conversion.Read(InputFile(input), container);
   const std::string described = Describe(source);
-  const Image result = Converted(std::move(source), target, method);
-  WriteImage(result, options.output);
-  globals.Say("{} ({}) -> {} ({})", options.input, described, options.output, NameOf(target));
+  WriteImage(conversion.Convert(std::move(source)), options.output());
+  if (!IsStandardStream(options.output())) {
+    globals.Say("{} ({}) -> {} ({})", input, described, options.output(),
+                NameOf(conversion.target));
+  }
+}
+
+std::optional<std::uint64_t> MostFrames(const Options& options) {
+  if (!options.frames || *options.frames == "all") {
+    return std::nullopt;
+  }
+  const std::string& text = *options.frames;
+  std::uint64_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size() || number == 0) {
+    throw UsageFailure("--frames '{}' is neither a number from 1 nor all", text);
+  }
+  return number;
+}
+
+FrameLayout LayoutOf(const Options& options, const InputShape& shape, bool hasHeaderless) {
+  FrameLayout layout;
+  layout.skip = options.skip.value_or(0);
+  layout.every = options.every.value_or(1);
+  layout.most = MostFrames(options);
+  layout.headerBytes = options.headerBytes.value_or(0);
+  layout.backToBack = options.TakesManyOfAFile() && hasHeaderless;
+  if (!layout.backToBack) {
+    if (options.headerBytes || options.frameBytes) {
+      throw UsageFailure(
+          "--header-bytes and --frame-bytes are for headerless inputs, .raw or .bin");
+    }
+    return layout;
+  }
+  if (shape.format == nullptr || !shape.width || !shape.height) {
+    throw UsageFailure("a headerless file of many frames needs --from, --width and --height");
+  }
+  const std::uint64_t pixels = std::uint64_t{*shape.width} * *shape.height;
+  layout.pixelBytes = DumpSize(*shape.format, pixels);
+  layout.frameBytes = options.frameBytes.value_or(layout.pixelBytes);
+  if (layout.frameBytes < layout.pixelBytes) {
+    throw UsageFailure("--frame-bytes {} is too short: {} x {} pixels of {} have {}",
+                       layout.frameBytes, *shape.width, *shape.height, shape.format->name,
+                       layout.pixelBytes);
+  }
+  return layout;
+}
+
+// A mosaic without its tile would fail for each frame anew.
+void RequireTile(const Conversion& conversion) {
+  const PixelFormatInfo* source = conversion.shape.format;
+  if (source != nullptr && IsRaw(source->format) && !IsRaw(conversion.target) &&
+      !conversion.shape.tile) {
+    throw UsageFailure("a {} source needs --tile, the colours of its top-left 2x2: {}",
+                       source->name, TileNames());
+  }
+}
+
+ProgressForm FormOf(const Options& options, const Globals& globals) {
+  if (options.jsonProgress) {
+    return ProgressForm::Json;
+  }
+  return globals.quiet || isatty(STDERR_FILENO) == 0 ? ProgressForm::None : ProgressForm::Line;
+}
+
+unsigned DefaultJobs() {
+  return std::clamp(static_cast<unsigned>(tbb::info::default_concurrency()), 1U, kMostJobs);
+}
+
+void RunMany(const Options& options, const Globals& globals) {
+  const Conversion conversion(options);
+  RequireHolds(options.output(), conversion.target);
+  const std::vector<std::string> files = ExpandInputs(options.inputs());
+  const bool hasHeaderless = std::ranges::any_of(files, [](const std::string& file) {
+    return HasContainer(file) && IsHeaderless(ContainerOf(file));
+  });
+  if (hasHeaderless) {
+    RequireTile(conversion);
+  }
+  const FrameLayout layout = LayoutOf(options, conversion.shape, hasHeaderless);
+
+  BatchOptions batch;
+  batch.output = options.output();
+  batch.target = conversion.target;
+  batch.jobs = options.jobs.value_or(DefaultJobs());
+  batch.resume = options.resume;
+  batch.failFast = options.failFast;
+  batch.progress = FormOf(options, globals);
+  const Tally tally =
+      RunBatch(files, layout, batch, [&](const InputFile& file, const Container& container) {
+        return conversion.Convert(conversion.Read(file, container));
+      });
+  if (!IsStandardStream(options.output())) {
+    globals.Say("{} frames -> {} ({}){}", tally.converted, options.output(),
+                NameOf(conversion.target),
+                tally.skipped == 0 ? "" : fmt::format("; {} were there already", tally.skipped));
+  }
+}
+
+void Run(const Options& options, const Globals& globals) {
+  ChooseInstructionSet(options.cpu);
+  options.IsBatch() ? RunMany(options, globals) : RunOne(options, globals);
+}
+
+void AddLookOptions(CLI::App& command, Options& options) {
+  command
+      .add_option(
+          "--black-level", options.blackLevel,
+          "Subtract it from a raw16 source: a number, or file for what a camera's file says")
+      ->check(NotEmpty);
+  command
+      .add_option("--scale", options.scale,
+                  "The white level of a raw16 source that becomes 65535: a number, or file")
+      ->check(NotEmpty);
+  command.add_option("--crop", options.crop, "x,y,width,height: the part of the result to keep")
+      ->check(NotEmpty);
+  command
+      .add_option("--white-balance", options.whiteBalance,
+                  "grey, or r,g,b: what colours are multiplied by")
+      ->check(NotEmpty);
+  command
+      .add_option("--stretch", options.stretch,
+                  "low,high: the percentiles that become black and white")
+      ->check(NotEmpty);
+  command.add_option("--gamma", options.gamma, "Brightens by the exponent 1/gamma, such as 2.2")
+      ->check(CLI::Range(0.01, 100.0));
+}
+
+void AddBatchOptions(CLI::App& command, Options& options) {
+  constexpr std::uint64_t kMost = 1'000'000'000'000;
+  command.add_option("--frames", options.frames, "At most so many frames, or all");
+  command.add_option("--skip", options.skip, "Frames passed over at the begin")
+      ->check(CLI::Range(std::uint64_t{0}, kMost));
+  command.add_option("--every", options.every, "Of the rest, take each n-th")
+      ->check(CLI::Range(std::uint64_t{1}, kMost));
+  command
+      .add_option("--header-bytes", options.headerBytes,
+                  "Bytes before the first frame of a headerless file of many")
+      ->check(CLI::Range(std::uint64_t{0}, kMost));
+  command
+      .add_option("--frame-bytes", options.frameBytes,
+                  "Bytes from one frame to the next, where more than pixels lie between")
+      ->check(CLI::Range(std::uint64_t{1}, kMost));
+  command.add_option("--jobs", options.jobs, "Frames converted at once; all cores if not given")
+      ->check(CLI::Range(1U, kMostJobs));
+  command.add_flag("--resume", options.resume, "Leave out frames whose output is there and whole");
+  command.add_flag("--fail-fast", options.failFast, "Stop at the first frame that fails");
+  command.add_flag("--json-progress", options.jsonProgress,
+                   "Tell the progress on stderr as JSON, an object a line");
 }
 
 }  // namespace
 
 void AddConvertCommand(CLI::App& app, const Globals& globals) {
   const auto options = std::make_shared<Options>();
-  CLI::App* command = app.add_subcommand("convert", "Convert a file into another pixel format");
-  command->add_option("input", options->input, "The file to read")->required();
-  command->add_option("output", options->output, "The file to write")->required();
+  CLI::App* command = app.add_subcommand("convert", "Convert files into another pixel format");
+  command->add_option("input", options->input, "What to read: a file, a folder, a quoted glob")
+      ->required()
+      ->check(NotEmpty);
+  command->add_option("output", options->more, "More inputs, and last the file to write")
+      ->required()
+      ->type_name("[MORE INPUTS...] OUTPUT");
   command->add_option("--to", options->to, "Pixel format to write")->required();
   command
       ->add_option("--from", options->from,
@@ -132,6 +384,8 @@ void AddConvertCommand(CLI::App& app, const Globals& globals) {
           "How to make colour of a raw input: " + MethodNames() + "; none shows the mosaic as grey")
       ->check(NotEmpty);
   AddCpuOption(*command, options->cpu);
+  AddLookOptions(*command, *options);
+  AddBatchOptions(*command, *options);
   command->footer(ContainerHelp() + kNotes);
   command->callback([options, &globals] { Run(*options, globals); });
 }

@@ -7,10 +7,12 @@
 #include "Failure.h"
 #include "Names.h"
 #include "io/Dump.h"
+#include "io/Npy.h"
 #include "io/Png.h"
 #include "io/Pnm.h"
 #include "io/Raw.h"
 #include "io/Tiff.h"
+#include "io/Y4m.h"
 
 namespace Korvex2::Tool {
 namespace {
@@ -18,6 +20,7 @@ namespace {
 constexpr unsigned kGrey = 1U << 1;
 constexpr unsigned kRgb = 1U << 3;
 constexpr unsigned kRgba = 1U << 4;
+constexpr unsigned kVideo = 1U << 5;
 constexpr unsigned kAnything = 0;
 constexpr unsigned kNothing = 1U << 0;
 
@@ -28,14 +31,19 @@ constexpr Container kContainers[] = {
     {"PPM", ".ppm",       kRgb,                 ReadPnm, WritePnm,  "RGB, 8 and 16 bits"},
     {"PNM", ".pnm",       kGrey | kRgb,         ReadPnm, WritePnm,  "grey and RGB, 8 and 16 bits"},
     {"PAM", ".pam",       kGrey | kRgb | kRgba, ReadPnm, WritePam,  "grey, RGB and RGBA, 8 and 16 bits"},
-    {"TIFF", ".tif .tiff", kNothing, ReadTiff, nullptr, "read only: grey, RGB and RGBA, 8 and 16 bits"},
+    {"TIFF", ".tif .tiff", kGrey | kRgb | kRgba, ReadTiff, WriteTiff, "grey, RGB and RGBA, 8 and 16 bits"},
+    {"NPY", ".npy",       kAnything,            nullptr, nullptr,   "an array of NumPy, any format", ReadNpy, WriteNpy},
+    {"Y4M", ".y4m",       kVideo,               nullptr, nullptr,   "write only: video of mono8, yuv411, yuv422, yuv444", nullptr, WriteY4m, true},
     {"DNG", ".dng .nef .cr2 .arw", kNothing, ReadRaw, nullptr, "read only: the mosaic of a camera's raw file, raw16"},
-    {"raw", ".raw .bin",  kAnything,            nullptr, nullptr,   "headerless, any format; reading needs --from, --width, --height"},
+    {"raw", ".raw .bin",  kAnything,            nullptr, nullptr,   "headerless, any format; reading needs --from, --width, --height", nullptr, WriteDump, true},
     // clang-format on
 };
 
 std::string ExtensionOf(const std::string& path) {
-  std::string extension = std::filesystem::path(path).extension().string();
+  std::string extension = path == "-" ? ".raw"
+                          : IsStandardStream(path)
+                              ? "." + path.substr(0, path.size() - 2)
+                              : std::filesystem::path(path).extension().string();
   for (char& c : extension) {
     c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   }
@@ -46,6 +54,13 @@ bool HasExtension(const Container& container, const std::string& extension) {
   return !extension.empty() &&
          (' ' + std::string(container.extensions) + ' ').find(' ' + extension + ' ') !=
              std::string::npos;
+}
+
+const Container* FindContainer(const std::string& path) {
+  const std::string extension = ExtensionOf(path);
+  const auto* found = std::ranges::find_if(
+      kContainers, [&](const Container& container) { return HasExtension(container, extension); });
+  return found == std::end(kContainers) ? nullptr : found;
 }
 
 std::string AllExtensions() {
@@ -89,21 +104,20 @@ std::string NamesHeldBy(const Container& container) {
   return names;
 }
 
-Image ReadHeaderless(const std::string& path, const InputShape& shape) {
-  const InputFile file(path);
+Image ReadHeaderless(const InputFile& file, const InputShape& shape) {
   if (shape.format != nullptr && shape.width && shape.height) {
     return ReadDump(file, *shape.format, *shape.width, *shape.height, shape.tile.value_or(NONE));
   }
   const std::string sizes = shape.format == nullptr ? "" : CommonSizes(*shape.format, file.size());
-  throw UsageFailure("{} has no header: say --from, --width and --height (it has {} bytes{})", path,
-                     file.size(), sizes.empty() ? "" : ", as " + sizes + " would");
+  throw UsageFailure("{} has no header: say --from, --width and --height (it has {} bytes{})",
+                     file.path(), file.size(), sizes.empty() ? "" : ", as " + sizes + " would");
 }
 
-void RequireSameSize(const std::string& path, const Raster& raster, const InputShape& shape) {
-  if (shape.width.value_or(raster.width) != raster.width ||
-      shape.height.value_or(raster.height) != raster.height) {
+void RequireSameSize(const std::string& path, std::uint32_t width, std::uint32_t height,
+                     const InputShape& shape) {
+  if (shape.width.value_or(width) != width || shape.height.value_or(height) != height) {
     throw Failure("{} is {} x {} pixels; --width and --height are for headerless files", path,
-                  raster.width, raster.height);
+                  width, height);
   }
 }
 
@@ -124,17 +138,25 @@ std::span<const Container> Containers() {
 }
 
 const Container& ContainerOf(const std::string& path) {
-  const std::string extension = ExtensionOf(path);
-  for (const Container& container : kContainers) {
-    if (HasExtension(container, extension)) {
-      return container;
-    }
+  if (const Container* container = FindContainer(path)) {
+    return *container;
   }
   throw Failure("the name {} does not say what kind of file it is; let it end in one of {}", path,
                 AllExtensions());
 }
 
+bool HasContainer(const std::string& path) {
+  return FindContainer(path) != nullptr;
+}
+
+bool IsHeaderless(const Container& container) {
+  return container.channels == kAnything && container.readImage == nullptr;
+}
+
 bool Holds(const Container& container, PixelFormat format) {
+  if (container.channels == kVideo) {
+    return FitsY4m(format);
+  }
   const unsigned channels = RasterChannels(format);
   return container.channels == kAnything ||
          (channels != 0 && (container.channels >> channels & 1U) != 0);
@@ -149,31 +171,51 @@ void RequireHolds(const std::string& path, PixelFormat format) {
   if (!Holds(container, format)) {
     throw Failure("{} does not fit into {}: {} holds {}; write one of {}, or convert --to {}",
                   NameOf(format), path, container.name, NamesHeldBy(container),
-                  ExtensionsThatHold(format), container.channels == kGrey ? "mono8" : "rgb8");
+                  ExtensionsThatHold(format),
+                  container.channels == kGrey    ? "mono8"
+                  : container.channels == kVideo ? "yuv444"
+                                                 : "rgb8");
   }
 }
 
 Image ReadImage(const std::string& path, const InputShape& shape) {
   const Container& container = ContainerOf(path);
-  if (container.read == nullptr) {
-    return ReadHeaderless(path, shape);
+  return ReadImage(InputFile(path), container, shape);
+}
+
+Image ReadImage(const InputFile& file, const Container& container, const InputShape& shape) {
+  if (IsHeaderless(container)) {
+    return WithLevels(ReadHeaderless(file, shape), shape.levels, {}, file.path());
   }
-  Raster raster = container.read(InputFile(path));
-  RequireSameSize(path, raster, shape);
-  const BayerTileFormat tile = TileOf(path, raster, shape);
-  return ToImage(std::move(raster), shape.format, tile, path);
+  if (container.readImage != nullptr) {
+    Image image = container.readImage(file, shape.format, shape.tile.value_or(NONE));
+    RequireSameSize(file.path(), image.GetCols(), image.GetRows(), shape);
+    return WithLevels(std::move(image), shape.levels, {}, file.path());
+  }
+  if (container.read == nullptr) {
+    throw Failure("cannot read {}: {} files are write only", file.path(), container.name);
+  }
+  Raster raster = container.read(file);
+  RequireSameSize(file.path(), raster.width, raster.height, shape);
+  const BayerTileFormat tile = TileOf(file.path(), raster, shape);
+  const std::optional<SensorLevels> levels = std::move(raster.levels);
+  return WithLevels(ToImage(std::move(raster), shape.format, tile, file.path()), shape.levels,
+                    levels, file.path());
 }
 
 void WriteImage(const Image& image, const std::string& path) {
   RequireHolds(path, image.GetPixelFormat());
-  const Container& container = ContainerOf(path);
   OutputFile file(path);
-  if (container.write == nullptr) {
-    WriteDump(image, file);
+  WriteImage(image, ContainerOf(path), file);
+  file.Commit();
+}
+
+void WriteImage(const Image& image, const Container& container, OutputFile& file) {
+  if (container.writeImage != nullptr) {
+    container.writeImage(image, file);
   } else {
     container.write(ToRaster(image), file);
   }
-  file.Commit();
 }
 
 std::string ContainerHelp() {
@@ -186,9 +228,12 @@ std::string ContainerHelp() {
          "bits,\n"
          "colour and alpha come in as mono16, rgb8, rgbu, rgb16 or bgru16; the first picture of a "
          "TIFF.\n"
-         "A camera's raw file says its tile. Nothing is developed: its samples are linear and "
-         "keep\n"
-         "their black level and their range (14 bits end at 16383), so pictures of it look dark.\n";
+         "NPY keeps the order of the format: H x W, H x W x channels, H x bytes of packed rows; 4\n"
+         "channels of 16 bits and mosaics need --from. Y4M says 25 frames a second.\n"
+         "A camera's raw file says its tile. Unless convert is told otherwise its samples are "
+         "linear\n"
+         "and keep their black level and range (14 bits end at 16383), so pictures of it look "
+         "dark.\n";
 }
 
 }  // namespace Korvex2::Tool

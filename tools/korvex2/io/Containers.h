@@ -16,17 +16,29 @@ namespace Korvex2::Tool {
 /// One row of the table of file formats.
 struct Container {
   std::string_view name;
-  std::string_view extensions;       ///< with their dots, separated by spaces
-  unsigned channels;                 ///< bit n: takes pictures of n channels; 0: takes any format
-  Raster (*read)(const InputFile&);  ///< null for headerless files
-  void (*write)(const Raster&, OutputFile&);  ///< null for headerless files and read-only ones
+  std::string_view extensions;  ///< with their dots, separated by spaces
+  unsigned channels;            ///< bit n: takes pictures of n channels; 0: takes any format
+  Raster (*read)(
+      const InputFile&);  ///< null for files that are no pictures, and for write-only ones
+  void (*write)(const Raster&, OutputFile&);  ///< null for those, and for read-only ones
   std::string_view description;
+  /// Instead of the two above, for files that hold what no Raster can.
+  Image (*readImage)(const InputFile&, const PixelFormatInfo* wanted, BayerTileFormat) = nullptr;
+  void (*writeImage)(const Image&, OutputFile&) = nullptr;
+  bool appends = false;  ///< takes one frame after the other
 };
 
 std::span<const Container> Containers();
 
-/// The row for a file name; a Failure when its extension is none of the table's.
+/// The row for a file name, "-" (headerless) or "png:-"; a Failure when its extension is none of
+/// the table's.
 const Container& ContainerOf(const std::string& path);
+
+/// Whether nothing but the command line tells the shape of such a file.
+bool IsHeaderless(const Container& container);
+
+/// Whether a file name has an extension of the table.
+bool HasContainer(const std::string& path);
 
 /// Whether a file of this kind can be written with the samples of the format, losslessly.
 bool Holds(const Container& container, PixelFormat format);
@@ -40,12 +52,16 @@ struct InputShape {
   std::optional<std::uint32_t> width;
   std::optional<std::uint32_t> height;
   std::optional<BayerTileFormat> tile;  ///< nothing: the file's own, or none
+  LevelRequest levels;
 };
 
 Image ReadImage(const std::string& path, const InputShape& shape);
+Image ReadImage(const InputFile& file, const Container& container, const InputShape& shape);
 
 /// Writes the image or fails and leaves what was there.
 void WriteImage(const Image& image, const std::string& path);
+/// Appends the image to a file that is still to be committed.
+void WriteImage(const Image& image, const Container& container, OutputFile& file);
 
 /// A few lines for the help of commands that read and write images.
 std::string ContainerHelp();

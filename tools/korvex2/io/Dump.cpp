@@ -51,9 +51,13 @@ std::string FormatsOfSize(Size size, std::uint64_t fileSize) {
   if (!sizes.empty()) {
     advice += fmt::format("; as {} it would be {}", format.name, sizes);
   }
+  const std::uint64_t frame = DumpSize(format, std::uint64_t{size.width} * size.height);
+  if (file.size() > frame && file.size() % frame == 0) {
+    advice +=
+        fmt::format("; 'korvex2 convert --frames all' takes it as {} frames", file.size() / frame);
+  }
   throw Failure("{} has {} bytes, and {} x {} pixels of {} have {}{}", file.path(), file.size(),
-                size.width, size.height, format.name,
-                DumpSize(format, std::uint64_t{size.width} * size.height), advice);
+                size.width, size.height, format.name, frame, advice);
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "Failure.h"
 
@@ -33,33 +34,107 @@ void RequireRegular(const struct stat& status, const std::string& path) {
   }
 }
 
-}  // namespace
-
-InputFile::InputFile(const std::string& path)
-    : m_path(path), m_fd(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
-  struct stat status;
-  if (m_fd < 0 || fstat(m_fd, &status) != 0) {
-    FailWithErrno("read", path);
-  }
-  try {
-    RequireRegular(status, path);
-    m_size = static_cast<std::uint64_t>(status.st_size);
-    if (m_size > kLargestFile) {
-      throw Failure("{} has {} bytes; a frame has at most 4294967295", path, m_size);
-    }
-  } catch (...) {
-    close(m_fd);
-    throw;
+void RequireReadable(std::uint64_t size, const std::string& path) {
+  if (size > kLargestFile) {
+    throw Failure("{} has {} bytes; a frame has at most 4294967295", path, size);
   }
 }
 
+class Descriptor {
+ public:
+  explicit Descriptor(const std::string& path)
+      : m_fd(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
+    if (m_fd < 0 || fstat(m_fd, &m_status) != 0) {
+      FailWithErrno("read", path);
+    }
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() {
+    if (m_fd >= 0) {
+      close(m_fd);
+    }
+  }
+
+  std::uint64_t SizeOfRegular(const std::string& path) const {
+    RequireRegular(m_status, path);
+    return static_cast<std::uint64_t>(m_status.st_size);
+  }
+  int Release() { return std::exchange(m_fd, -1); }
+
+ private:
+  int m_fd;
+  struct stat m_status {};
+};
+
+}  // namespace
+
+bool IsStandardStream(std::string_view path) {
+  return path == "-" || path.ends_with(":-");
+}
+
+std::uint64_t SizeOfFile(const std::string& path) {
+  return Descriptor(path).SizeOfRegular(path);
+}
+
+Bytes ReadStandardInput(std::uint64_t size) {
+  constexpr std::size_t kStep = std::size_t{1} << 20;
+  std::vector<unsigned char> content;
+  std::size_t count = 1;
+  while (count != 0 && content.size() < size) {
+    const std::size_t done = content.size();
+    content.resize(done + static_cast<std::size_t>(std::min<std::uint64_t>(size - done, kStep)));
+    count = std::fread(content.data() + done, 1, content.size() - done, stdin);
+    content.resize(done + count);
+  }
+  if (std::ferror(stdin) != 0) {
+    FailWithErrno("read", "standard input");
+  }
+  Bytes bytes(content.size());
+  std::copy(content.begin(), content.end(), bytes.data.get());
+  return bytes;
+}
+
+InputFile::InputFile(const std::string& path) : m_path(path) {
+  if (IsStandardStream(path)) {
+    m_path = "standard input";
+    m_content = ReadStandardInput(kLargestFile + 1);
+    m_size = m_content->size;
+    RequireReadable(m_size, m_path);
+    return;
+  }
+  Descriptor descriptor(path);
+  m_size = descriptor.SizeOfRegular(path);
+  RequireReadable(m_size, path);
+  m_fd = descriptor.Release();
+}
+
+InputFile::InputFile(const std::string& path, std::uint64_t begin, std::uint64_t size,
+                     std::string name)
+    : m_path(std::move(name)), m_begin(begin), m_size(size) {
+  Descriptor descriptor(path);
+  descriptor.SizeOfRegular(path);
+  RequireReadable(size, m_path);
+  m_fd = descriptor.Release();
+}
+
+InputFile::InputFile(std::string name, Bytes content)
+    : m_path(std::move(name)), m_size(content.size), m_content(std::move(content)) {}
+
 InputFile::~InputFile() {
-  close(m_fd);
+  if (m_fd >= 0) {
+    close(m_fd);
+  }
 }
 
 void InputFile::ReadInto(unsigned char* buffer) const {
+  if (m_content) {
+    std::copy_n(m_content->data.get(), m_size, buffer);
+    return;
+  }
   for (std::uint64_t done = 0; done < m_size;) {
-    const ssize_t count = pread(m_fd, buffer + done, m_size - done, static_cast<off_t>(done));
+    const ssize_t count =
+        pread(m_fd, buffer + done, m_size - done, static_cast<off_t>(m_begin + done));
     if (count < 0 && errno == EINTR) {
       continue;
     }
@@ -73,10 +148,13 @@ void InputFile::ReadInto(unsigned char* buffer) const {
   }
 }
 
-Bytes InputFile::Read() const {
-  Bytes bytes(m_size);
-  ReadInto(bytes.data.get());
-  return bytes;
+const Bytes& InputFile::Read() const {
+  if (!m_content) {
+    Bytes bytes(m_size);
+    ReadInto(bytes.data.get());
+    m_content = std::move(bytes);
+  }
+  return *m_content;
 }
 
 // A new file has the permissions that the process gives, a replaced one those that it had.
@@ -86,6 +164,9 @@ struct OutputFile::Target {
 
   static Target Of(const std::string& path) {
     struct stat status;
+    if (IsStandardStream(path)) {
+      return {path, std::nullopt};
+    }
     if (stat(path.c_str(), &status) != 0) {
       return {path, std::nullopt};
     }
@@ -97,8 +178,14 @@ struct OutputFile::Target {
 OutputFile::OutputFile(const std::string& path) : OutputFile(path, Target::Of(path)) {}
 
 OutputFile::OutputFile(const std::string& path, const Target& target)
-    : m_path(path), m_target(target.path), m_temporary(target.path) {
-  const int fd = m_temporary.fd();
+    : m_path(path), m_target(target.path) {
+  if (IsStandardStream(path)) {
+    m_path = "standard output";
+    m_stream = stdout;
+    return;
+  }
+  m_temporary.emplace(m_target);
+  const int fd = m_temporary->fd();
   if (fd < 0) {
     FailWithErrno("write", path);
   }
@@ -112,12 +199,13 @@ OutputFile::OutputFile(const std::string& path, const Target& target)
 }
 
 OutputFile::~OutputFile() {
-  if (m_stream != nullptr) {
+  if (m_stream != nullptr && m_stream != stdout) {
     std::fclose(m_stream);
   }
 }
 
 void OutputFile::Write(const void* data, std::size_t size) {
+  m_empty = false;
   if (size != 0 && std::fwrite(data, 1, size, m_stream) != size) {
     FailWithErrno("write", m_path);
   }
@@ -126,7 +214,8 @@ void OutputFile::Write(const void* data, std::size_t size) {
 void OutputFile::Close() {
   const bool failed = std::fflush(m_stream) != 0 || std::ferror(m_stream) != 0;
   const int reason = errno;
-  const bool closed = std::fclose(std::exchange(m_stream, nullptr)) == 0;
+  const bool standard = m_stream == stdout;
+  const bool closed = standard || std::fclose(std::exchange(m_stream, nullptr)) == 0;
   if (failed) {
     errno = reason;
   }
@@ -137,7 +226,7 @@ void OutputFile::Close() {
 
 void OutputFile::Commit() {
   Close();
-  if (!m_temporary.MoveTo(m_target)) {
+  if (m_temporary && !m_temporary->MoveTo(m_target)) {
     FailWithErrno("write", m_path);
   }
 }

@@ -6,7 +6,9 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "io/Temporary.h"
 
@@ -20,10 +22,19 @@ struct Bytes {
   std::size_t size;
 };
 
-/// An opened regular file; anything else is a Failure.
+/// Whether a name means standard input or output: "-", or "png:-" to say what kind of file flows
+/// there.
+bool IsStandardStream(std::string_view path);
+
+/// A regular file, a part of one, or all of standard input; anything else is a Failure. One thread
+/// at a time.
 class InputFile {
  public:
   explicit InputFile(const std::string& path);
+  /// `size` bytes from `begin` on, called `name` in messages.
+  InputFile(const std::string& path, std::uint64_t begin, std::uint64_t size, std::string name);
+  /// What was read elsewhere.
+  InputFile(std::string name, Bytes content);
   InputFile(const InputFile&) = delete;
   InputFile& operator=(const InputFile&) = delete;
   ~InputFile();
@@ -33,16 +44,26 @@ class InputFile {
 
   /// Fills the first size() bytes of `buffer`.
   void ReadInto(unsigned char* buffer) const;
-  Bytes Read() const;
+  /// All bytes, read when they are first asked for and kept.
+  const Bytes& Read() const;
 
  private:
   std::string m_path;
-  int m_fd;
+  int m_fd = -1;
+  std::uint64_t m_begin = 0;
   std::uint64_t m_size = 0;
+  mutable std::optional<Bytes> m_content;
 };
 
+/// The size of a regular file; a Failure for anything else.
+std::uint64_t SizeOfFile(const std::string& path);
+
+/// Standard input, `size` bytes of it or as many as are left.
+Bytes ReadStandardInput(std::uint64_t size);
+
 /// A file under a temporary name in the folder of `path`. Commit moves it to its name; without
-/// that, or when the process is told to stop, it vanishes and what stood at `path` stays.
+/// that, or when the process is told to stop, it vanishes and what stood at `path` stays. For a
+/// standard stream it is standard output, where nothing can be taken back.
 class OutputFile {
  public:
   explicit OutputFile(const std::string& path);
@@ -52,6 +73,7 @@ class OutputFile {
 
   const std::string& path() const { return m_path; }
   std::FILE* stream() { return m_stream; }
+  bool empty() const { return m_empty; }  ///< Write has not been called
 
   void Write(const void* data, std::size_t size);
   void Commit();
@@ -63,7 +85,8 @@ class OutputFile {
 
   std::string m_path;    // as the user called it
   std::string m_target;  // the same, symbolic links followed
-  TemporaryFile m_temporary;
+  std::optional<TemporaryFile> m_temporary;
+  bool m_empty = true;
   std::FILE* m_stream = nullptr;
 };
 

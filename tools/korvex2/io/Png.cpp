@@ -181,7 +181,7 @@ void RequirePlausibleSize(const InputFile& file, std::uint64_t storedSize) {
 }  // namespace
 
 Raster ReadPng(const InputFile& file) {
-  const Bytes bytes = file.Read();
+  const Bytes& bytes = file.Read();
   if (bytes.size < 8 || png_sig_cmp(bytes.data.get(), 0, 8) != 0) {
     throw Failure("{} is not a PNG file", file.path());
   }

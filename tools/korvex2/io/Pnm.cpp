@@ -214,7 +214,7 @@ unsigned Maximum(const Raster& raster) {
 }  // namespace
 
 Raster ReadPnm(const InputFile& file) {
-  const Bytes bytes = file.Read();
+  const Bytes& bytes = file.Read();
   Parser parser(bytes, file.path());
   const Header header = parser.ReadHeader();
   RequireEnough(parser, header, file.path());

@@ -3,11 +3,13 @@
 /// A picture as the picture files hold it, and its way into and out of an Image.
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "Image.h"
 #include "PixelFormats.h"
 #include "io/File.h"
+#include "io/Levels.h"
 
 namespace Korvex2::Tool {
 
@@ -28,6 +30,7 @@ struct Raster {
   unsigned bytesPerSample;
   Bytes bytes;
   BayerTileFormat tile = NONE;
+  std::optional<SensorLevels> levels;  ///< of a camera's raw file
 };
 
 /// How many channels a picture file needs for a format, losslessly; 0 when none can hold it.

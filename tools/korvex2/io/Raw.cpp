@@ -2,6 +2,7 @@
 
 #include <libraw/libraw.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -81,6 +82,26 @@ Raster ActiveArea(const libraw_data_t& raw) {
   return raster;
 }
 
+// LibRaw keeps a part for all samples, one for each colour and one for each place of a pattern.
+SensorLevels LevelsOf(libraw_data_t* raw) {
+  const libraw_colordata_t& color = raw->color;
+  const bool hasPattern =
+      color.cblack[4] != 0 && color.cblack[5] != 0 &&
+      std::uint64_t{color.cblack[4]} * color.cblack[5] <= std::size(color.cblack) - 6;
+  const std::size_t rows = hasPattern ? color.cblack[4] : 1;
+  const std::size_t columns = hasPattern ? color.cblack[5] : 1;
+  SensorLevels levels{2 * rows, 2 * columns, {}, color.maximum};
+  for (std::size_t y = 0; y < levels.rows; ++y) {
+    for (std::size_t x = 0; x < levels.columns; ++x) {
+      const int colour = libraw_COLOR(raw, static_cast<int>(y), static_cast<int>(x)) & 3;
+      const std::uint32_t ofPlace =
+          hasPattern ? color.cblack[6 + y % rows * columns + x % columns] : 0;
+      levels.black.push_back(color.black + color.cblack[colour] + ofPlace);
+    }
+  }
+  return levels;
+}
+
 bool LiesInside(const libraw_image_sizes_t& sizes) {
   return sizes.left_margin + sizes.width <= sizes.raw_width &&
          sizes.top_margin + sizes.height <= sizes.raw_height &&
@@ -90,7 +111,7 @@ bool LiesInside(const libraw_image_sizes_t& sizes) {
 }  // namespace
 
 Raster ReadRaw(const InputFile& file) {
-  const Bytes bytes = file.Read();
+  const Bytes& bytes = file.Read();
   const Raw raw(libraw_init(0));
   if (raw == nullptr) {
     throw std::bad_alloc();
@@ -112,6 +133,7 @@ Raster ReadRaw(const InputFile& file) {
   }
   Raster raster = ActiveArea(*raw);
   raster.tile = tile;
+  raster.levels = LevelsOf(raw.get());
   return raster;
 }
 

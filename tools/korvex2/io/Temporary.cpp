@@ -74,6 +74,14 @@ extern "C" void RemoveFilesAndDie(int number) {
   raise(number);  // arrives when the handler is left
 }
 
+std::atomic<bool> g_interrupted;
+
+extern "C" void FinishOrDie(int number) {
+  if (g_interrupted.exchange(true)) {
+    RemoveFilesAndDie(number);
+  }
+}
+
 // While one lives, this thread creates a file and takes no signal that would wait for that.
 class Creating {
  public:
@@ -147,6 +155,31 @@ void RemoveUnfinishedFilesWhenStopped() {
     }
   }
   std::signal(SIGXFSZ, SIG_IGN);
+}
+
+FinishWhenInterrupted::FinishWhenInterrupted() {
+  g_interrupted = false;
+  struct sigaction action {};
+  action.sa_handler = FinishOrDie;
+  action.sa_mask = StoppingSignals();
+  action.sa_flags = SA_RESTART;
+  if (sigaction(SIGINT, nullptr, &m_before) == 0 && m_before.sa_handler != SIG_IGN) {
+    sigaction(SIGINT, &action, nullptr);
+  }
+}
+
+FinishWhenInterrupted::~FinishWhenInterrupted() {
+  sigaction(SIGINT, &m_before, nullptr);
+}
+
+bool FinishWhenInterrupted::WasInterrupted() const {
+  return g_interrupted;
+}
+
+void FinishWhenInterrupted::End() const {
+  std::signal(SIGINT, SIG_DFL);
+  raise(SIGINT);
+  _exit(128 + SIGINT);  // where the signal is blocked
 }
 
 TemporaryFile::TemporaryFile(const std::string& target) : m_place(TakePlace()) {

@@ -3,6 +3,7 @@
 /// Files on their way: under a name of their own until they are complete, and gone when the process
 /// is told to stop.
 
+#include <signal.h>
 #include <sys/types.h>
 
 #include <string>
@@ -13,6 +14,23 @@ namespace Korvex2::Tool {
 /// one line on stderr, and then end the process as they would have; signals that were ignored stay
 /// ignored. A file that grows past the limit of the process fails to be written, as on a full disk.
 void RemoveUnfinishedFilesWhenStopped();
+
+/// While one lives, the first SIGINT ends nothing: it is for the program to see it and to finish
+/// what it has begun. The second one stops the process as before.
+class FinishWhenInterrupted {
+ public:
+  FinishWhenInterrupted();
+  FinishWhenInterrupted(const FinishWhenInterrupted&) = delete;
+  FinishWhenInterrupted& operator=(const FinishWhenInterrupted&) = delete;
+  ~FinishWhenInterrupted();
+
+  bool WasInterrupted() const;
+  /// Ends the process as the interrupt would have.
+  [[noreturn]] void End() const;
+
+ private:
+  struct sigaction m_before;
+};
 
 /// A new, empty file. Any thread may make one, and as many as kMost may stand at once.
 class TemporaryFile {

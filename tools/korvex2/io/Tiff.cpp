@@ -9,6 +9,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <vector>
 
 #include "Failure.h"
 
@@ -271,10 +272,109 @@ void InvertGrey(Raster& raster) {
   }
 }
 
+// --- Writing -------------------------------------------------------------------------------------
+
+// Where libtiff writes: it goes back to fill in what it learns later, which a pipe does not allow.
+struct Sink {
+  std::vector<unsigned char> bytes;
+  std::uint64_t position = 0;
+  char message[200] = "";
+};
+
+extern "C" {
+
+static tmsize_t OnReadBack(thandle_t handle, void* destination, tmsize_t size) {
+  auto* sink = static_cast<Sink*>(handle);
+  const std::uint64_t left =
+      sink->bytes.size() - std::min<std::uint64_t>(sink->position, sink->bytes.size());
+  const std::uint64_t count =
+      std::min(left, static_cast<std::uint64_t>(std::max<tmsize_t>(size, 0)));
+  if (count != 0) {
+    std::memcpy(destination, sink->bytes.data() + sink->position, count);
+  }
+  sink->position += count;
+  return static_cast<tmsize_t>(count);
+}
+
+static tmsize_t OnStore(thandle_t handle, void* source, tmsize_t size) {
+  auto* sink = static_cast<Sink*>(handle);
+  const std::uint64_t end = sink->position + static_cast<std::uint64_t>(size);
+  try {
+    sink->bytes.resize(std::max<std::uint64_t>(sink->bytes.size(), end));
+  } catch (const std::bad_alloc&) {
+    return -1;
+  }
+  std::memcpy(sink->bytes.data() + sink->position, source, static_cast<std::size_t>(size));
+  sink->position = end;
+  return size;
+}
+
+static toff_t OnSeekSink(thandle_t handle, toff_t offset, int whence) {
+  auto* sink = static_cast<Sink*>(handle);
+  const std::uint64_t base = whence == SEEK_CUR   ? sink->position
+                             : whence == SEEK_END ? sink->bytes.size()
+                                                  : 0;
+  return sink->position = base + offset;
+}
+
+static toff_t OnSizeOfSink(thandle_t handle) {
+  return static_cast<Sink*>(handle)->bytes.size();
+}
+
+static int OnSinkError(TIFF*, void* handle, const char*, const char* format, va_list arguments) {
+  auto* sink = static_cast<Sink*>(handle);
+  std::vsnprintf(sink->message, sizeof sink->message, format, arguments);
+  return 1;
+}
+}
+
+Tiff Open(Sink& sink, const char* mode) {
+  const std::unique_ptr<TIFFOpenOptions, Closer> options(TIFFOpenOptionsAlloc());
+  if (options == nullptr) {
+    throw std::bad_alloc();
+  }
+  TIFFOpenOptionsSetErrorHandlerExtR(options.get(), OnSinkError, &sink);
+  return Tiff(TIFFClientOpenExt("", mode, &sink, OnReadBack, OnStore, OnSeekSink, OnClose,
+                                OnSizeOfSink, nullptr, nullptr, options.get()));
+}
+
+void Describe(TIFF* tiff, const Raster& raster) {
+  constexpr std::uint32_t kStripBytes = 1U << 16;
+  const auto rowSize = static_cast<std::uint32_t>(raster.RowSize());
+  TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, raster.width);
+  TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, raster.height);
+  TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8 * raster.bytesPerSample);
+  TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, raster.channels);
+  TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC,
+               raster.channels == 1 ? PHOTOMETRIC_MINISBLACK : PHOTOMETRIC_RGB);
+  TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+  TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+  TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, std::max(1U, kStripBytes / rowSize));
+  if (raster.channels == 4) {
+    const std::uint16_t alpha = EXTRASAMPLE_UNASSALPHA;
+    TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &alpha);
+  }
+}
+
+bool WriteSamples(TIFF* tiff, const Raster& raster) {
+  Bytes line(raster.RowSize());
+  for (std::uint32_t y = 0; y < raster.height; ++y) {
+    std::memcpy(line.data.get(), raster.Row(y), line.size);
+    if (raster.bytesPerSample == 2 && std::endian::native == std::endian::little) {
+      TIFFSwabArrayOfShort(reinterpret_cast<std::uint16_t*>(line.data.get()),
+                           static_cast<tmsize_t>(line.size / 2));
+    }
+    if (TIFFWriteScanline(tiff, line.data.get(), y, 0) < 0) {
+      return false;
+    }
+  }
+  return TIFFWriteDirectory(tiff) != 0;
+}
+
 }  // namespace
 
 Raster ReadTiff(const InputFile& file) {
-  const Bytes bytes = file.Read();
+  const Bytes& bytes = file.Read();
   Source source{bytes};
   const bool marked = bytes.size >= 4 && (std::memcmp(bytes.data.get(), "II", 2) == 0 ||
                                           std::memcmp(bytes.data.get(), "MM", 2) == 0);
@@ -294,6 +394,21 @@ Raster ReadTiff(const InputFile& file) {
     InvertGrey(raster);
   }
   return raster;
+}
+
+void WriteTiff(const Raster& raster, OutputFile& file) {
+  constexpr std::size_t kMostOfClassic = 0xf0000000;  // leaves room for the directory
+  Sink sink;
+  Tiff tiff = Open(sink, raster.bytes.size > kMostOfClassic ? "w8" : "w");
+  if (tiff == nullptr) {
+    throw std::bad_alloc();
+  }
+  Describe(tiff.get(), raster);
+  if (!WriteSamples(tiff.get(), raster)) {
+    throw Failure("cannot write {}: {}", file.path(), sink.message);
+  }
+  tiff.reset();
+  file.Write(sink.bytes.data(), sink.bytes.size());
 }
 
 }  // namespace Korvex2::Tool

@@ -1,6 +1,6 @@
 #pragma once
 
-/// TIFF, read only.
+/// TIFF, written as grey, RGB or RGBA of 8 or 16 bits.
 
 #include "io/Raster.h"
 
@@ -10,5 +10,9 @@ namespace Korvex2::Tool {
 /// pixels or planes, with any compression that libtiff knows. Samples come as they are stored,
 /// except that grey with white as 0 is inverted; the orientation tag is not applied.
 Raster ReadTiff(const InputFile& file);
+
+/// One picture, uncompressed, in strips of whole rows and the host's byte order; alpha is not
+/// premultiplied. BigTIFF where 4 GiB are not enough.
+void WriteTiff(const Raster& raster, OutputFile& file);
 
 }  // namespace Korvex2::Tool

@@ -1,0 +1,356 @@
+#include "Batch.h"
+
+#include <tbb/global_control.h>
+#include <tbb/parallel_pipeline.h>
+#include <tbb/task_arena.h>
+
+#include <algorithm>
+#include <atomic>
+#include <filesystem>
+#include <memory>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+
+#include "Failure.h"
+#include "Report.h"
+#include "io/Dump.h"
+#include "io/File.h"
+#include "io/Temporary.h"
+
+namespace Korvex2::Tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Frame {
+  FramePlace place;
+  std::string output;  // empty: the one file of all frames
+  std::unique_ptr<InputFile> file;
+  std::optional<Image> result;
+  bool ended = false;  // failed, or was there already
+};
+
+using FramePointer = std::shared_ptr<Frame>;
+
+std::uint64_t BytesOf(const Image& image) {
+  return DumpSize(*FindPixelFormat(image.GetPixelFormat()),
+                  std::uint64_t{image.GetRows()} * image.GetCols());
+}
+
+// --- What is refused before any frame is touched -------------------------------------------------
+
+// Files by what they are, whatever leads to them.
+std::string Identity(const std::string& path) {
+  std::error_code ignored;
+  return fs::weakly_canonical(path, ignored).string();
+}
+
+void RequireApart(const FrameList& frames, const OutputPattern& pattern) {
+  const bool unique = pattern.HasIndex();
+  if (!frames.count()) {
+    if (!pattern.TellsFramesApart()) {
+      throw UsageFailure("the frames of standard input would all get one name; write {{index:06}}");
+    }
+    return;
+  }
+  std::unordered_map<std::string, std::unordered_set<std::string>> inputs;  // by their last name
+  for (const std::string& file : frames.files()) {
+    inputs[fs::path(file).filename()].insert(Identity(file));
+  }
+  std::unordered_map<std::string, std::uint64_t> outputs;
+  for (std::uint64_t i = 0; i < *frames.count(); ++i) {
+    const FramePlace place = frames[i];
+    const std::string output = pattern.Fill(place);
+    const auto namesake = inputs.find(fs::path(output).filename());
+    if (namesake != inputs.end() && namesake->second.contains(Identity(output))) {
+      throw UsageFailure(
+          "{} would be written over the input {}; let the pattern lead to another folder",
+          place.label, output);
+    }
+    if (unique) {
+      continue;
+    }
+    const auto [other, isNew] = outputs.emplace(output, i);
+    if (!isNew) {
+      throw UsageFailure("{} and {} would both be written to {}; put {{index:06}} into the pattern",
+                         frames[other->second].label, place.label, output);
+    }
+  }
+}
+
+void RequireOneFileWillDo(const FrameList& frames, const BatchOptions& options) {
+  if (options.resume) {
+    throw UsageFailure("--resume looks for files of single frames; put {{index:06}} into {}",
+                       options.output);
+  }
+  if (!ContainerOf(options.output).appends && frames.count() != 1 &&
+      !IsStandardStream(options.output)) {
+    throw UsageFailure(
+        "{} inputs or frames do not fit into {}; put {{name}} or {{index:06}} into its name",
+        frames.count() ? fmt::format("{}", *frames.count()) : "many", options.output);
+  }
+  for (const std::string& file : frames.files()) {
+    if (!IsStandardStream(file) && Identity(file) == Identity(options.output)) {
+      throw UsageFailure("{} is both input and output", file);
+    }
+  }
+}
+
+// --- The run -------------------------------------------------------------------------------------
+
+class Batch {
+ public:
+  Batch(const FrameList& frames, const FrameLayout& layout, const BatchOptions& options,
+        const FrameConversion& convert)
+      : m_frames(frames),
+        m_layout(layout),
+        m_options(options),
+        m_convert(convert),
+        m_progress(options.progress, frames.count()) {
+    if (OutputPattern::IsPattern(options.output)) {
+      m_pattern.emplace(options.output);
+    } else {
+      m_stream = std::make_unique<OutputFile>(options.output);
+    }
+  }
+
+  Tally Run() {
+    const auto writing = m_stream ? tbb::filter_mode::serial_in_order : tbb::filter_mode::parallel;
+    const tbb::global_control threads(tbb::global_control::max_allowed_parallelism, m_options.jobs);
+    tbb::task_arena arena(static_cast<int>(m_options.jobs));
+    arena.execute([&] {
+      tbb::parallel_pipeline(
+          std::size_t{kFramesPerJob} * m_options.jobs,
+          tbb::make_filter<void, FramePointer>(tbb::filter_mode::serial_in_order,
+                                               [this](tbb::flow_control& control) {
+                                                 FramePointer frame = m_stopped ? nullptr : Next();
+                                                 if (frame == nullptr) {
+                                                   control.stop();
+                                                 }
+                                                 return frame;
+                                               }) &
+              tbb::make_filter<FramePointer, FramePointer>(tbb::filter_mode::parallel,
+                                                           [this](FramePointer frame) {
+                                                             Try(*frame, [&] { Convert(*frame); });
+                                                             return frame;
+                                                           }) &
+              tbb::make_filter<FramePointer, void>(writing, [this](const FramePointer& frame) {
+                Try(*frame, [&] { Write(*frame); });
+              }));
+    });
+    Conclude();
+    return m_progress.tally();
+  }
+
+ private:
+  FramePointer Next() {
+    if (m_interrupt.WasInterrupted() || (m_frames.count() && m_next == *m_frames.count())) {
+      return nullptr;
+    }
+    auto frame = std::make_shared<Frame>();
+    frame->place = m_frames[m_next];
+    if (m_pattern) {
+      frame->output = m_pattern->Fill(frame->place);
+    }
+    bool more = true;
+    Try(*frame, [&] { more = Read(*frame); });
+    if (!more) {
+      return nullptr;
+    }
+    ++m_next;
+    return frame;
+  }
+
+  bool IsThere(const Frame& frame) const {
+    return m_options.resume && !frame.output.empty() && fs::exists(frame.output);
+  }
+
+  // False: standard input has no more frames.
+  bool Read(Frame& frame) {
+    const FramePlace& place = frame.place;
+    if (IsStandardStream(place.path) && place.isPart) {
+      return ReadStream(frame);
+    }
+    if (!IsThere(frame)) {
+      Open(frame);
+    }
+    return true;
+  }
+
+  void Open(Frame& frame) const {
+    const FramePlace& place = frame.place;
+    frame.file = place.isPart
+                     ? std::make_unique<InputFile>(place.path, place.begin, place.size, place.label)
+                     : std::make_unique<InputFile>(place.path);
+    (void)frame.file->Read();
+  }
+
+  bool ReadStream(Frame& frame) {
+    const FramePlace& place = frame.place;
+    const std::uint64_t begin = m_layout.headerBytes + place.number * m_layout.frameBytes;
+    for (constexpr std::uint64_t kStep = 1 << 20; m_position < begin;) {
+      const Bytes passed = ReadStandardInput(std::min(kStep, begin - m_position));
+      m_position += passed.size;
+      if (passed.size == 0) {
+        return false;
+      }
+    }
+    Bytes pixels = ReadStandardInput(m_layout.pixelBytes);
+    m_position += pixels.size;
+    if (pixels.size == 0) {
+      return false;
+    }
+    frame.file = std::make_unique<InputFile>(place.label, std::move(pixels));
+    return true;
+  }
+
+  void Convert(Frame& frame) {
+    if (IsThere(frame)) {
+      if (IsWhole(frame)) {
+        frame.ended = true;
+        m_progress.Skipped();
+        return;
+      }
+      if (frame.file == nullptr) {
+        Open(frame);
+      }
+    }
+    const std::uint64_t size = frame.file->size();
+    frame.result = m_convert(*frame.file, ContainerOf(frame.place.path));
+    frame.file.reset();
+    m_bytes += size;
+  }
+
+  // Files get their names when they are complete, so this guards against what others did to them.
+  bool IsWhole(const Frame& frame) const {
+    try {
+      const Container& container = ContainerOf(frame.output);
+      if (container.read == nullptr && container.readImage == nullptr) {
+        return InputFile(frame.output).size() != 0;
+      }
+      InputShape shape;
+      shape.format = FindPixelFormat(m_options.target);
+      ReadImage(frame.output, shape);
+      return true;
+    } catch (const Failure&) {
+      return false;
+    }
+  }
+
+  void Write(Frame& frame) {
+    const Image& image = *frame.result;
+    if (m_stream) {
+      RequireSameShape(image);
+      WriteImage(image, ContainerOf(m_options.output), *m_stream);
+    } else {
+      const fs::path folder = fs::path(frame.output).parent_path();
+      if (!folder.empty()) {
+        fs::create_directories(folder);
+      }
+      WriteImage(image, frame.output);
+    }
+    frame.ended = true;
+    m_progress.Converted(m_bytes.exchange(0) + BytesOf(image));
+    frame.result.reset();
+  }
+
+  void RequireSameShape(const Image& image) {
+    if (m_shape.first == 0) {
+      m_shape = {image.GetCols(), image.GetRows()};
+    }
+    if (m_shape != std::pair(image.GetCols(), image.GetRows())) {
+      throw Failure("{} x {} pixels cannot follow frames of {} x {} in {}", image.GetCols(),
+                    image.GetRows(), m_shape.first, m_shape.second, m_options.output);
+    }
+  }
+
+  // One frame's failure is no other's.
+  template <typename Step>
+  void Try(Frame& frame, Step step) {
+    if (frame.ended) {
+      return;
+    }
+    try {
+      step();
+    } catch (const std::bad_alloc&) {
+      Fail(frame, "out of memory");
+    } catch (const std::exception& failure) {
+      Fail(frame, failure.what());
+    }
+  }
+
+  void Fail(Frame& frame, const std::string& reason) {
+    const std::string& label = frame.place.label;
+    Report(reason.find(label) == std::string::npos ? fmt::format("{}: {}", label, reason) : reason);
+    frame.ended = true;
+    frame.result.reset();
+    m_progress.Failed();
+    m_stopped = m_stopped || m_options.failFast;
+  }
+
+  void Conclude() {
+    const Tally tally = m_progress.tally();
+    if (m_stream && tally.converted != 0) {
+      m_stream->Commit();
+    }
+    m_stream.reset();
+    m_progress.Finish();
+    if (m_interrupt.WasInterrupted() && (!m_frames.count() || m_next < *m_frames.count())) {
+      Report(HowToGoOn());
+      m_interrupt.End();
+    }
+  }
+
+  std::string HowToGoOn() const {
+    const std::string done =
+        fmt::format("stopped by SIGINT; the {} frames{} that were begun are finished", m_next,
+                    m_frames.count() ? fmt::format(" of {}", *m_frames.count()) : std::string());
+    return done + (m_pattern ? std::string("; the same command with --resume goes on")
+                             : fmt::format("; go on with --skip {} and another output",
+                                           m_layout.skip + m_next * m_layout.every));
+  }
+
+  const FrameList& m_frames;
+  const FrameLayout& m_layout;
+  const BatchOptions& m_options;
+  const FrameConversion& m_convert;
+  FinishWhenInterrupted m_interrupt;
+  Progress m_progress;
+  std::optional<OutputPattern> m_pattern;
+  std::unique_ptr<OutputFile> m_stream;            // else
+  std::pair<unsigned, unsigned> m_shape = {0, 0};  // of its frames
+  std::uint64_t m_next = 0;
+  std::uint64_t m_position = 0;            // in standard input
+  std::atomic<std::uint64_t> m_bytes = 0;  // read and not yet counted
+  std::atomic<bool> m_stopped = false;
+};
+
+}  // namespace
+
+Tally RunBatch(const std::vector<std::string>& files, const FrameLayout& layout,
+               const BatchOptions& options, const FrameConversion& convert) {
+  const FrameList frames(files, layout);
+  if (OutputPattern::IsPattern(options.output)) {
+    if (IsStandardStream(options.output)) {
+      throw UsageFailure("standard output has no name to put {} into", options.output);
+    }
+    RequireApart(frames, OutputPattern(options.output));
+  } else {
+    RequireOneFileWillDo(frames, options);
+  }
+  if (frames.count() == 0U) {
+    throw Failure("there is no frame to convert: --skip passes over all of them");
+  }
+  const Tally tally = Batch(frames, layout, options, convert).Run();
+  if (tally.failed != 0) {
+    throw Failure("{} of {} frames failed{}", tally.failed, tally.Ended(),
+                  options.failFast ? ", and --fail-fast left out what had not begun" : "");
+  }
+  if (tally.Ended() == 0) {
+    throw Failure("standard input held no frame");
+  }
+  return tally;
+}
+
+}  // namespace Korvex2::Tool
