@@ -30,7 +30,8 @@ double CodeLength(std::span<const std::uint32_t> counts) {
 }
 
 // Differences, coded in a high part that knows how large the one before was, and a low part that
-// knows the high one: so 8-bit samples, which are all high part, and deeper ones are foreseen alike.
+// knows the high one: so 8-bit samples, which are all high part, and deeper ones are foreseen
+// alike.
 class Coder {
  public:
   explicit Coder(unsigned depth) : m_lowBits(depth - 8), m_mask((1U << depth) - 1) {}

@@ -85,6 +85,8 @@ int Run(int argc, char** argv) {
   AddFormatsCommand(app);
   AddRoutesCommand(app);
   AddInfoCommand(app);
+  AddCompletionsCommand(app);
+  AddManCommand(app);
 
   const int result = Parse(app, argc, argv);
   if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {

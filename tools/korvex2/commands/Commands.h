@@ -37,5 +37,7 @@ void AddDemosaicCompareCommand(CLI::App& app, const Globals& globals);
 void AddDiffCommand(CLI::App& app, const Globals& globals);
 void AddGuessCommand(CLI::App& app, const Globals& globals);
 void AddInfoCommand(CLI::App& app);
+void AddCompletionsCommand(CLI::App& app);
+void AddManCommand(CLI::App& app);
 
 }  // namespace Korvex2::Tool
