@@ -1,6 +1,5 @@
 #include "Methods.h"
 
-#include <cstddef>
 #include <iterator>
 
 #include "DirectionalFilter.h"
@@ -26,8 +25,8 @@ constexpr const Method* kMethods[] = {
 }  // namespace
 
 const Method* findMethod(int method) {
-  const auto index = static_cast<std::size_t>(method);
-  return index < std::size(kMethods) ? kMethods[index] : nullptr;
+  if (method < 0 || method >= static_cast<int>(std::size(kMethods))) return nullptr;
+  return kMethods[method];
 }
 
 }  // namespace Korvex2::Bayer

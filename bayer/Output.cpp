@@ -49,8 +49,8 @@ void write(const Sample* first, const Sample* second, const Sample* third, int c
 }  // namespace
 
 const OutputFormat* findOutputFormat(int format) {
-  const std::size_t index = static_cast<std::size_t>(format) - std::size_t{BAYER_PIXEL_FORMAT_BGR8};
-  return index < std::size(kFormats) ? &kFormats[index] : nullptr;
+  if (format < BAYER_PIXEL_FORMAT_BGR8 || format > BAYER_PIXEL_FORMAT_RGBU16) return nullptr;
+  return &kFormats[format - BAYER_PIXEL_FORMAT_BGR8];
 }
 
 RowWriters rowWritersPlain() {

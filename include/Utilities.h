@@ -39,8 +39,9 @@ struct SystemInfo {
 
 class KORVEX2_API Utilities {
  public:
-  /// Fills every field of *pSystemInfo from the running machine; byteOrder is set even when the
-  /// rest fails. VORERROR_INVALID_PARAMETER for a null pointer. Safe from many threads.
+  /// Fills every field of *pSystemInfo from the running machine, as the first call that succeeded
+  /// found it; byteOrder is set even when the rest fails. VORERROR_INVALID_PARAMETER for a null
+  /// pointer. Safe from many threads.
   static Error GetSystemInfo(SystemInfo* pSystemInfo) noexcept;
 };
 

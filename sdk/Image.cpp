@@ -242,7 +242,7 @@ BayerTileFormat Image::GetBayerTileFormat() const noexcept {
 }
 
 unsigned int Image::GetDataSize() const noexcept {
-  return m_shape.rows * m_shape.stride;
+  return m_shape.rows * m_shape.stride;  // within 4 GiB - 1, or the image had not been shaped
 }
 
 void Image::GetDimensions(unsigned int* rows, unsigned int* cols, unsigned int* stride,

@@ -46,7 +46,7 @@ FORMAT("raw12",       RAW12,        12,   2,        3,     2,     true,     "P0[
 FORMAT("raw16",       RAW16,        16,   1,        2,     2,     true,     "mosaic(16)",                                  "bayer16 BayerRG16 BayerGR16 BayerGB16 BayerBG16 RG16 GR16 GB16 BYR2 rggb16le grbg16le gbrg16le bggr16le bayer_rggb16le bayer_grbg16le bayer_gbrg16le bayer_bggr16le")
 FORMAT("s_mono16",    S_MONO16,     16,   1,        2,     1,     false,    "Y(16, signed)",                               "Mono16s")
 FORMAT("s_rgb16",     S_RGB16,      48,   1,        6,     1,     false,    "R(16, signed) G(16, signed) B(16, signed)",   "RGB16s")
-FORMAT("yuv422_jpeg", 422YUV8_JPEG, 16,   2,        4,     2,     false,    "compressed stream",                           "422yuv8_jpeg")
+FORMAT("yuv422_jpeg", 422YUV8_JPEG, 16,   1,        2,     1,     false,    "compressed stream",                           "422yuv8_jpeg")
 };
 // clang-format on
 #undef FORMAT
@@ -100,7 +100,8 @@ std::uint64_t ReachedSize(const PixelFormatInfo& format, std::uint64_t pixels) n
 }
 
 std::uint32_t PackedStride(std::uint32_t cols, std::uint32_t bitsPerPixel) noexcept {
-  const float bits = static_cast<float>(cols * bitsPerPixel);
+  const auto product = static_cast<std::uint32_t>(std::uint64_t{cols} * bitsPerPixel);  // wraps
+  const float bits = static_cast<float>(product);
   return static_cast<std::uint32_t>(std::ceil(static_cast<double>(bits / 8.0F)));
 }
 

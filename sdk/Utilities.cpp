@@ -155,7 +155,10 @@ std::size_t Positive(long value) {
   return value > 0 ? static_cast<std::size_t>(value) : 0;
 }
 
-void Describe(SystemInfo& info) {
+SystemInfo Described() {
+  SystemInfo info{};
+  info.byteOrder = kHostByteOrder;
+  info.osType = kHostOs;
   info.sysMemSize = Positive(sysconf(_SC_PHYS_PAGES)) * Positive(sysconf(_SC_PAGESIZE));
   info.numCpuCores = Positive(sysconf(_SC_NPROCESSORS_ONLN));
   Put(info.osDescription, DescribeOs(), "unknown");
@@ -164,6 +167,7 @@ void Describe(SystemInfo& info) {
   Put(info.libraryList, ListLibraries(), "none");
   Put(info.gpuDescription, DescribeGpus(), "none");
   MeasureScreen(info);
+  return info;
 }
 
 }  // namespace
@@ -177,7 +181,9 @@ Error Utilities::GetSystemInfo(SystemInfo* pSystemInfo) noexcept {
   pSystemInfo->byteOrder = kHostByteOrder;
   pSystemInfo->osType = kHostOs;
   try {
-    Describe(*pSystemInfo);
+    // Read once: a dozen files stand behind it, and every converter asks.
+    static const SystemInfo info = Described();
+    *pSystemInfo = info;
   } catch (...) {
     return InternalError(__LINE__, "Utilities.cpp", __DATE__, __TIME__, VORERROR_FAILED,
                          "The description of the system is incomplete.");

@@ -318,8 +318,11 @@ Error ImageConverter::TempImage(const Image* pSrc, Image* pTemporary, PixelForma
   return error != VORERROR_OK ? RaiseRefusedDimensions(CallerLine(), error) : Success();
 }
 
+// Wraps at 32 bits, where an image of no format or a subclass claims so many pixels.
 unsigned int ImageConverter::GetNumberOfPixels(const Image* pImage) const {
-  return pImage == nullptr ? 0 : pImage->GetRows() * pImage->GetCols();
+  return pImage == nullptr
+             ? 0
+             : static_cast<unsigned int>(std::uint64_t{pImage->GetRows()} * pImage->GetCols());
 }
 
 unsigned char ImageConverter::Clamp_8bit(short value) const {

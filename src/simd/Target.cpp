@@ -7,10 +7,24 @@
 
 #if KORVEX2_WITH_HIGHWAY
 #include "hwy/highway.h"
+#if HWY_ARCH_ARM_A64 && HWY_OS_LINUX
+#include <sys/auxv.h>
+#endif
 #endif
 
 namespace Korvex2::Simd {
 namespace {
+
+#if KORVEX2_WITH_HIGHWAY
+std::int64_t supportedTargets() {
+#if HWY_ARCH_ARM_A64 && HWY_OS_LINUX
+  // Highway asks for cryptographic instructions before it admits NEON, and complains on stderr;
+  // some processors lack them, and nothing here uses them. NEON itself is always there.
+  if ((getauxval(AT_HWCAP) & HWCAP_AES) == 0) return HWY_NEON;
+#endif
+  return hwy::SupportedTargets();
+}
+#endif
 
 // Nothing here takes memory: the first conversion of a process may come when there is none.
 struct TargetList {
@@ -25,7 +39,7 @@ TargetList detectTargets() {
 #if KORVEX2_WITH_HIGHWAY
   constexpr std::int64_t kVectorTargets = HWY_TARGETS & ~(HWY_SCALAR | HWY_EMU128);
   if constexpr (std::endian::native == std::endian::little) {
-    std::int64_t left = hwy::SupportedTargets() & kVectorTargets;
+    std::int64_t left = supportedTargets() & kVectorTargets;
     for (; left != 0 && list.count < kMostTargets; left &= left - 1) {
       list.targets[list.count++] = Target{left & -left};
     }

@@ -1,4 +1,4 @@
-# Runs PROGRAM, which must succeed and print exactly what the file EXPECTED says.
+# Runs PROGRAM, behind its emulator if it has one, which must succeed and print exactly what the file EXPECTED says.
 execute_process(COMMAND ${PROGRAM}
   RESULT_VARIABLE result OUTPUT_VARIABLE printed ERROR_VARIABLE complaint)
 file(READ ${EXPECTED} expected)

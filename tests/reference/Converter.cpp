@@ -121,7 +121,7 @@ Outcome Converter::TempImage(const Frame* source, Frame* temporary, Format forma
   }
   const std::uint32_t stride = RowBytes(source->cols, BitsPerPixel(format));
   const std::uint64_t bytes = BufferBytes(source->rows, source->cols, stride, format);
-  if (bytes > memoryLimit) return {kFailed, kRefusedShape, true, 0};
+  if (bytes > memoryLimit || (hasMemory && !hasMemory())) return {kFailed, kRefusedShape, true, 0};
   temporary->Shape(source->rows, source->cols, stride, format, source->tile);
   return Success();
 }

@@ -5,6 +5,7 @@
 /// function.
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -83,6 +84,8 @@ struct Converter {
   Engine engine = nullptr;
   /// Temporaries that need more than this find no memory.
   std::uint64_t memoryLimit = 0xFFFFFFFF;
+  /// Asked for each temporary whether there is memory for it; empty: always.
+  std::function<bool()> hasMemory;
 
   /// The whole conversion. Nothing depends on what the destination held before; converting an image
   /// into itself is the exception.

@@ -226,6 +226,7 @@ TEST(LentBuffer, RefusesWhatDoesNotFitWithTheCompletedGroup) {
       {1, 3, PIXEL_FORMAT_RGB8, 12},    {1, 2, PIXEL_FORMAT_MONO12, 3},
       {5, 8, PIXEL_FORMAT_411YUV8, 12}, {3, 6, PIXEL_FORMAT_422YUV8, 8},
       {1, 50, PIXEL_FORMAT_MONO8, 50},  {4, 0, PIXEL_FORMAT_BGRU16, 32},
+      {5, 10, PIXEL_FORMAT_422YUV8_JPEG, 10},  // a stream, which has no groups
   };
   for (const Shape& shape : shapes) {
     std::vector<unsigned char> bytes(shape.bytes, 0x11);

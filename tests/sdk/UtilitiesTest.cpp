@@ -10,6 +10,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "support/Allocation.h"
+
 namespace Korvex2::Test {
 namespace {
 
@@ -56,6 +58,16 @@ TEST(SystemInfo, IsFilledWholeFromTheRunningMachine) {
   EXPECT_LT(info.screenWidth, 1000000U);
   EXPECT_LT(info.screenHeight, 1000000U);
   for (const unsigned int word : info.reserved) EXPECT_EQ(word, 0U);
+}
+
+TEST(SystemInfo, IsReadOnce) {
+  SystemInfo first;
+  ASSERT_EQ(Utilities::GetSystemInfo(&first).GetType(), VORERROR_OK);
+  SystemInfo again;
+  const std::size_t before = OrdinaryAllocations();
+  ASSERT_EQ(Utilities::GetSystemInfo(&again).GetType(), VORERROR_OK);
+  EXPECT_EQ(OrdinaryAllocations(), before);
+  EXPECT_STREQ(again.libraryList, first.libraryList);
 }
 
 TEST(SystemInfo, RefusesNull) {

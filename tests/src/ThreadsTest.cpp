@@ -1,93 +1,22 @@
 // Many threads at once give the bytes that one thread gives. `./run tsan` runs these under
-// ThreadSanitizer.
+// ThreadSanitizer, `./run soak` runs their like for an hour.
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstring>
-#include <functional>
-#include <latch>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "CheckConversion.h"
 #include "ImageConverterARMStub.h"
-#include "PixelFormats.h"
+#include "InstructionSets.h"
 #include "Utilities.h"
-#include "support/Comparison.h"
+#include "support/Jobs.h"
 
 namespace Korvex2::Test {
 namespace {
 
 constexpr int kThreads = 8;
-constexpr int kMethods = 10;
-
-/// Runs work(0) ... work(7) at once.
-void AtOnce(const std::function<void(int)>& work) {
-  std::latch start(kThreads);
-  std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t) {
-    threads.emplace_back([&, t] {
-      start.arrive_and_wait();
-      work(t);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-}
-
-/// A conversion, and what a single thread made of it.
-struct Job {
-  Image source;
-  PixelFormat target = UNSPECIFIED_PIXEL_FORMAT;
-  ErrorType answer = VORERROR_OK;
-  ErrorType foreseen = VORERROR_OK;
-  Image picture;
-};
-
-std::string Describe(const Job& job) {
-  return std::string(Reference::FormatName(job.source.GetPixelFormat())) + " -> " +
-         Reference::FormatName(job.target) + ", method " +
-         std::to_string(job.source.GetColorProcessing());
-}
-
-bool SameOutcome(const Job& job, const Error& error, const Image& picture) {
-  if (error != job.answer) return false;
-  const std::size_t size = job.picture.GetDataSize();
-  return error != VORERROR_OK || (picture.GetDataSize() == size &&
-                                  std::memcmp(picture.GetData(), job.picture.GetData(), size) == 0);
-}
-
-Job MakeJob(const PixelFormatInfo& from, PixelFormat target, int method, unsigned seed) {
-  Job job;
-  job.target = target;
-  const unsigned rows = 12 + 2 * (seed % 8);
-  const unsigned cols = 20 + 2 * (seed % 5);
-  EXPECT_EQ(job.source
-                .SetDimensions(rows, cols, PackedStride(cols, from.bitsPerPixel), from.format,
-                               static_cast<BayerTileFormat>(1 + seed % 4))
-                .GetType(),
-            VORERROR_OK);
-  job.source.SetColorProcessing(static_cast<ColorProcessingAlgorithm>(method));
-  Fill(job.source.GetData(), job.source.GetDataSize(), Content::Random, seed);
-  job.answer = ImageConverter().Convert(&job.source, target, &job.picture).GetType();
-  job.foreseen = CheckConversion(job.source, target).GetType();
-  return job;
-}
-
-/// All pairs, with all methods where the source is a mosaic; other frames for each seed.
-std::vector<Job> AllJobs(unsigned seed) {
-  std::vector<Job> jobs;
-  for (const PixelFormatInfo& from : PixelFormats()) {
-    const int methods = Reference::IsRaw(from.format) ? kMethods : 1;
-    for (const PixelFormatInfo& to : PixelFormats()) {
-      for (int method = 0; method < methods; ++method) {
-        jobs.push_back(MakeJob(from, to.format, method, seed++));
-      }
-    }
-  }
-  return jobs;
-}
 
 /// Converts every job, beginning somewhere else for each thread; the number of wrong outcomes.
 int ConvertAll(const ImageConverter& converter, const std::vector<Job>& jobs, std::size_t first) {
@@ -104,27 +33,34 @@ int ConvertAll(const ImageConverter& converter, const std::vector<Job>& jobs, st
   return wrong;
 }
 
-TEST(Threads, ConvertDifferentFramesWithOneConverter) {
+class SharedConverter : public testing::TestWithParam<int> {};
+
+TEST_P(SharedConverter, ConvertsDifferentFramesAtOnce) {
+  const int threads = GetParam();
   std::vector<std::vector<Job>> jobs;
   std::size_t conversions = 0;
-  for (int t = 0; t < kThreads; ++t) {
+  for (int t = 0; t < threads; ++t) {
     jobs.push_back(AllJobs(static_cast<unsigned>(1000 * t)));
     conversions += jobs.back().size();
   }
-  const ImageConverter converter;
+  const ImageConverter* const converter = ImageConverter::getInstance();
   std::atomic<int> wrong{0};
-  AtOnce([&](int t) {
+  AtOnce(threads, [&](int t) {
     const auto mine = static_cast<std::size_t>(t);
-    wrong += ConvertAll(converter, jobs[mine], mine * jobs[mine].size() / kThreads);
+    wrong += ConvertAll(*converter, jobs[mine], mine * jobs[mine].size() / jobs.size());
   });
+  ImageConverter::releaseInstance();
   EXPECT_EQ(wrong, 0);
   RecordProperty("conversions", static_cast<int>(conversions));
 }
 
+INSTANTIATE_TEST_SUITE_P(Threads, SharedConverter, testing::Values(2, 3, 4, 8, 16),
+                         testing::PrintToStringParamName());
+
 TEST(Threads, ConvertTheSameFramesEachWithItsOwnConverter) {
   const std::vector<Job> jobs = AllJobs(77);
   std::atomic<int> wrong{0};
-  AtOnce([&](int t) {
+  AtOnce(kThreads, [&](int t) {
     const ImageConverter converter;
     wrong += ConvertAll(converter, jobs, static_cast<std::size_t>(t) * jobs.size() / kThreads);
   });
@@ -132,10 +68,9 @@ TEST(Threads, ConvertTheSameFramesEachWithItsOwnConverter) {
 }
 
 TEST(Threads, ShareTheInstanceAndConvertWithIt) {
-  const PixelFormatInfo& raw8 = *FindPixelFormat(PIXEL_FORMAT_RAW8);
-  const Job job = MakeJob(raw8, PIXEL_FORMAT_BGRU, HQ_LINEAR, 5);
+  const Job job = MakeJob(PIXEL_FORMAT_RAW8, PIXEL_FORMAT_BGRU, HQ_LINEAR, 5);
   std::atomic<int> wrong{0};
-  AtOnce([&](int) {
+  AtOnce(16, [&](int) {
     Image destination;
     for (int i = 0; i < 200; ++i) {
       const ImageConverter* const converter = ImageConverter::getInstance();
@@ -148,7 +83,7 @@ TEST(Threads, ShareTheInstanceAndConvertWithIt) {
 }
 
 TEST(Threads, ReleaseInstancesThatOthersTook) {
-  AtOnce([](int t) {
+  AtOnce(kThreads, [](int t) {
     for (int i = 0; i < 500; ++i) {
       if (t % 2 == 0) {
         EXPECT_NE(ImageConverter::getInstance(), nullptr);
@@ -167,15 +102,14 @@ TEST(Threads, ReleaseInstancesThatOthersTook) {
 /// meanwhile.
 TEST(Threads, ChangeTheProcessDefaultWhileOthersConvert) {
   constexpr ColorProcessingAlgorithm kDefaults[] = {NEAREST_NEIGHBOR, EDGE_SENSING, HQ_LINEAR};
-  const PixelFormatInfo& raw8 = *FindPixelFormat(PIXEL_FORMAT_RAW8);
   std::vector<Job> possible;
   for (const ColorProcessingAlgorithm method : kDefaults) {
-    possible.push_back(MakeJob(raw8, PIXEL_FORMAT_BGR, method, 9));
+    possible.push_back(MakeJob(PIXEL_FORMAT_RAW8, PIXEL_FORMAT_BGR, method, 9));
   }
   Image source = possible[0].source;
   source.SetColorProcessing(DEFAULT);
   std::atomic<int> wrong{0};
-  AtOnce([&](int t) {
+  AtOnce(kThreads, [&](int t) {
     Image destination;
     for (int i = 0; i < 200; ++i) {
       if (t == 0) {
@@ -192,12 +126,33 @@ TEST(Threads, ChangeTheProcessDefaultWhileOthersConvert) {
   EXPECT_EQ(wrong, 0);
 }
 
+TEST(Threads, ChangeTheInstructionSetWhileOthersConvert) {
+  const std::vector<Job> jobs = AllJobs(5000);
+  const std::string before(GetInstructionSet());
+  std::atomic<int> converting{kThreads - 1};
+  std::atomic<int> wrong{0};
+  AtOnce(kThreads, [&](int t) {
+    if (t > 0) {
+      wrong += ConvertAll(ImageConverter(), jobs, static_cast<std::size_t>(t) * 100);
+      --converting;
+      return;
+    }
+    while (converting > 0) {
+      for (const std::string_view set : InstructionSets()) {
+        EXPECT_EQ(SetInstructionSet(set).GetType(), VORERROR_OK) << set;
+      }
+    }
+  });
+  EXPECT_EQ(SetInstructionSet(before).GetType(), VORERROR_OK);
+  EXPECT_EQ(wrong, 0);
+}
+
 TEST(Threads, CopyOneErrorAndReadIt) {
   Image image;
   const Error error = ImageConverter().Convert(&image, PIXEL_FORMAT_BGR, &image);
   const std::string text = error.GetTrace();
   std::atomic<int> wrong{0};
-  AtOnce([&](int) {
+  AtOnce(kThreads, [&](int) {
     for (int i = 0; i < 500; ++i) {
       const Error copy = error;
       if (copy.GetTrace() != text) ++wrong;
@@ -207,7 +162,7 @@ TEST(Threads, CopyOneErrorAndReadIt) {
 }
 
 TEST(Threads, AskForTheSystem) {
-  AtOnce([](int) {
+  AtOnce(kThreads, [](int) {
     for (int i = 0; i < 20; ++i) {
       SystemInfo info;
       EXPECT_EQ(Utilities::GetSystemInfo(&info).GetType(), VORERROR_OK);

@@ -11,20 +11,47 @@ thread_local std::size_t allocations = 0;
 thread_local std::size_t failures = 0;
 thread_local std::size_t ordinaryAllocations = 0;
 thread_local bool heapIsShort = false;
+thread_local std::ptrdiff_t outstanding = 0;
+
+// Allocations of one kind, some of which fail.
+struct Faults {
+  std::size_t seen = 0;
+  std::size_t first = SIZE_MAX;
+  std::size_t last = SIZE_MAX;
+
+  bool NextFails() {
+    ++seen;
+    return seen >= first && seen <= last;
+  }
+};
+thread_local Faults alignedFaults;
+thread_local Faults ordinaryFaults;
+
+void* Counted(void* p) noexcept {
+  outstanding += p != nullptr ? 1 : 0;
+  return p;
+}
+
+void Release(void* p) noexcept {
+  outstanding -= p != nullptr ? 1 : 0;
+  std::free(p);
+}
 
 void* Allocate(std::size_t size, std::align_val_t alignment) noexcept {
   ++allocations;
-  if (size > largestThatSucceeds) {
+  if (alignedFaults.NextFails() || size > largestThatSucceeds) {
     ++failures;
     return nullptr;
   }
   void* p = nullptr;
-  return posix_memalign(&p, static_cast<std::size_t>(alignment), size) == 0 ? p : nullptr;
+  const bool done = posix_memalign(&p, static_cast<std::size_t>(alignment), size) == 0;
+  return Counted(done ? p : nullptr);
 }
 
 void* AllocateOrdinary(std::size_t size) noexcept {
   ++ordinaryAllocations;
-  return heapIsShort ? nullptr : std::malloc(size > 0 ? size : 1);
+  const bool fails = ordinaryFaults.NextFails() || heapIsShort;
+  return Counted(fails ? nullptr : std::malloc(size > 0 ? size : 1));
 }
 
 }  // namespace
@@ -40,13 +67,13 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
 }
 
 void operator delete(void* p) noexcept {
-  std::free(p);
+  Release(p);
 }
 void operator delete(void* p, std::size_t) noexcept {
-  std::free(p);
+  Release(p);
 }
 void operator delete(void* p, const std::nothrow_t&) noexcept {
-  std::free(p);
+  Release(p);
 }
 
 void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
@@ -60,13 +87,13 @@ void* operator new(std::size_t size, std::align_val_t alignment) {
 }
 
 void operator delete(void* p, std::align_val_t) noexcept {
-  std::free(p);
+  Release(p);
 }
 void operator delete(void* p, std::size_t, std::align_val_t) noexcept {
-  std::free(p);
+  Release(p);
 }
 void operator delete(void* p, std::align_val_t, const std::nothrow_t&) noexcept {
-  std::free(p);
+  Release(p);
 }
 
 namespace Korvex2::Test {
@@ -90,6 +117,31 @@ HeapShortage::HeapShortage() {
 
 HeapShortage::~HeapShortage() {
   heapIsShort = false;
+}
+
+namespace {
+
+Faults& FaultsOf(AllocationFault::Of kind) {
+  return kind == AllocationFault::Of::PixelBuffers ? alignedFaults : ordinaryFaults;
+}
+
+}  // namespace
+
+AllocationFault::AllocationFault(Of kind, std::size_t which, Extent extent) {
+  FaultsOf(kind) = {0, which, extent == Extent::One ? which : SIZE_MAX};
+}
+
+AllocationFault::~AllocationFault() {
+  alignedFaults = {};
+  ordinaryFaults = {};
+}
+
+bool AllocationFault::Happened() const {
+  return alignedFaults.seen >= alignedFaults.first || ordinaryFaults.seen >= ordinaryFaults.first;
+}
+
+std::ptrdiff_t OutstandingAllocations() {
+  return outstanding;
 }
 
 std::size_t OrdinaryAllocations() {

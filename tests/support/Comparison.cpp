@@ -126,9 +126,9 @@ testing::AssertionResult Agrees(const Case& c) {
   if (c.garbage >= 0) {
     const unsigned packed = Reference::RowBytes(c.cols, Reference::BitsPerPixel(c.target));
     destination.SetDimensions(c.rows, c.cols, packed, static_cast<PixelFormat>(c.target), NONE);
-    if (destination.GetDataSize() > 0) {
-      std::memset(destination.GetData(), c.garbage, destination.GetDataSize());
-    }
+    const auto held =
+        static_cast<std::size_t>(Reference::BufferBytes(c.rows, c.cols, packed, c.target));
+    std::memset(destination.GetData(), c.garbage, held);
   }
 
   const Probe probe(c.littleEndian);

@@ -113,6 +113,21 @@ def test_a_png_that_claims_to_be_huge(tool):
         assert "in.png" in tool.fails(1, "convert", "in.png", "out.png", "--to", "mono8") or width > 65535
 
 
+def test_a_png_that_claims_to_be_wide_takes_no_memory(tool):
+    import resource
+    import struct
+    from pictures import chunk
+    if "sanitizer" in tool.succeeds("info"):
+        pytest.skip("SKIPPED: sanitizers need more memory than the limit")
+    header = struct.pack(">IIBBBBB", 0x6a000009, 7, 16, 0, 0, 0, 1)
+    (tool.folder / "in.png").write_bytes(
+        b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + chunk(b"tRNS", b"\0\1") + chunk(b"IDAT", b"x\x9c")
+        + chunk(b"IEND", b""))
+    result = tool.run("convert", "in.png", "out.png", "--to", "mono8",
+                      preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (1 << 30, 1 << 30)))
+    assert result.returncode == 1 and "in.png is truncated" in result.stderr
+
+
 @pytest.mark.parametrize("data", [
     b"", b"P", b"P5", b"P5\n", b"P5 2", b"P5 2 2", b"P5 2 2 255", b"P5 2 2 255\n\1\2\3", b"P5 2 2 256\n1234567",
     b"P5 0 2 255\n", b"P5 2 0 255\n", b"P5 2 2 0\n1234", b"P5 2 2 65536\n12345678", b"P5 -2 2 255\n1234",

@@ -9,6 +9,7 @@
 
 #include "BayerNames.h"
 #include "Failure.h"
+#include "InstructionSets.h"
 
 namespace Korvex2::Tool {
 namespace {
@@ -120,6 +121,29 @@ std::string TileNames() {
 
 std::string MethodNames() {
   return Join(ColorProcessings());
+}
+
+void ChooseInstructionSet(std::string_view name) {
+  if (name.empty()) {
+    return;
+  }
+  for (const std::string_view available : InstructionSets()) {
+    if (Lower(available) == Lower(name)) {
+      (void)SetInstructionSet(available);
+      return;
+    }
+  }
+  throw UsageFailure("--cpu '{}' is no instruction set of this machine; it is one of {}", name,
+                     InstructionSetNames());
+}
+
+std::string InstructionSetNames() {
+  std::string names;
+  for (const std::string_view name : InstructionSets()) {
+    names += names.empty() ? "" : ", ";
+    names += name;
+  }
+  return names;
 }
 
 std::string_view NameOf(PixelFormat format) {

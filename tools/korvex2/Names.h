@@ -26,6 +26,13 @@ ColorProcessingAlgorithm ParseMethod(std::string_view name);
 std::string TileNames();
 std::string MethodNames();
 
+/// Makes the library use the instruction set with this name, in any case; leaves its choice where
+/// the name is empty. UsageFailure for a name that is none of this machine.
+void ChooseInstructionSet(std::string_view name);
+
+/// The instruction sets of this machine, separated by commas.
+std::string InstructionSetNames();
+
 /// The short name of a format, "unknown" for a value that names none.
 std::string_view NameOf(PixelFormat format);
 

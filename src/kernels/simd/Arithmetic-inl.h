@@ -273,12 +273,9 @@ inline HWY_NOINLINE Vec16 MendGreen(Vec16 green, Vec16 uv, Mask16 exact) {
 
 // 43 dU + 89 dV, the differences as signed bytes.
 HWY_INLINE VecI16 GreenSum(Vec16 differences) {
-#if HWY_TARGET == HWY_AVX3_DL || HWY_TARGET == HWY_AVX3
-  return VecI16{_mm512_maddubs_epi16(_mm512_set1_epi16(89 << 8 | 43), differences.raw)};
-#elif HWY_TARGET == HWY_AVX2
-  return VecI16{_mm256_maddubs_epi16(_mm256_set1_epi16(89 << 8 | 43), differences.raw)};
-#elif HWY_TARGET == HWY_SSE4
-  return VecI16{_mm_maddubs_epi16(_mm_set1_epi16(89 << 8 | 43), differences.raw)};
+#if KORVEX2_X86
+  const auto weights = hn::Set(Tag16(), 89 << 8 | 43);
+  return VecI16{KORVEX2_INTRINSIC(maddubs_epi16)(weights.raw, differences.raw)};
 #else
   const TagI16 d;
   const VecI16 du = hn::ShiftRight<8>(Signed(hn::ShiftLeft<8>(differences)));

@@ -24,9 +24,10 @@ std::size_t EncodeGrey(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_R
   std::size_t done = 0;
   for (; done + n <= pixels; done += n) {
     Vec8 grey, g, b, a;
-    Load::Get(src + done / 2 * Load::kBytesOfTwo, grey, g, b, a);
-    Yuv::Put(LumaOfGrey(grey), UOfGrey(grey), hn::Set(Tag8(), 128),
-             dst + done / 2 * Yuv::kBytesOfTwo);
+    Load::Get(src, grey, g, b, a);
+    Yuv::Put(LumaOfGrey(grey), UOfGrey(grey), hn::Set(Tag8(), 128), dst);
+    src += n / 2 * Load::kBytesOfTwo;
+    dst += n / 2 * Yuv::kBytesOfTwo;
   }
   return done;
 }
@@ -55,10 +56,10 @@ std::size_t EncodeLuma16(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY
                          std::size_t pixels) {
   std::size_t done = 0;
   for (; done + 64 <= pixels; done += 64) {
-    const std::uint8_t* from = src + done / 2 * Sums::kBytesOfTwo;
-    std::uint8_t* to = dst + done / 2 * Store::kBytesOfTwo;
-    PrefetchAhead<Sums::kBytesOfTwo, Store::kBytesOfTwo>(from, to);
-    Store::Put(GetLuma16<Sums>(from), GetLuma16<Sums>(from + 16 * Sums::kBytesOfTwo), to);
+    PrefetchAhead<Sums::kBytesOfTwo, Store::kBytesOfTwo>(src, dst);
+    Store::Put(GetLuma16<Sums>(src), GetLuma16<Sums>(src + 16 * Sums::kBytesOfTwo), dst);
+    src += 32 * Sums::kBytesOfTwo;
+    dst += 32 * Store::kBytesOfTwo;
   }
   return done;
 }

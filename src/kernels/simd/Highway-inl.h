@@ -17,10 +17,10 @@
 // compiler of them.
 #if HWY_TARGET == HWY_AVX3_DL
 #undef HWY_TARGET_STR
-#define HWY_TARGET_STR                                                \
-  HWY_TARGET_STR_AVX3                                                 \
-      ",vpclmulqdq,avx512vbmi,avx512vbmi2,vaes,avxvnni,avx512bitalg," \
-      "avx512vpopcntdq,avx512vnni"
+#define HWY_TARGET_STR                                            \
+  HWY_TARGET_STR_AVX3                                             \
+  ",vpclmulqdq,avx512vbmi,avx512vbmi2,vaes,avxvnni,avx512bitalg," \
+  "avx512vpopcntdq,avx512vnni"
 #endif
 
 // x86 has shuffles of bytes within blocks of 16, and with VBMI within a whole vector, but no loads
@@ -32,6 +32,16 @@
 #else
 #define KORVEX2_X86 0
 #endif
+// The intrinsic of a name for vectors of this set's width.
+#undef KORVEX2_INTRINSIC
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+#define KORVEX2_INTRINSIC(name) _mm512_##name
+#elif HWY_TARGET == HWY_AVX2
+#define KORVEX2_INTRINSIC(name) _mm256_##name
+#else
+#define KORVEX2_INTRINSIC(name) _mm_##name
+#endif
+
 #undef KORVEX2_VBMI
 #define KORVEX2_VBMI (HWY_TARGET == HWY_AVX3_DL)
 

@@ -407,12 +407,12 @@ std::size_t MovePixels(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_R
   const std::size_t n = hn::Lanes(Tag8());
   std::size_t done = 0;
   for (; done + n <= pixels; done += n) {
-    const std::uint8_t* from = src + done / 2 * Load::kBytesOfTwo;
-    std::uint8_t* to = dst + done / 2 * Store::kBytesOfTwo;
-    PrefetchAhead<Load::kBytesOfTwo, Store::kBytesOfTwo>(from, to);
+    PrefetchAhead<Load::kBytesOfTwo, Store::kBytesOfTwo>(src, dst);
     Vec8 r, g, b, a;
-    Load::Get(from, r, g, b, a);
-    Store::Put(r, g, b, a, to);
+    Load::Get(src, r, g, b, a);
+    Store::Put(r, g, b, a, dst);
+    src += n / 2 * Load::kBytesOfTwo;
+    dst += n / 2 * Store::kBytesOfTwo;
   }
   return done;
 }

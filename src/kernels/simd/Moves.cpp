@@ -106,7 +106,7 @@ using TagOfMove = hn::FixedTag<std::uint8_t, kVector>;
 using VecOfMove = hn::Vec<TagOfMove>;
 
 template <Layout From, Layout To, std::size_t Vector>
-HWY_INLINE void MoveVector(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRICT dst) {
+HWY_INLINE VecOfMove GatherVector(const std::uint8_t* src) {
   static constexpr Gather kGather = MakeGather(From, To, Vector);
   const TagOfMove d;
   VecOfMove v = hn::Zero(d);
@@ -122,7 +122,7 @@ HWY_INLINE void MoveVector(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* H
   if constexpr (To.channels == 4 && From.channels != 4) {
     v = hn::Or(v, hn::Load(d, kGather.opaque.at));
   }
-  hn::StoreU(v, d, dst + Vector * kVector);
+  return v;
 }
 
 template <Layout From, Layout To>
@@ -130,8 +130,11 @@ std::size_t Move(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRIC
                  std::size_t pixels) {
   std::size_t done = 0;
   for (; done + kVector <= pixels; done += kVector) {
+    // All loads before all stores: where source and destination lie alike within their pages, a
+    // load would wait for a store that it has nothing to do with.
     [&]<std::size_t... Vectors>(std::index_sequence<Vectors...>) HWY_ATTR {
-      (MoveVector<From, To, Vectors>(src + done * From.pixel(), dst + done * To.pixel()), ...);
+      const VecOfMove vectors[] = {GatherVector<From, To, Vectors>(src + done * From.pixel())...};
+      (hn::StoreU(vectors[Vectors], TagOfMove(), dst + done * To.pixel() + Vectors * kVector), ...);
     }
     (std::make_index_sequence<To.pixel()>());
   }

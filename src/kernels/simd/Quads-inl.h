@@ -169,45 +169,22 @@ HWY_INLINE Vec32 Dot(Vec8 quads, Vec8 weights, int offset) {
   const Vec32 from = hn::Set(Tag32(), static_cast<std::uint32_t>(offset));
 #if HWY_TARGET == HWY_AVX3_DL
   return Vec32{_mm512_dpbusd_epi32(from.raw, quads.raw, weights.raw)};
-#elif HWY_TARGET == HWY_AVX3
-  const __m512i pairs = _mm512_maddubs_epi16(quads.raw, weights.raw);
-  return hn::Add(from, Vec32{_mm512_madd_epi16(pairs, _mm512_set1_epi16(1))});
-#elif HWY_TARGET == HWY_AVX2
-  const __m256i pairs = _mm256_maddubs_epi16(quads.raw, weights.raw);
-  return hn::Add(from, Vec32{_mm256_madd_epi16(pairs, _mm256_set1_epi16(1))});
 #else
-  const __m128i pairs = _mm_maddubs_epi16(quads.raw, weights.raw);
-  return hn::Add(from, Vec32{_mm_madd_epi16(pairs, _mm_set1_epi16(1))});
+  const auto pairs = KORVEX2_INTRINSIC(maddubs_epi16)(quads.raw, weights.raw);
+  const auto ones = hn::Set(Tag16(), 1);
+  return hn::Add(from, Vec32{KORVEX2_INTRINSIC(madd_epi16)(pairs, ones.raw)});
 #endif
 }
 
-// Two vectors into one, block by block: of numbers of 16 bits, signed, and unsigned.
+// Two vectors into one, block by block: of numbers of 16 bits, signed and unsigned, and of bytes.
 HWY_INLINE Vec16 PackSigned(Vec32 a, Vec32 b) {
-#if HWY_TARGET == HWY_AVX3_DL || HWY_TARGET == HWY_AVX3
-  return Vec16{_mm512_packs_epi32(a.raw, b.raw)};
-#elif HWY_TARGET == HWY_AVX2
-  return Vec16{_mm256_packs_epi32(a.raw, b.raw)};
-#else
-  return Vec16{_mm_packs_epi32(a.raw, b.raw)};
-#endif
+  return Vec16{KORVEX2_INTRINSIC(packs_epi32)(a.raw, b.raw)};
 }
 HWY_INLINE Vec16 PackWords(Vec32 a, Vec32 b) {
-#if HWY_TARGET == HWY_AVX3_DL || HWY_TARGET == HWY_AVX3
-  return Vec16{_mm512_packus_epi32(a.raw, b.raw)};
-#elif HWY_TARGET == HWY_AVX2
-  return Vec16{_mm256_packus_epi32(a.raw, b.raw)};
-#else
-  return Vec16{_mm_packus_epi32(a.raw, b.raw)};
-#endif
+  return Vec16{KORVEX2_INTRINSIC(packus_epi32)(a.raw, b.raw)};
 }
 HWY_INLINE Vec8 PackBytes(Vec16 a, Vec16 b) {
-#if HWY_TARGET == HWY_AVX3_DL || HWY_TARGET == HWY_AVX3
-  return Vec8{_mm512_packus_epi16(a.raw, b.raw)};
-#elif HWY_TARGET == HWY_AVX2
-  return Vec8{_mm256_packus_epi16(a.raw, b.raw)};
-#else
-  return Vec8{_mm_packus_epi16(a.raw, b.raw)};
-#endif
+  return Vec8{KORVEX2_INTRINSIC(packus_epi16)(a.raw, b.raw)};
 }
 
 // floor(S / 1000) of two vectors of quads. `rest` is zero where S is a multiple of 1000, and only

@@ -75,10 +75,11 @@ struct StoreY12 {
 // --- Stores of packed YUV, of a vector of pixels as (luma, U, V) ---
 
 // The truncated mean of each two, and of each four, neighbours: as words, and as double words.
-#if KORVEX2_VBMI
+#if KORVEX2_X86
 
 HWY_INLINE Vec16 MeanOfTwo(Vec8 v) {
-  return hn::ShiftRight<1>(Vec16{_mm512_maddubs_epi16(v.raw, _mm512_set1_epi8(1))});
+  const Vec8 ones = hn::Set(Tag8(), 1);
+  return hn::ShiftRight<1>(Vec16{KORVEX2_INTRINSIC(maddubs_epi16)(v.raw, ones.raw)});
 }
 HWY_INLINE Vec32 MeanOfFour(Vec8 v) {
   return hn::ShiftRight<2>(Dot(v, hn::Set(Tag8(), 1), 0));
@@ -176,10 +177,10 @@ std::size_t EncodeLuma(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_R
   const std::size_t n = hn::Lanes(Tag8());
   std::size_t done = 0;
   for (; done + n <= pixels; done += n) {
-    const std::uint8_t* from = src + done / 2 * Load::kBytesOfTwo;
-    std::uint8_t* to = dst + done / 2 * Store::kBytesOfTwo;
-    PrefetchAhead<Load::kBytesOfTwo, Store::kBytesOfTwo>(from, to);
-    Store::Put(GetLuma<Load>(from), to);
+    PrefetchAhead<Load::kBytesOfTwo, Store::kBytesOfTwo>(src, dst);
+    Store::Put(GetLuma<Load>(src), dst);
+    src += n / 2 * Load::kBytesOfTwo;
+    dst += n / 2 * Store::kBytesOfTwo;
   }
   return done;
 }
@@ -191,12 +192,12 @@ std::size_t EncodeColour(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY
   const std::size_t n = hn::Lanes(Tag8());
   std::size_t done = 0;
   for (; done + n <= pixels; done += n) {
-    const std::uint8_t* from = src + done / 2 * Load::kBytesOfTwo;
-    std::uint8_t* to = dst + done / 2 * Yuv::kBytesOfTwo;
-    PrefetchAhead<Load::kBytesOfTwo, Yuv::kBytesOfTwo>(from, to);
+    PrefetchAhead<Load::kBytesOfTwo, Yuv::kBytesOfTwo>(src, dst);
     Vec8 y, u, v;
-    GetYuv<Load>(from, y, u, v);
-    Yuv::Put(y, u, v, to);
+    GetYuv<Load>(src, y, u, v);
+    Yuv::Put(y, u, v, dst);
+    src += n / 2 * Load::kBytesOfTwo;
+    dst += n / 2 * Yuv::kBytesOfTwo;
   }
   return done;
 }

@@ -28,6 +28,13 @@ inline std::string NotEmpty(const std::string& value) {
   return value.empty() ? "a name is missing" : "";
 }
 
+/// --cpu, for commands that convert; the value goes to ChooseInstructionSet.
+inline void AddCpuOption(CLI::App& command, std::string& name) {
+  command.add_option("--cpu", name, "Instruction set to use, one of 'korvex2 info'")
+      ->check(NotEmpty);
+}
+
+void AddBenchCommand(CLI::App& app, const Globals& globals);
 void AddConvertCommand(CLI::App& app, const Globals& globals);
 void AddFormatsCommand(CLI::App& app);
 void AddRoutesCommand(CLI::App& app);

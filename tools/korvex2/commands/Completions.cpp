@@ -6,8 +6,8 @@
 #include <string>
 
 #include "Failure.h"
-#include "commands/CommandLine.h"
 #include "commands/Commands.h"
+#include "commands/Definitions.h"
 
 namespace Korvex2::Tool {
 namespace {

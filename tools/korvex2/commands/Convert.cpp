@@ -23,6 +23,7 @@ struct Options {
   std::optional<std::uint32_t> height;
   std::string tile;
   std::string method;
+  std::string cpu;
 };
 
 constexpr const char* kNotes = R"(
@@ -97,6 +98,7 @@ void Run(const Options& options, const Globals& globals) {
   const ColorProcessingAlgorithm method =
       options.method.empty() ? DEFAULT : ParseMethod(options.method);
   RequireHolds(options.output, target);
+  ChooseInstructionSet(options.cpu);
 
   Image source = ReadImage(options.input, shape);
   CheckRawOptions(options, source, target);
@@ -129,6 +131,7 @@ void AddConvertCommand(CLI::App& app, const Globals& globals) {
           "--method", options->method,
           "How to make colour of a raw input: " + MethodNames() + "; none shows the mosaic as grey")
       ->check(NotEmpty);
+  AddCpuOption(*command, options->cpu);
   command->footer(ContainerHelp() + kNotes);
   command->callback([options, &globals] { Run(*options, globals); });
 }

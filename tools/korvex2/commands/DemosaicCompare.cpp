@@ -1,7 +1,6 @@
 // korvex2 demosaic-compare: what each demosaic method makes of the mosaic of a picture.
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <filesystem>
@@ -19,6 +18,7 @@
 #include "Report.h"
 #include "Sheet.h"
 #include "Table.h"
+#include "Timing.h"
 #include "commands/Commands.h"
 #include "io/Containers.h"
 #include "io/Raster.h"
@@ -84,29 +84,10 @@ Image ReadTruth(const Options& options) {
 
 // --- The methods ---------------------------------------------------------------------------------
 
-// The median of as many runs as fit into a moment, an odd number, on one thread.
-double MedianSeconds(const Image& mosaic, const EngineMethod& method, Image& picture) {
-  using Clock = std::chrono::steady_clock;
-  constexpr std::size_t kFewest = 5;
-  constexpr std::size_t kMost = 101;
-  constexpr std::chrono::milliseconds kMoment(200);
-  Demosaic(mosaic, method, picture);  // memory is touched, caches are filled
-  std::vector<double> seconds;
-  const auto begin = Clock::now();
-  while (seconds.size() < kFewest || seconds.size() % 2 == 0 ||
-         (seconds.size() < kMost && Clock::now() - begin < kMoment)) {
-    const auto start = Clock::now();
-    Demosaic(mosaic, method, picture);
-    seconds.push_back(std::chrono::duration<double>(Clock::now() - start).count());
-  }
-  const auto middle = seconds.begin() + static_cast<std::ptrdiff_t>(seconds.size() / 2);
-  std::nth_element(seconds.begin(), middle, seconds.end());
-  return *middle;
-}
-
 Outcome Measure(const Image& truth, const Image& mosaic, const EngineMethod& method) {
   Outcome outcome{&method, NewPictureOf(mosaic), 0, 0, 0};
-  const double seconds = MedianSeconds(mosaic, method, outcome.picture);
+  const double seconds =
+      MedianSeconds({[&] { Demosaic(mosaic, method, outcome.picture); }}).front();
   const double pixels = static_cast<double>(truth.GetCols()) * truth.GetRows();
   outcome.megapixelsPerSecond = pixels / 1e6 / std::max(seconds, 1e-9);
   outcome.cpsnr = Cpsnr(truth, outcome.picture);

@@ -52,15 +52,6 @@ std::string TiffVersion() {
   return begin == std::string::npos ? "" : text.substr(begin + 8, text.find('\n') - begin - 8);
 }
 
-std::string InstructionSetNames() {
-  std::string names;
-  for (const std::string_view name : InstructionSets()) {
-    names += names.empty() ? "" : ", ";
-    names += name;
-  }
-  return names;
-}
-
 // g++ says it by a macro, clang by a feature.
 #if defined(__SANITIZE_ADDRESS__)
 #define KORVEX2_SANITIZED 1

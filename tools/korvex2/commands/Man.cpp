@@ -4,10 +4,11 @@
 
 #include <cctype>
 #include <string>
+#include <string_view>
 
 #include "Korvex2Version.h"
-#include "commands/CommandLine.h"
 #include "commands/Commands.h"
+#include "commands/Definitions.h"
 
 namespace Korvex2::Tool {
 namespace {
@@ -34,6 +35,15 @@ std::string Roff(const std::string& text) {
   return roff;
 }
 
+// "Nov 21 2026", the day of the build, as 2026-11-21.
+std::string BuildDate() {
+  constexpr std::string_view kMonths = "JanFebMarAprMayJunJulAugSepOctNovDec";
+  const std::string_view date = __DATE__;
+  const std::string day =
+      (date[4] == ' ' ? "0" : "") + std::string(date.substr(4, 2)).substr(date[4] == ' ' ? 1 : 0);
+  return fmt::format("{}-{:02}-{}", date.substr(7), kMonths.find(date.substr(0, 3)) / 3 + 1, day);
+}
+
 // A block whose lines and columns stay as they are.
 std::string Preformatted(const std::string& text) {
   const std::size_t begin = text.find_first_not_of('\n');
@@ -41,7 +51,7 @@ std::string Preformatted(const std::string& text) {
   if (begin == std::string::npos) {
     return "";
   }
-  std::string block = ".PP\n.nf\n";
+  std::string block = ".nf\n";
   bool lineBegins = true;
   for (const char c : Roff(text.substr(begin, end + 1 - begin))) {
     if (lineBegins && c == '\n') {
@@ -103,16 +113,17 @@ std::string Section(const CLI::App& command) {
       text += Paragraph(*option);
     }
   }
-  return text + Preformatted(command.get_footer());
+  const std::string notes = Preformatted(command.get_footer());
+  return text + (notes.empty() ? "" : ".PP\n" + notes);
 }
 
 }  // namespace
 
 std::string ManPage(const CLI::App& app, const std::string& version) {
   std::string page = fmt::format(
-      ".TH KORVEX2 1 \"\" \"korvex2 {}\" \"User Commands\"\n.SH NAME\nkorvex2 \\- {}\n.SH "
+      ".TH KORVEX2 1 \"{}\" \"korvex2 {}\" \"User Commands\"\n.SH NAME\nkorvex2 \\- {}\n.SH "
       "SYNOPSIS\n",
-      version, Roff(app.get_description()));
+      BuildDate(), version, Roff(app.get_description()));
   std::string separator;
   for (const CLI::App* command : Subcommands(app)) {
     page += separator + Synopsis(*command);

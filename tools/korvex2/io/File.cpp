@@ -6,9 +6,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 #include <filesystem>
+#include <optional>
+#include <utility>
 
 #include "Failure.h"
 
@@ -29,27 +30,6 @@ void RequireRegular(const struct stat& status, const std::string& path) {
   }
   if (!S_ISREG(status.st_mode)) {
     throw Failure("{} is not a regular file; devices and pipes are not supported", path);
-  }
-}
-
-// What an interrupted process has to remove. Set while one output file is open.
-char g_temporary[4096];
-
-extern "C" void RemoveTemporaryAndDie(int signal) {
-  unlink(g_temporary);
-  std::signal(signal, SIG_DFL);
-  raise(signal);
-}
-
-void RemoveWhenInterrupted(const std::string& temporary) {
-  if (temporary.size() >= sizeof g_temporary) {
-    return;
-  }
-  std::memcpy(g_temporary, temporary.c_str(), temporary.size() + 1);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    if (std::signal(signal, RemoveTemporaryAndDie) == SIG_IGN) {
-      std::signal(signal, SIG_IGN);
-    }
   }
 }
 
@@ -99,30 +79,33 @@ Bytes InputFile::Read() const {
   return bytes;
 }
 
-OutputFile::OutputFile(const std::string& path) : m_path(path), m_target(path) {
-  mode_t mode = 0;
-  struct stat status;
-  if (stat(path.c_str(), &status) == 0) {
-    RequireRegular(status, path);
-    mode = status.st_mode & 07777;
-    m_target = std::filesystem::canonical(path).string();
-  }
-  const std::filesystem::path target(m_target);
-  const std::string name =
-      fmt::format(".{}.{}.tmp", target.filename().string().substr(0, 200), getpid());
-  m_temporary = (target.parent_path() / name).string();
+// A new file has the permissions that the process gives, a replaced one those that it had.
+struct OutputFile::Target {
+  std::string path;  // symbolic links followed
+  std::optional<mode_t> mode;
 
-  RemoveWhenInterrupted(m_temporary);  // first, so that no signal finds the file unguarded
-  const int fd = open(m_temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  static Target Of(const std::string& path) {
+    struct stat status;
+    if (stat(path.c_str(), &status) != 0) {
+      return {path, std::nullopt};
+    }
+    RequireRegular(status, path);
+    return {std::filesystem::canonical(path).string(), status.st_mode & 07777};
+  }
+};
+
+OutputFile::OutputFile(const std::string& path) : OutputFile(path, Target::Of(path)) {}
+
+OutputFile::OutputFile(const std::string& path, const Target& target)
+    : m_path(path), m_target(target.path), m_temporary(target.path) {
+  const int fd = m_temporary.fd();
   if (fd < 0) {
-    m_temporary.clear();
     FailWithErrno("write", path);
   }
   m_stream = fdopen(fd, "wb");
-  if (m_stream == nullptr || (mode != 0 && fchmod(fd, mode) != 0)) {
+  if (m_stream == nullptr || (target.mode && fchmod(fd, *target.mode) != 0)) {
     const int reason = errno;
     m_stream == nullptr ? close(fd) : std::fclose(m_stream);
-    unlink(m_temporary.c_str());
     errno = reason;
     FailWithErrno("write", path);
   }
@@ -131,9 +114,6 @@ OutputFile::OutputFile(const std::string& path) : m_path(path), m_target(path) {
 OutputFile::~OutputFile() {
   if (m_stream != nullptr) {
     std::fclose(m_stream);
-  }
-  if (!m_temporary.empty()) {
-    unlink(m_temporary.c_str());
   }
 }
 
@@ -157,10 +137,9 @@ void OutputFile::Close() {
 
 void OutputFile::Commit() {
   Close();
-  if (std::rename(m_temporary.c_str(), m_target.c_str()) != 0) {
+  if (!m_temporary.MoveTo(m_target)) {
     FailWithErrno("write", m_path);
   }
-  m_temporary.clear();
 }
 
 }  // namespace Korvex2::Tool

@@ -8,6 +8,8 @@
 #include <memory>
 #include <string>
 
+#include "io/Temporary.h"
+
 namespace Korvex2::Tool {
 
 /// A block of memory of exactly `size` bytes, not cleared.
@@ -40,7 +42,7 @@ class InputFile {
 };
 
 /// A file under a temporary name in the folder of `path`. Commit moves it to its name; without
-/// that, or when the process is interrupted, it vanishes and what stood at `path` stays.
+/// that, or when the process is told to stop, it vanishes and what stood at `path` stays.
 class OutputFile {
  public:
   explicit OutputFile(const std::string& path);
@@ -55,11 +57,13 @@ class OutputFile {
   void Commit();
 
  private:
+  struct Target;
+  OutputFile(const std::string& path, const Target& target);
   void Close();
 
-  std::string m_path;       // as the user called it
-  std::string m_target;     // the same, symbolic links followed
-  std::string m_temporary;  // empty once committed
+  std::string m_path;    // as the user called it
+  std::string m_target;  // the same, symbolic links followed
+  TemporaryFile m_temporary;
   std::FILE* m_stream = nullptr;
 };
 

@@ -2,7 +2,9 @@
 
 #include <png.h>
 
+#include <cerrno>
 #include <csetjmp>
+#include <cstdio>
 #include <cstring>
 #include <new>
 
@@ -65,6 +67,19 @@ class Reader {
     png_set_user_limits(m_png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
     png_set_read_fn(m_png, &m_source, OnRead);
     png_read_info(m_png, m_info);
+    return true;
+  }
+
+  // What the file stores, for what it announces.
+  std::uint64_t StoredSize() const {
+    return std::uint64_t{png_get_rowbytes(m_png, m_info)} * png_get_image_height(m_png, m_info);
+  }
+
+  // libpng takes memory for whole rows here.
+  bool Begin() {
+    if (setjmp(png_jmpbuf(m_png)) != 0) {
+      return false;
+    }
     png_set_expand(m_png);  // palettes, 1-, 2- and 4-bit grey, transparent colours
     m_passes = png_set_interlace_handling(m_png);
     png_read_update_info(m_png, m_info);
@@ -97,6 +112,14 @@ class Reader {
   png_infop m_info;
 };
 
+extern "C" void OnWrite(png_structp png, png_bytep data, std::size_t size) {
+  if (std::fwrite(data, 1, size, static_cast<std::FILE*>(png_get_io_ptr(png))) != size) {
+    png_error(png, std::strerror(errno));
+  }
+}
+
+extern "C" void OnFlush(png_structp) {}  // whoever closes the file flushes it
+
 class Writer {
  public:
   Writer() {
@@ -118,7 +141,7 @@ class Writer {
       return false;
     }
     png_set_user_limits(m_png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
-    png_init_io(m_png, stream);
+    png_set_write_fn(m_png, stream, OnWrite, OnFlush);
     png_set_IHDR(m_png, m_info, raster.width, raster.height,
                  static_cast<int>(8 * raster.bytesPerSample), ColorType(raster.channels),
                  PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
@@ -143,12 +166,16 @@ class Writer {
 };
 
 // A header can claim any size; compressed data shrinks to no less than 1/1032 of what it was.
-void RequirePlausibleSize(const InputFile& file, std::uint64_t pictureSize) {
-  constexpr std::uint64_t kBestRatio = 1032 * 8;  // and 1-bit samples become bytes
-  if (pictureSize / kBestRatio > file.size()) {
+void RequirePlausibleSize(const InputFile& file, std::uint64_t storedSize) {
+  constexpr std::uint64_t kBestRatio = 1032;
+  if (storedSize / kBestRatio > file.size()) {
     throw Failure("{} is truncated: {} bytes cannot hold the picture that it announces",
                   file.path(), file.size());
   }
+}
+
+[[noreturn]] void FailAsDamaged(const InputFile& file, const Reader& reader) {
+  throw Failure("{} is a damaged PNG file: {}", file.path(), reader.message());
 }
 
 }  // namespace
@@ -160,12 +187,15 @@ Raster ReadPng(const InputFile& file) {
   }
   Reader reader(bytes);
   if (!reader.ReadHeader()) {
-    throw Failure("{} is a damaged PNG file: {}", file.path(), reader.message());
+    FailAsDamaged(file, reader);
+  }
+  RequirePlausibleSize(file, reader.StoredSize());
+  if (!reader.Begin()) {
+    FailAsDamaged(file, reader);
   }
   Raster raster = reader.NewRaster();
-  RequirePlausibleSize(file, raster.bytes.size);
   if (!reader.ReadRows(raster)) {
-    throw Failure("{} is a damaged PNG file: {}", file.path(), reader.message());
+    FailAsDamaged(file, reader);
   }
   return raster;
 }

@@ -1,4 +1,4 @@
-#include "commands/CommandLine.h"
+#include "commands/Definitions.h"
 
 #include "BayerNames.h"
 #include "PixelFormats.h"

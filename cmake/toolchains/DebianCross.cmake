@@ -1,0 +1,17 @@
+# Debian's cross compiler of CMAKE_SYSTEM_PROCESSOR, with the target's libraries in the directory
+# KORVEX2_SYSROOT; what it builds runs under qemu-user. `./run aarch64` and `./run s390x` lay the
+# directory out.
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_LIBRARY_ARCHITECTURE ${CMAKE_SYSTEM_PROCESSOR}-linux-gnu)
+
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES KORVEX2_SYSROOT)
+set(CMAKE_SYSROOT ${KORVEX2_SYSROOT})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+
+set(CMAKE_C_COMPILER   ${CMAKE_LIBRARY_ARCHITECTURE}-gcc)
+set(CMAKE_CXX_COMPILER ${CMAKE_LIBRARY_ARCHITECTURE}-g++)
+# A processor with all that qemu knows, unless QEMU_CPU in the environment says otherwise.
+set(CMAKE_CROSSCOMPILING_EMULATOR qemu-${CMAKE_SYSTEM_PROCESSOR} -L ${CMAKE_SYSROOT})

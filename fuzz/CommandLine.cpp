@@ -1,0 +1,244 @@
+// The command line: any arguments end in one of the exit codes, a failure in one line that says
+// what was wrong and in a folder as it was before.
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <map>
+
+#include "CommandLine.h"
+#include "Failure.h"
+#include "Folder.h"
+#include "Fuzz.h"
+#include "LimitedMemory.h"
+#include "PixelFormats.h"
+#include "io/Containers.h"
+
+namespace Korvex2::Fuzz {
+namespace {
+
+using namespace Tool;
+
+constexpr std::size_t kLargestBlock = std::size_t{1} << 20;
+constexpr std::size_t kMostArguments = 40;
+
+// A byte of the case from kFirstWord on stands for one of these.
+constexpr unsigned kFirstWord = 0x80;
+constexpr std::string_view kWords[] = {
+    // clang-format off
+    "convert", "chart", "mosaic", "demosaic-compare", "formats", "routes", "info",
+    "--to", "--from", "--width", "--height", "--tile", "--method", "--json", "--quiet", "-q",
+    "--help", "--version", "--out", "--detail", "--", "-h",
+    "in.png", "in.pgm", "in.ppm", "in.pam", "in.raw", "in.tif", "in.dng", "missing.png",
+    "out.png", "out.pgm", "out.ppm", "out.pam", "out.raw", "out.bin", "out", ".", "..",
+    "mono8", "mono12", "mono16", "rgb8", "rgbu", "rgb16", "bgr", "bgru", "bgr16", "bgru16",
+    "yuv411", "yuv422", "yuv444", "raw8", "raw12", "raw16", "BayerRG8", "Mono12Packed", "UYVY",
+    "rggb", "grbg", "gbrg", "bggr", "none", "nearest", "edge", "hq_linear", "directional",
+    "rigorous", "default", "16", "12", "0", "1", "-1", "4294967295", "4294967296", "=", "all",
+    "bench", "--size", "16x12", "--cpu", "plain",
+    // clang-format on
+};
+static_assert(kFirstWord + std::size(kWords) <= 256);
+
+// Arguments stand in lines. None of them leads out of the folder.
+std::vector<std::string> ArgumentsOf(std::span<const std::uint8_t> bytes) {
+  std::vector<std::string> arguments = {"korvex2", ""};
+  for (const std::uint8_t byte : bytes) {
+    if (byte == '\n') {
+      if (arguments.size() == kMostArguments) break;
+      arguments.emplace_back();
+    } else if (byte >= kFirstWord && byte - kFirstWord < std::size(kWords)) {
+      arguments.back() += kWords[byte - kFirstWord];
+    } else if (byte != '\0') {
+      arguments.back() += byte == '/' ? '_' : static_cast<char>(byte);
+    }
+  }
+  return arguments;
+}
+
+// What the process writes to a file descriptor while one lives.
+class Captured {
+ public:
+  explicit Captured(int fd)
+      : m_fd(fd), m_saved(dup(fd)), m_memory(memfd_create("captured", MFD_CLOEXEC)) {
+    dup2(m_memory, m_fd);
+  }
+  Captured(const Captured&) = delete;
+  Captured& operator=(const Captured&) = delete;
+  ~Captured() {
+    Restore();
+    close(m_saved);
+    close(m_memory);
+  }
+
+  void Restore() const { dup2(m_saved, m_fd); }
+  std::string Text() const {
+    std::string text(4096, '\0');
+    const ssize_t size = pread(m_memory, text.data(), text.size(), 0);
+    text.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+    return text;
+  }
+
+ private:
+  int m_fd;
+  int m_saved;
+  int m_memory;
+};
+
+// The folder that the tool works in, with an input of each kind.
+class Workplace {
+ public:
+  Workplace() {
+    const Image picture = NewImage(18, 16, *FindPixelFormat(PIXEL_FORMAT_RGB8), NONE);
+    const Image grey = NewImage(18, 16, *FindPixelFormat(PIXEL_FORMAT_MONO8), NONE);
+    for (const char* name : {"in.png", "in.ppm", "in.pam", "in.raw"}) {
+      WriteImage(picture, m_folder.Path(name));
+    }
+    WriteImage(grey, m_folder.Path("in.pgm"));
+    m_folder.Write("in.tif", Bytes{'I', 'I', '*', 0});
+    m_folder.Write("in.dng", Bytes{'M', 'M', 0, '*'});
+    for (const std::string& name : m_folder.Names()) m_files[name] = m_folder.Read(name);
+  }
+
+  const std::string& path() const { return m_folder.path(); }
+
+  bool IsUntouched() const {
+    const std::vector<std::string> names = m_folder.Names();
+    return names.size() == m_files.size() &&
+           std::all_of(names.begin(), names.end(), [this](const std::string& name) {
+             const auto file = m_files.find(name);
+             return file != m_files.end() && file->second == m_folder.Read(name);
+           });
+  }
+
+  void Restore() const {
+    for (const std::string& name : m_folder.Names()) m_folder.Remove(name);
+    for (const auto& [name, bytes] : m_files) m_folder.Write(name, bytes);
+  }
+
+ private:
+  Folder m_folder;
+  std::map<std::string, Bytes> m_files;
+};
+
+// The process works in a folder while one lives.
+class Inside {
+ public:
+  explicit Inside(const std::string& path)
+      : m_before(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    if (m_before < 0 || chdir(path.c_str()) != 0) Fail("cannot enter " + path);
+  }
+  Inside(const Inside&) = delete;
+  Inside& operator=(const Inside&) = delete;
+  ~Inside() {
+    if (fchdir(m_before) != 0) Fail("cannot go back");
+    close(m_before);
+  }
+
+ private:
+  int m_before;
+};
+
+bool HasControls(std::string_view line) {
+  return std::any_of(line.begin(), line.end(),
+                     [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; });
+}
+
+// Warnings may precede what went wrong; each is a line.
+void RequireOneFailure(const std::string& said, const std::string& called) {
+  if (said.size() == 4096) return;  // longer than what was kept of it
+  std::size_t failures = 0;
+  for (std::size_t begin = 0; begin < said.size();) {
+    const std::size_t end = said.find('\n', begin);
+    if (end == std::string::npos) Fail(called + "no newline: " + said);
+    const std::string_view line = std::string_view(said).substr(begin, end - begin);
+    if (!line.starts_with("korvex2: ") || HasControls(line)) Fail(called + "odd line: " + said);
+    failures += line.starts_with("korvex2: warning: ") ? 0 : 1;
+    begin = end + 1;
+  }
+  if (failures != 1) Fail(called + "not one failure: " + said);
+}
+
+void Run(std::span<const std::uint8_t> bytes) {
+  static const Workplace workplace;
+  std::vector<std::string> arguments = ArgumentsOf(bytes);
+  std::vector<char*> argv;
+  std::string called;
+  for (std::string& argument : arguments) {
+    argv.push_back(argument.data());
+    called += "'" + argument + "' ";
+  }
+  argv.push_back(nullptr);
+  called += ": ";
+
+  const Captured out(STDOUT_FILENO);
+  const Captured err(STDERR_FILENO);
+  int code = 0;
+  {
+    const Inside inside(workplace.path());
+    const LimitedMemory limit(kLargestBlock);
+    code = RunCommandLine(static_cast<int>(arguments.size()), argv.data());
+  }
+  std::fflush(stdout);
+  const std::string said = err.Text();
+  err.Restore();
+  if (code < 0 || code > 2) Fail(called + "exit code " + std::to_string(code));
+  const bool untouched = workplace.IsUntouched();
+  if (code != 0) {
+    RequireOneFailure(said, called);
+    if (!out.Text().empty()) Fail(called + "printed something and failed");
+    if (!untouched) Fail(called + "failed and touched the folder");
+  }
+  if (!untouched) workplace.Restore();
+}
+
+}  // namespace
+
+std::vector<Seed> Seeds() {
+  constexpr std::string_view kLines[] = {
+      "",
+      "--help",
+      "--version",
+      "formats",
+      "formats\n--json",
+      "info\n--json",
+      "routes\n--from\nyuv422\n--to\nbgr",
+      "routes\n--from\nraw8\n--json",
+      "chart\nout.png\n--width\n16\n--height\n12",
+      "chart\nout.raw\n--to\nraw12\n--tile\nbggr\n--width=16\n--height=12",
+      "chart\nout.png\n--width\n4294967295\n--height\n4294967295",
+      "convert\nin.png\nout.pgm\n--to\nmono8",
+      "convert\nin.raw\nout.png\n--from\nrgb8\n--width\n18\n--height\n16\n--to\nbgr16",
+      "convert\nin.pgm\nout.pam\n--from\nraw8\n--tile\nrggb\n--method\nhq_linear\n--to\nbgru",
+      "convert\nin.pgm\nout.raw\n--from\nBayerRG8\n--to\nyuv411\n-q",
+      "convert\nin.png\nin.png\n--to\nrgb16",
+      "convert\nin.tif\nout.png\n--to\nrgb8",
+      "convert\nin.dng\nout.png\n--to\nrgb8",
+      "convert\n--\n-in.png\n--to\n--from",
+      "mosaic\nin.png\nout.png\n--tile\nrggb\n--to\nraw16",
+      "demosaic-compare\nin.png\n--out\nout.png\n--tile\ngbrg\n--json",
+      "demosaic-compare\nin.ppm\n--detail\n0\n0",
+      "bench\n--size\n16x12\n--from\nrgb8\n--to\nmono8\n--json",
+      "bench\n--size\n4294967295x4294967295\n--cpu\nplain",
+  };
+  std::vector<Seed> seeds;
+  for (const std::string_view line : kLines) {
+    seeds.push_back({"line-" + std::to_string(seeds.size()), Bytes(line.begin(), line.end())});
+  }
+  // Each word once in its short form, so that a campaign has them all to put together.
+  for (unsigned i = 0; i < std::size(kWords); ++i) {
+    seeds.push_back(
+        {"word-" + std::to_string(i), {0x80, '\n', static_cast<std::uint8_t>(kFirstWord + i)}});
+  }
+  return seeds;
+}
+
+}  // namespace Korvex2::Fuzz
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  Korvex2::Fuzz::Run({data, size});
+  return 0;
+}

@@ -1,0 +1,316 @@
+// Small files of every kind that the readers know, made by the libraries that read them and by the
+// tool's own writers.
+
+#include <png.h>
+#include <sys/mman.h>
+#include <tiffio.h>
+#include <unistd.h>
+
+#include <fmt/format.h>
+#include <csetjmp>
+
+#include "Folder.h"
+#include "Fuzz.h"
+#include "PixelFormats.h"
+#include "ReaderCase.h"
+#include "io/Containers.h"
+
+namespace Korvex2::Fuzz {
+namespace {
+
+using namespace Tool;
+
+struct Size {
+  std::uint32_t width;
+  std::uint32_t height;
+};
+
+constexpr std::uint32_t kWidth = 9;
+constexpr std::uint32_t kHeight = 7;
+constexpr Size kPicture = {kWidth, kHeight};
+constexpr Size kMosaic = {32, 24};  // smaller ones are none to LibRaw
+
+std::uint8_t Sample(std::size_t i) {
+  return static_cast<std::uint8_t>(i * 37 + i / 5);
+}
+
+Bytes Samples(std::size_t count) {
+  Bytes bytes(count);
+  for (std::size_t i = 0; i < count; ++i) bytes[i] = Sample(i);
+  return bytes;
+}
+
+std::uint8_t NumberOf(std::string_view extension) {
+  const auto* found = std::find(std::begin(kExtensions), std::end(kExtensions), extension);
+  return static_cast<std::uint8_t>(found - std::begin(kExtensions));
+}
+
+Seed Case(const std::string& name, std::string_view extension, const Bytes& file,
+          ReaderHeader header = {}) {
+  header.extension = NumberOf(extension);
+  return {name + std::string(extension), Encode(header, file)};
+}
+
+// --- What the tool writes itself.
+// -----------------------------------------------------------------
+
+void AddWritten(std::vector<Seed>& seeds, const Folder& folder) {
+  constexpr std::string_view kWritten[] = {".png", ".pnm", ".pam", ".raw"};
+  std::uint8_t number = 0;
+  for (const PixelFormatInfo& format : PixelFormats()) {
+    Image image = NewImage(kWidth, kHeight, format, NONE);
+    for (std::size_t i = 0; i < image.GetDataSize(); ++i) image.GetData()[i] = Sample(i);
+    for (const std::string_view extension : kWritten) {
+      const std::string name = "written" + std::string(extension);
+      if (!Holds(ContainerOf(name), format.format)) continue;
+      WriteImage(image, folder.Path(name));
+      ReaderHeader header = {kWidth, kHeight, 0, 0, number, 1, 0, {}};
+      if (extension == ".raw") header.said = kSaysFormat | kSaysWidth | kSaysHeight | kSaysTile;
+      seeds.push_back(Case(std::string(format.name), extension, folder.Read(name), header));
+    }
+    ++number;
+  }
+}
+
+void AddText(std::vector<Seed>& seeds) {
+  const auto add = [&seeds](const std::string& name, std::string_view text) {
+    seeds.push_back(Case(name, ".pnm", Bytes(text.begin(), text.end())));
+  };
+  add("grey-text", "P2\n# a comment\n3 2\n100\n0 1 2\n99 100 50\n");
+  add("colour-text", "P3 1 2 4095 0 1 4095 7 8 9");
+  add("scaled", "P5 2 2 40\n\1\2\3\50");
+  add("deep", "P6 1 1 4095\n\1\2\3\4\5\6");
+  add("grey-alpha",
+      "P7\nWIDTH 2\nHEIGHT 1\nDEPTH 2\nMAXVAL 255\nTUPLTYPE GRAYSCALE_ALPHA\nENDHDR\nabcd");
+  add("large-claim", "P5 4294967295 4294967295 255\n1234");
+}
+
+// --- PNG in the variants that the tool reads and does not write.
+// ----------------------------------
+
+extern "C" void AppendPng(png_structp png, png_bytep data, std::size_t size) {
+  auto* bytes = static_cast<Bytes*>(png_get_io_ptr(png));
+  bytes->insert(bytes->end(), data, data + size);
+}
+
+extern "C" void FlushPng(png_structp) {}
+
+struct PngVariant {
+  const char* name;
+  int colourType;
+  int bits;
+  int interlace;
+  bool transparent;
+};
+
+constexpr PngVariant kPngVariants[] = {
+    // clang-format off
+    {"palette8",    PNG_COLOR_TYPE_PALETTE,    8,  PNG_INTERLACE_NONE,  false},
+    {"palette4",    PNG_COLOR_TYPE_PALETTE,    4,  PNG_INTERLACE_ADAM7, true},
+    {"palette1",    PNG_COLOR_TYPE_PALETTE,    1,  PNG_INTERLACE_NONE,  true},
+    {"grey1",       PNG_COLOR_TYPE_GRAY,       1,  PNG_INTERLACE_ADAM7, false},
+    {"grey2",       PNG_COLOR_TYPE_GRAY,       2,  PNG_INTERLACE_NONE,  true},
+    {"grey16",      PNG_COLOR_TYPE_GRAY,       16, PNG_INTERLACE_ADAM7, true},
+    {"grey-alpha",  PNG_COLOR_TYPE_GRAY_ALPHA, 8,  PNG_INTERLACE_NONE,  false},
+    {"rgb-keyed",   PNG_COLOR_TYPE_RGB,        8,  PNG_INTERLACE_ADAM7, true},
+    {"rgba-laced",  PNG_COLOR_TYPE_RGBA,       16, PNG_INTERLACE_ADAM7, false},
+    // clang-format on
+};
+
+Bytes PngOf(const PngVariant& variant) {
+  Bytes bytes;
+  Bytes row = Samples(std::size_t{kWidth} * 8);
+  png_color palette[16] = {};
+  png_byte alpha[16] = {};
+  png_color_16 key = {1, 1, 1, 1, 1};
+  for (std::size_t i = 0; i < std::size(palette); ++i) {
+    palette[i] = {Sample(i), Sample(i + 1), Sample(i + 2)};
+    alpha[i] = Sample(3 * i);
+  }
+  const int colours = variant.bits == 1 ? 2 : 16;
+  if (variant.colourType == PNG_COLOR_TYPE_PALETTE) {
+    for (std::uint8_t& index : row) index &= variant.bits == 8 ? 15 : 255;
+  }
+  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+  png_infop info = png_create_info_struct(png);
+  if (setjmp(png_jmpbuf(png)) != 0) Fail(std::string("no PNG ") + variant.name);
+  png_set_write_fn(png, &bytes, AppendPng, FlushPng);
+  png_set_IHDR(png, info, kWidth, kHeight, variant.bits, variant.colourType, variant.interlace,
+               PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+  if (variant.colourType == PNG_COLOR_TYPE_PALETTE) {
+    png_set_PLTE(png, info, palette, colours);
+    if (variant.transparent) png_set_tRNS(png, info, alpha, colours, nullptr);
+  } else if (variant.transparent) {
+    png_set_tRNS(png, info, nullptr, 0, &key);
+  }
+  png_write_info(png, info);
+  const int passes = png_set_interlace_handling(png);
+  for (std::uint32_t y = 0; y < static_cast<unsigned>(passes) * kHeight; ++y) {
+    png_write_row(png, row.data());
+  }
+  png_write_end(png, nullptr);
+  png_destroy_write_struct(&png, &info);
+  return bytes;
+}
+
+void AddPng(std::vector<Seed>& seeds) {
+  for (const PngVariant& variant : kPngVariants) {
+    seeds.push_back(Case(variant.name, ".png", PngOf(variant)));
+  }
+}
+
+// --- TIFF, and DNG, which is one.
+// -----------------------------------------------------------------
+
+struct TiffVariant {
+  const char* name;
+  const char* mode;  // with l or b for the byte order, 8 for large files
+  std::uint16_t photometric;
+  std::uint16_t channels;
+  std::uint16_t bits;
+  std::uint16_t compression;
+  std::uint16_t planes;
+  bool tiled;
+};
+
+constexpr TiffVariant kTiffVariants[] = {
+    // clang-format off
+    {"grey",      "wl",  PHOTOMETRIC_MINISBLACK, 1, 8,  COMPRESSION_NONE,          PLANARCONFIG_CONTIG,   false},
+    {"white",     "wb",  PHOTOMETRIC_MINISWHITE, 1, 16, COMPRESSION_PACKBITS,      PLANARCONFIG_CONTIG,   false},
+    {"rgb",       "wl",  PHOTOMETRIC_RGB,        3, 8,  COMPRESSION_LZW,           PLANARCONFIG_CONTIG,   false},
+    {"planes",    "wb",  PHOTOMETRIC_RGB,        3, 16, COMPRESSION_ADOBE_DEFLATE, PLANARCONFIG_SEPARATE, false},
+    {"rgba",      "wl8", PHOTOMETRIC_RGB,        4, 8,  COMPRESSION_DEFLATE,       PLANARCONFIG_CONTIG,   true},
+    {"tiles",     "wb",  PHOTOMETRIC_RGB,        4, 16, COMPRESSION_NONE,          PLANARCONFIG_SEPARATE, true},
+    {"jpeg",      "wl",  PHOTOMETRIC_MINISBLACK, 1, 8,  COMPRESSION_JPEG,          PLANARCONFIG_CONTIG,   false},
+    {"bilevel",   "wl",  PHOTOMETRIC_MINISWHITE, 1, 1,  COMPRESSION_CCITTFAX4,     PLANARCONFIG_CONTIG,   false},
+    {"lzma",      "wl",  PHOTOMETRIC_MINISBLACK, 1, 16, COMPRESSION_LZMA,          PLANARCONFIG_CONTIG,   false},
+    {"zstd",      "wl",  PHOTOMETRIC_MINISBLACK, 1, 8,  COMPRESSION_ZSTD,          PLANARCONFIG_CONTIG,   true},
+    // clang-format on
+};
+
+void SetLayout(TIFF* tiff, const TiffVariant& variant, Size size) {
+  TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, size.width);
+  TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, size.height);
+  TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, variant.bits);
+  TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, variant.channels);
+  TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, variant.photometric);
+  TIFFSetField(tiff, TIFFTAG_COMPRESSION, variant.compression);
+  TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, variant.planes);
+  if (variant.channels == 4) {
+    const std::uint16_t alpha = EXTRASAMPLE_UNASSALPHA;
+    TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &alpha);
+  }
+  if (variant.tiled) {
+    TIFFSetField(tiff, TIFFTAG_TILEWIDTH, 16);
+    TIFFSetField(tiff, TIFFTAG_TILELENGTH, 16);
+  } else {
+    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, (size.height + 7) / 8 * 8);
+  }
+}
+
+void WriteSamples(TIFF* tiff, const TiffVariant& variant, Size size) {
+  const std::uint16_t planes = variant.planes == PLANARCONFIG_CONTIG ? 1 : variant.channels;
+  for (std::uint16_t plane = 0; plane < planes; ++plane) {
+    if (variant.tiled) {
+      Bytes tile = Samples(static_cast<std::size_t>(TIFFTileSize(tiff)));
+      TIFFWriteTile(tiff, tile.data(), 0, 0, 0, plane);
+      continue;
+    }
+    Bytes strip = Samples(static_cast<std::size_t>(TIFFVStripSize(tiff, size.height)));
+    TIFFWriteEncodedStrip(tiff, plane, strip.data(), static_cast<tmsize_t>(strip.size()));
+  }
+}
+
+// `describe` adds fields.
+template <typename Describe>
+Bytes TiffOf(const TiffVariant& variant, Size size, const Folder& folder, Describe describe) {
+  const std::string path = folder.Path("made.tif");
+  TIFF* tiff = TIFFOpen(path.c_str(), variant.mode);
+  SetLayout(tiff, variant, size);
+  describe(tiff);
+  WriteSamples(tiff, variant, size);
+  TIFFClose(tiff);
+  return folder.Read("made.tif");
+}
+
+void AddTiff(std::vector<Seed>& seeds, const Folder& folder) {
+  for (const TiffVariant& variant : kTiffVariants) {
+    if (TIFFIsCODECConfigured(variant.compression) == 0) continue;
+    seeds.push_back(Case(variant.name, ".tif", TiffOf(variant, kPicture, folder, [](TIFF*) {})));
+  }
+}
+
+struct Camera {
+  const char* make;
+  const char* model;
+  const char* extension;
+};
+
+constexpr Camera kCameras[] = {{"Nobody", "Nothing", ".dng"},
+                               {"NIKON CORPORATION", "NIKON D70", ".nef"},
+                               {"Canon", "Canon EOS 5D", ".nef"},
+                               {"SONY", "DSLR-A100", ".nef"}};
+
+void DescribeMosaic(TIFF* tiff, const Camera& camera) {
+  constexpr std::uint8_t kVersion[] = {1, 4, 0, 0};
+  constexpr std::uint16_t kRepeat[] = {2, 2};
+  constexpr std::uint8_t kFilters[] = {0, 1, 1, 2};
+  TIFFSetField(tiff, TIFFTAG_MAKE, camera.make);
+  TIFFSetField(tiff, TIFFTAG_MODEL, camera.model);
+  TIFFSetField(tiff, TIFFTAG_CFAREPEATPATTERNDIM, kRepeat);
+  TIFFSetField(tiff, TIFFTAG_CFAPATTERN, 4, kFilters);
+  if (std::string_view(camera.extension) == ".dng") {
+    TIFFSetField(tiff, TIFFTAG_DNGVERSION, kVersion);
+    TIFFSetField(tiff, TIFFTAG_UNIQUECAMERAMODEL, camera.model);
+  }
+}
+
+// Compressions of cameras, which libtiff does not write: the samples are then so much noise.
+constexpr std::uint8_t kCompressions[][2] = {
+    {1, 0},  // none
+    {6, 0},  // JPEG of old
+    {7, 0},  // JPEG
+    {8, 0},  // deflate
+    {0xff, 0x7f}, {0x02, 0x80}, {0x99, 0x87}, {0x4c, 0x88}, {0xff, 0xff},
+};
+
+// Gives the field 259 of a little-endian file another value.
+void SetCompression(Bytes& tiff, const std::uint8_t (&value)[2]) {
+  constexpr std::uint8_t kField[] = {0x03, 0x01, 3, 0, 1, 0, 0, 0};  // 259, a word, one of them
+  const auto found = std::search(tiff.begin(), tiff.end(), std::begin(kField), std::end(kField));
+  if (found == tiff.end()) Fail("a TIFF without its compression");
+  std::copy(std::begin(value), std::end(value), found + std::size(kField));
+}
+
+void AddRaw(std::vector<Seed>& seeds, const Folder& folder) {
+  const auto add = [&](const char* mode, const Camera& camera,
+                       const std::uint8_t(&compression)[2]) {
+    const TiffVariant mosaic = {
+        "mosaic", mode, PHOTOMETRIC_CFA, 1, 16, COMPRESSION_NONE, PLANARCONFIG_CONTIG, false};
+    Bytes file =
+        TiffOf(mosaic, kMosaic, folder, [&camera](TIFF* tiff) { DescribeMosaic(tiff, camera); });
+    if (compression[0] != 1) SetCompression(file, compression);
+    seeds.push_back(
+        Case(fmt::format("mosaic-{}-{}", seeds.size(), camera.model), camera.extension, file));
+  };
+  for (const Camera& camera : kCameras) {
+    add("wb", camera, kCompressions[0]);
+    for (const auto& compression : kCompressions) add("wl", camera, compression);
+  }
+}
+
+}  // namespace
+
+std::vector<Seed> Seeds() {
+  const Folder folder;
+  TIFFSetWarningHandler(nullptr);
+  std::vector<Seed> seeds;
+  AddWritten(seeds, folder);
+  AddText(seeds);
+  AddPng(seeds);
+  AddTiff(seeds, folder);
+  AddRaw(seeds, folder);
+  return seeds;
+}
+
+}  // namespace Korvex2::Fuzz

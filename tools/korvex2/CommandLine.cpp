@@ -1,0 +1,118 @@
+#include "CommandLine.h"
+
+#include <cstdio>
+#include <exception>
+#include <new>
+#include <string>
+
+#include "Failure.h"
+#include "Korvex2Version.h"
+#include "Report.h"
+#include "commands/Commands.h"
+
+namespace Korvex2::Tool {
+namespace {
+
+constexpr int kFailed = 1;
+constexpr int kUsage = 2;
+
+constexpr const char* kExamples = R"(Examples:
+  korvex2 chart chart.png
+      draw the test chart
+  korvex2 convert photo.png photo.pgm --to mono8
+      colour to grey
+  korvex2 convert frame.raw frame.png --from raw8 --width 640 --height 480 --tile rggb --to bgru
+      demosaic a headerless frame
+  korvex2 convert photo.png photo.raw --to yuv422
+      to a packing that only a headerless file holds
+  korvex2 convert capture.dng photo.png --to rgb8
+      demosaic a camera's raw file
+  korvex2 demosaic-compare photo.png --out sheet.png
+      measure and show the demosaic methods
+  korvex2 diff expected.png found.png
+      how far two pictures are apart, and where
+  korvex2 guess mystery.bin --sheet sheet.png
+      find out what a headerless file is
+  korvex2 routes --from raw12 --to mono16
+      the kernels behind a conversion
+  korvex2 bench --from yuv422
+      measure conversions on this machine
+
+Exit codes: 0 done, 1 failed, 2 the command line is wrong; of diff: 0 the same, 1 different,
+2 trouble. A failure leaves no output file.)";
+
+std::string HelpHint(const CLI::App& app) {
+  for (const CLI::App* sub : app.get_subcommands()) {
+    return fmt::format("korvex2 {} --help", sub->get_name());
+  }
+  return "korvex2 --help";
+}
+
+std::string Describe(const CLI::App& app, const CLI::ParseError& error) {
+  if (app.get_subcommands().empty() && !app.remaining().empty()) {
+    return fmt::format("'{}' is no subcommand", app.remaining().front());
+  }
+  return error.what();
+}
+
+int Parse(CLI::App& app, int argc, char** argv) {
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::Success& wanted) {  // --help, --version
+    return app.exit(wanted);
+  } catch (const CLI::RuntimeError& verdict) {  // a subcommand's own exit code, told already
+    return verdict.get_exit_code();
+  } catch (const CLI::ParseError& error) {
+    Report(fmt::format("{}; see {}", Describe(app, error), HelpHint(app)));
+    return kUsage;
+  }
+  return 0;
+}
+
+int Run(int argc, char** argv) {
+  Globals globals;
+  CLI::App app("Converts machine-vision frames between pixel formats, exactly.", "korvex2");
+  app.fallthrough();
+  app.require_subcommand(1);
+  app.footer(kExamples);
+  app.set_version_flag("--version", fmt::format("korvex2 {}", GetVersion()));
+  app.add_flag("-q,--quiet", globals.quiet, "Say nothing unless something fails");
+  AddConvertCommand(app, globals);
+  AddChartCommand(app, globals);
+  AddMosaicCommand(app, globals);
+  AddDemosaicCompareCommand(app, globals);
+  AddBenchCommand(app, globals);
+  AddGuessCommand(app, globals);
+  AddDiffCommand(app, globals);
+  AddFormatsCommand(app);
+  AddRoutesCommand(app);
+  AddInfoCommand(app);
+  AddCompletionsCommand(app);
+  AddManCommand(app);
+
+  const int result = Parse(app, argc, argv);
+  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+    throw Failure("cannot write to standard output");
+  }
+  return result;
+}
+
+}  // namespace
+
+int RunCommandLine(int argc, char** argv) noexcept {
+  try {
+    return Run(argc, argv);
+  } catch (const UsageFailure& failure) {
+    Report(failure.what());
+    return kUsage;
+  } catch (const std::bad_alloc&) {
+    Report("out of memory");
+  } catch (const std::exception& failure) {
+    Report(failure.what());
+  } catch (...) {
+    Report("an unknown failure");
+  }
+  return kFailed;
+}
+
+}  // namespace Korvex2::Tool
