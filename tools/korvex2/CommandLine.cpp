@@ -31,12 +31,17 @@ constexpr const char* kExamples = R"(Examples:
       all pictures of a folder
   korvex2 demosaic-compare photo.png --out sheet.png
       measure and show the demosaic methods
+  korvex2 diff expected.png found.png
+      how far two pictures are apart, and where
+  korvex2 guess mystery.bin --sheet sheet.png
+      find out what a headerless file is
   korvex2 routes --from raw12 --to mono16
       the kernels behind a conversion
   korvex2 bench --from yuv422
       measure conversions on this machine
 
-Exit codes: 0 done, 1 failed, 2 the command line is wrong. A failure leaves no output file.)";
+Exit codes: 0 done, 1 failed, 2 the command line is wrong; of diff: 0 the same, 1 different,
+2 trouble. A failure leaves no output file.)";
 
 std::string HelpHint(const CLI::App& app) {
   for (const CLI::App* sub : app.get_subcommands()) {
@@ -57,6 +62,8 @@ int Parse(CLI::App& app, int argc, char** argv) {
     app.parse(argc, argv);
   } catch (const CLI::Success& wanted) {  // --help, --version
     return app.exit(wanted);
+  } catch (const CLI::RuntimeError& verdict) {  // a subcommand's own exit code, told already
+    return verdict.get_exit_code();
   } catch (const CLI::ParseError& error) {
     Report(fmt::format("{}; see {}", Describe(app, error), HelpHint(app)));
     return kUsage;
@@ -77,9 +84,13 @@ int Run(int argc, char** argv) {
   AddMosaicCommand(app, globals);
   AddDemosaicCompareCommand(app, globals);
   AddBenchCommand(app, globals);
+  AddGuessCommand(app, globals);
+  AddDiffCommand(app, globals);
   AddFormatsCommand(app);
   AddRoutesCommand(app);
   AddInfoCommand(app);
+  AddCompletionsCommand(app);
+  AddManCommand(app);
 
   const int result = Parse(app, argc, argv);
   if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {

@@ -1,14 +1,18 @@
 #include "Quality.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <numeric>
+#include <span>
 #include <vector>
 
 #include "PixelFormats.h"
+#include "Planes.h"
 
 namespace Korvex2::Tool {
 namespace {
@@ -45,7 +49,7 @@ double ErrorAt(const Image& truth, const Image& picture, std::size_t pixel) {
 
 // --- Structural similarity -----------------------------------------------------------------------
 
-constexpr std::size_t kWindow = 11;
+constexpr std::size_t kWindow = kSsimWindow;
 constexpr double kSigma = 1.5;
 
 using Weights = std::array<double, kWindow>;
@@ -65,42 +69,36 @@ Weights GaussianWeights() {
   return weights;
 }
 
-// One channel of the part that counts of both pictures, of the rows around a window.
+// The part that counts of one channel of both pictures, of the rows around a window.
 class Rows {
  public:
-  Rows(const Image& truth, const Image& picture, std::size_t channel)
-      : m_truth(truth),
-        m_picture(picture),
-        m_channel(channel),
-        m_width(truth.GetCols() - 2 * kQualityBorder) {}
+  explicit Rows(const ChannelPair& pair, std::size_t border)
+      : m_pair(pair), m_border(border), m_width(pair.width - 2 * border) {}
 
   std::size_t width() const { return m_width; }
 
   // Row y of the part that counts; the last kWindow rows asked for are kept.
   void Load(std::size_t y) {
-    Pair& pair = m_pairs[y % kWindow];
-    pair.truth.resize(m_width);
-    pair.picture.resize(m_width);
-    const std::size_t first = (y + kQualityBorder) * m_truth.GetCols() + kQualityBorder;
-    for (std::size_t x = 0; x < m_width; ++x) {
-      const std::size_t index = (first + x) * kChannels + m_channel;
-      pair.truth[x] = SampleAt(m_truth, index);
-      pair.picture[x] = SampleAt(m_picture, index);
-    }
+    const std::size_t first = (y + m_border) * m_pair.width + m_border;
+    const auto copy = [&](std::span<const std::uint16_t> samples, Line& line) {
+      const std::span<const std::uint16_t> row = samples.subspan(first, m_width);
+      line.assign(row.begin(), row.end());
+    };
+    copy(m_pair.truth, m_lines[y % kWindow].truth);
+    copy(m_pair.picture, m_lines[y % kWindow].picture);
   }
 
-  const Line& truth(std::size_t y) const { return m_pairs[y % kWindow].truth; }
-  const Line& picture(std::size_t y) const { return m_pairs[y % kWindow].picture; }
+  const Line& truth(std::size_t y) const { return m_lines[y % kWindow].truth; }
+  const Line& picture(std::size_t y) const { return m_lines[y % kWindow].picture; }
 
  private:
-  struct Pair {
+  struct Lines {
     Line truth, picture;
   };
-  const Image& m_truth;
-  const Image& m_picture;
-  std::size_t m_channel;
+  const ChannelPair& m_pair;
+  std::size_t m_border;
   std::size_t m_width;
-  std::array<Pair, kWindow> m_pairs;
+  std::array<Lines, kWindow> m_lines;
 };
 
 // Weighted means of a, b, a^2, b^2 and a b under the window.
@@ -151,11 +149,10 @@ double SimilarityAt(const Moments& moments, std::size_t x, const Weights& weight
          ((a * a + b * b + c1) * (varianceA + varianceB + c2));
 }
 
-double SsimOfChannel(const Image& truth, const Image& picture, std::size_t channel) {
+double SsimInside(const ChannelPair& pair, std::size_t border) {
   const Weights weights = GaussianWeights();
-  const double peak = PeakOf(truth);
-  const std::size_t lastRow = truth.GetRows() - 2 * kQualityBorder;
-  Rows rows(truth, picture, channel);
+  const std::size_t lastRow = pair.height - 2 * border;
+  Rows rows(pair, border);
   Moments moments;
   double sum = 0;
   std::size_t count = 0;
@@ -166,13 +163,22 @@ double SsimOfChannel(const Image& truth, const Image& picture, std::size_t chann
     }
     WeighColumns(rows, y + 1 - kWindow, weights, moments);
     for (std::size_t x = 0; x + kWindow <= rows.width(); ++x, ++count) {
-      sum += SimilarityAt(moments, x, weights, peak);
+      sum += SimilarityAt(moments, x, weights, pair.peak);
     }
   }
   return sum / static_cast<double>(count);
 }
 
 }  // namespace
+
+double Psnr(double squaredErrors, double count, double peak) {
+  return squaredErrors == 0 ? std::numeric_limits<double>::infinity()
+                            : 10 * std::log10(peak * peak * count / squaredErrors);
+}
+
+std::string Decibels(double value) {
+  return std::isinf(value) ? "inf" : fmt::format("{:.2f}", value);
+}
 
 double Cpsnr(const Image& truth, const Image& picture) {
   const std::size_t cols = truth.GetCols();
@@ -184,15 +190,21 @@ double Cpsnr(const Image& truth, const Image& picture) {
       count += kChannels;
     }
   }
-  const double peak = PeakOf(truth);
-  return sum == 0 ? std::numeric_limits<double>::infinity()
-                  : 10 * std::log10(peak * peak * static_cast<double>(count) / sum);
+  return Psnr(sum, static_cast<double>(count), PeakOf(truth));
+}
+
+double Ssim(const ChannelPair& pair) {
+  return SsimInside(pair, 0);
 }
 
 double Ssim(const Image& truth, const Image& picture) {
+  const std::vector<Plane> truths = PixelPlanesOf(truth);
+  const std::vector<Plane> pictures = PixelPlanesOf(picture);
   double sum = 0;
-  for (std::size_t channel = 0; channel < kChannels; ++channel) {
-    sum += SsimOfChannel(truth, picture, channel);
+  for (std::size_t i = 0; i < kChannels; ++i) {
+    sum += SsimInside(
+        {truths[i].samples, pictures[i].samples, truth.GetCols(), truth.GetRows(), PeakOf(truth)},
+        kQualityBorder);
   }
   return sum / kChannels;
 }

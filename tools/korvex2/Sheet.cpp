@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 #include "Canvas.h"
@@ -98,7 +99,8 @@ Colour MeanOf(const Pixels& pixels, int left, int right, int top, int bottom) {
   return {sum.r / count, sum.g / count, sum.b / count};
 }
 
-void DrawOverview(Canvas& canvas, const Rect& cell, const Image& picture, const Area& detail) {
+// The whole picture, its channels times `gain`, in the middle of a cell. Returns its place there.
+Rect DrawWhole(Canvas& canvas, const Rect& cell, const Image& picture, double gain) {
   const int columns = static_cast<int>(picture.GetCols());
   const int rows = static_cast<int>(picture.GetRows());
   const bool wide = std::int64_t{columns} * cell.h > std::int64_t{rows} * cell.w;
@@ -106,20 +108,58 @@ void DrawOverview(Canvas& canvas, const Rect& cell, const Image& picture, const 
   const int height = wide ? std::max(1, Scaled(rows, columns, cell.w)) : cell.h;
   const Rect place = Centred(width, height, cell);
   const Pixels pixels(picture);
-  canvas.Paint(place, [&](int x, int y) {
+  canvas.Paint(place, [&](int x, int y) -> Colour {
     const int left = Scaled(x, width, columns);
     const int top = Scaled(y, height, rows);
-    return MeanOf(pixels, left, std::max(left + 1, Scaled(x + 1, width, columns)), top,
-                  std::max(top + 1, Scaled(y + 1, height, rows)));
+    const Colour mean = MeanOf(pixels, left, std::max(left + 1, Scaled(x + 1, width, columns)), top,
+                               std::max(top + 1, Scaled(y + 1, height, rows)));
+    return {gain * mean.r, gain * mean.g, gain * mean.b};
   });
-  const int left = Scaled(detail.x, columns, width);
-  const int top = Scaled(detail.y, rows, height);
+  return place;
+}
+
+void DrawOverview(Canvas& canvas, const Rect& cell, const Image& picture, const Area& detail) {
+  const Rect place = DrawWhole(canvas, cell, picture, 1);
+  const int columns = static_cast<int>(picture.GetCols());
+  const int rows = static_cast<int>(picture.GetRows());
+  const int left = Scaled(detail.x, columns, place.w);
+  const int top = Scaled(detail.y, rows, place.h);
   const Rect frame{place.x + left, place.y + top,
-                   std::max(3, Scaled(detail.x + detail.width, columns, width) - left),
-                   std::max(3, Scaled(detail.y + detail.height, rows, height) - top)};
+                   std::max(3, Scaled(detail.x + detail.width, columns, place.w) - left),
+                   std::max(3, Scaled(detail.y + detail.height, rows, place.h) - top)};
   DrawOutline(canvas, frame.Inset(-2), Grey(0));
   DrawOutline(canvas, frame.Inset(-1), kMark);
   DrawOutline(canvas, frame, kMark);
+}
+
+// What makes all but the brightest hundredth of the samples at most white.
+double GainOf(const Image& picture) {
+  const Pixels pixels(picture);
+  std::array<std::size_t, 4096> counts{};
+  for (std::size_t y = 0; y < picture.GetRows(); ++y) {
+    for (std::size_t x = 0; x < picture.GetCols(); ++x) {
+      const Colour pixel = pixels.At(x, y);
+      for (const double value : {pixel.r, pixel.g, pixel.b}) {
+        ++counts[static_cast<std::size_t>(value * (counts.size() - 1))];
+      }
+    }
+  }
+  std::size_t brighter = std::size_t{3} * picture.GetRows() * picture.GetCols() / 100;
+  std::size_t level = counts.size() - 1;
+  for (; level > 1 && counts[level] <= brighter; --level) {
+    brighter -= counts[level];
+  }
+  return static_cast<double>(counts.size() - 1) / static_cast<double>(level);
+}
+
+// An empty sheet under a title.
+Image NewSheet(std::string_view title, int width, int height) {
+  Image sheet = NewImage(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height),
+                         *FindPixelFormat(PIXEL_FORMAT_RGB16), NONE);
+  Canvas canvas(sheet);
+  canvas.Fill(canvas.Area(), kBackground);
+  Write(canvas, kGap, kGap, kDot, title, kFaint);
+  return sheet;
 }
 
 }  // namespace
@@ -132,12 +172,9 @@ Image DrawSheet(std::string_view title, const std::vector<Exhibit>& exhibits, co
   const int down = static_cast<int>(exhibits.size()) / kAcross + 1;  // the overview comes last
   const int head = kGap + kLine;
 
-  Image sheet = NewImage(static_cast<std::uint32_t>(kGap + kAcross * (cellWidth + kGap)),
-                         static_cast<std::uint32_t>(head + down * (cellHeight + kLine + kGap)),
-                         *FindPixelFormat(PIXEL_FORMAT_RGB16), NONE);
+  Image sheet = NewSheet(title, kGap + kAcross * (cellWidth + kGap),
+                         head + down * (cellHeight + kLine + kGap));
   Canvas canvas(sheet);
-  canvas.Fill(canvas.Area(), kBackground);
-  Write(canvas, kGap, kGap, kDot, title, kFaint);
   const auto cell = [&](int place) -> Rect {
     return {kGap + place % kAcross * (cellWidth + kGap),
             head + place / kAcross * (cellHeight + kLine + kGap), cellWidth, cellHeight};
@@ -150,6 +187,26 @@ Image DrawSheet(std::string_view title, const std::vector<Exhibit>& exhibits, co
   const Rect last = cell(down * kAcross - 1);
   DrawOverview(canvas, last, *exhibits.front().picture, detail);
   DrawLabel(canvas, last, "the detail", fmt::format("at {}, {}", detail.x, detail.y));
+  return Converted(sheet, PIXEL_FORMAT_RGB8);
+}
+
+Image DrawOverviews(std::string_view title, const std::vector<Exhibit>& exhibits) {
+  constexpr int kOverviewsAcross = 3;
+  constexpr int kWidth = 400;
+  constexpr int kHeight = 300;
+  const int down = (static_cast<int>(exhibits.size()) + kOverviewsAcross - 1) / kOverviewsAcross;
+  const int head = kGap + kLine;
+
+  Image sheet = NewSheet(title, kGap + kOverviewsAcross * (kWidth + kGap),
+                         head + down * (kHeight + kLine + kGap));
+  Canvas canvas(sheet);
+  for (int i = 0; i < static_cast<int>(exhibits.size()); ++i) {
+    const Exhibit& exhibit = exhibits[static_cast<std::size_t>(i)];
+    const Rect cell{kGap + i % kOverviewsAcross * (kWidth + kGap),
+                    head + i / kOverviewsAcross * (kHeight + kLine + kGap), kWidth, kHeight};
+    DrawWhole(canvas, cell, *exhibit.picture, GainOf(*exhibit.picture));
+    DrawLabel(canvas, cell, exhibit.name, exhibit.remark);
+  }
   return Converted(sheet, PIXEL_FORMAT_RGB8);
 }
 

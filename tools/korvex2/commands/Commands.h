@@ -41,6 +41,10 @@ void AddRoutesCommand(CLI::App& app);
 void AddChartCommand(CLI::App& app, const Globals& globals);
 void AddMosaicCommand(CLI::App& app, const Globals& globals);
 void AddDemosaicCompareCommand(CLI::App& app, const Globals& globals);
+void AddDiffCommand(CLI::App& app, const Globals& globals);
+void AddGuessCommand(CLI::App& app, const Globals& globals);
 void AddInfoCommand(CLI::App& app);
+void AddCompletionsCommand(CLI::App& app);
+void AddManCommand(CLI::App& app);
 
 }  // namespace Korvex2::Tool

@@ -125,10 +125,6 @@ Area DetailOf(const Options& options, const Image& truth, const std::vector<Outc
   return area;
 }
 
-std::string Decibels(double value) {
-  return std::isinf(value) ? "inf" : fmt::format("{:.2f}", value);
-}
-
 void WriteSheet(const Options& options, const Image& truth, const std::vector<Outcome>& outcomes,
                 const Area& detail) {
   std::vector<Exhibit> exhibits = {{&truth, "original", ""}};

@@ -1,5 +1,6 @@
 #include "io/Dump.h"
 
+#include <algorithm>
 #include <limits>
 
 #include "Failure.h"
@@ -76,6 +77,11 @@ std::string CommonSizes(const PixelFormatInfo& format, std::uint64_t size) {
     }
   }
   return sizes;
+}
+
+bool IsCommonSize(std::uint32_t width, std::uint32_t height) {
+  return std::ranges::any_of(
+      kCommonSizes, [&](const Size& size) { return size.width == width && size.height == height; });
 }
 
 Image ReadDump(const InputFile& file, const PixelFormatInfo& format, std::uint32_t width,

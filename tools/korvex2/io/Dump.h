@@ -23,4 +23,7 @@ void WriteDump(const Image& image, OutputFile& file);
 /// or nothing.
 std::string CommonSizes(const PixelFormatInfo& format, std::uint64_t size);
 
+/// Whether it is the frame size of a common sensor or video mode.
+bool IsCommonSize(std::uint32_t width, std::uint32_t height);
+
 }  // namespace Korvex2::Tool

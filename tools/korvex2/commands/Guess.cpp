@@ -1,0 +1,177 @@
+// korvex2 guess: what a headerless file may be.
+
+#include "Guess.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "Conversion.h"
+#include "Failure.h"
+#include "Names.h"
+#include "Sheet.h"
+#include "Table.h"
+#include "commands/Commands.h"
+#include "io/Containers.h"
+#include "io/Raster.h"
+
+namespace Korvex2::Tool {
+namespace {
+
+constexpr std::size_t kOnSheet = 6;
+
+struct Options {
+  std::string input;
+  std::string format;
+  std::optional<std::uint32_t> width;
+  std::optional<std::uint32_t> height;
+  std::size_t best = 10;
+  std::string sheet;
+  bool json = false;
+};
+
+// --- The sheet -----------------------------------------------------------------------------------
+
+Image FrameOf(const Reading& reading, const Bytes& file) {
+  Image frame = NewImage(reading.width, reading.height, *reading.format, reading.tile);
+  const std::size_t size = std::min<std::size_t>(file.size, frame.GetDataSize());
+  std::copy_n(file.data.get(), size, frame.GetData());
+  return frame;
+}
+
+// In colour where that can be made: mosaics with an odd side are shown as grey.
+Image PictureOf(const Reading& reading, const Bytes& file) {
+  const bool isOdd = reading.width % 2 != 0 || reading.height % 2 != 0;
+  const bool deep = reading.format->format == PIXEL_FORMAT_MONO12 ||
+                    reading.format->format == PIXEL_FORMAT_MONO16 ||
+                    reading.format->format == PIXEL_FORMAT_RAW12 ||
+                    reading.format->format == PIXEL_FORMAT_RAW16 ||
+                    reading.format->bitsPerPixel >= 48;
+  return Converted(FrameOf(reading, file), deep ? PIXEL_FORMAT_RGB16 : PIXEL_FORMAT_RGB8,
+                   isOdd ? NO_COLOR_PROCESSING : HQ_LINEAR);
+}
+
+std::string LabelOf(const Reading& reading) {
+  return reading.tile == NONE ? std::string(reading.format->name)
+                              : fmt::format("{} {}", reading.format->name, NameOf(reading.tile));
+}
+
+void WriteSheet(const Options& options, const Bytes& file, std::span<const Reading> readings) {
+  std::vector<Image> pictures;
+  std::vector<Exhibit> exhibits;
+  pictures.reserve(readings.size());
+  for (const Reading& reading : readings) {
+    pictures.push_back(PictureOf(reading, file));
+    exhibits.push_back(
+        {&pictures.back(),
+         fmt::format("{}  {} x {}", exhibits.size() + 1, reading.width, reading.height),
+         LabelOf(reading)});
+  }
+  const std::string title =
+      fmt::format("{}  {} bytes; brightened to the full range",
+                  std::filesystem::path(options.input).filename().string(), file.size);
+  WriteImage(DrawOverviews(title, exhibits), options.sheet);
+}
+
+// --- The table -----------------------------------------------------------------------------------
+
+void PrintText(std::span<const Reading> readings) {
+  Table table = {{"", "width", "height", "format", "tile", "bits/byte", ""}};
+  for (const Reading& reading : readings) {
+    table.push_back({std::to_string(table.size()), std::to_string(reading.width),
+                     std::to_string(reading.height), std::string(reading.format->name),
+                     reading.tile == NONE ? "" : std::string(NameOf(reading.tile)),
+                     fmt::format("{:.3f}", reading.bitsPerByte),
+                     reading.isCommonSize ? "a common size" : ""});
+  }
+  Print(table);
+}
+
+void PrintJson(const Options& options, const Bytes& file, std::span<const Reading> readings) {
+  fmt::print("{{\n  \"input\": {}, \"bytes\": {},\n  \"readings\": [", Json(options.input),
+             file.size);
+  const char* separator = "\n";
+  for (const Reading& reading : readings) {
+    fmt::print(
+        "{}    {{\"width\": {}, \"height\": {}, \"format\": {}, \"tile\": {}, \"bitsPerByte\": "
+        "{:.6f}, \"commonSize\": {}}}",
+        separator, reading.width, reading.height, Json(reading.format->name),
+        reading.tile == NONE ? "null" : Json(NameOf(reading.tile)), reading.bitsPerByte,
+        reading.isCommonSize);
+    separator = ",\n";
+  }
+  fmt::print("\n  ]\n}}\n");
+}
+
+[[noreturn]] void FailForNothing(const Options& options, std::uint64_t size) {
+  throw Failure("{} has {} bytes, and no {} has that size{}; look for a header", options.input,
+                size, options.format.empty() ? "frame" : options.format + " frame",
+                options.width || options.height ? " with that width and height" : "");
+}
+
+void Run(const Options& options, const Globals& globals) {
+  Known known{nullptr, options.width, options.height};
+  if (!options.format.empty()) {
+    known.format = &ParseFormat("--format", options.format);
+  }
+  if (!options.sheet.empty()) {
+    RequireHolds(options.sheet, PIXEL_FORMAT_RGB8);
+  }
+  const Bytes file = InputFile(options.input).Read();
+  const std::vector<Reading> all = Guess(file, known);
+  if (all.empty()) {
+    FailForNothing(options, file.size);
+  }
+  const std::span<const Reading> readings(all);
+  if (!options.sheet.empty()) {
+    WriteSheet(options, file, readings.first(std::min(kOnSheet, all.size())));
+  }
+  const auto best = readings.first(std::min(options.best, all.size()));
+  if (options.json) {
+    PrintJson(options, file, best);
+    return;
+  }
+  PrintText(best);
+  if (!options.sheet.empty()) {
+    globals.Say("\n{} ({} bytes) -> {}", options.input, file.size, options.sheet);
+  }
+}
+
+constexpr const char* kNotes = R"(
+Every width, height and format whose frame has exactly the size of the file is tried, sizes of
+common sensors and video modes first. The bits of a byte say how well a reading foresees each sample
+from its neighbours: the fewer, the likelier. Where the first is far below the rest it is right;
+where they lie close together, look at the sheet.
+
+Samples do not tell red from blue: rgb8 and bgr, or the tiles rggb and bggr, differ in nothing else,
+and the one with more red comes first. A file of many frames looks like one tall frame.
+
+Examples:
+  korvex2 guess mystery.bin
+  korvex2 guess mystery.bin --sheet sheet.png
+  korvex2 guess mystery.bin --width 1936 --format raw12 --sheet sheet.png)";
+
+}  // namespace
+
+void AddGuessCommand(CLI::App& app, const Globals& globals) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* command =
+      app.add_subcommand("guess", "Find out size, format and tile of a headerless file");
+  command->add_option("input", options->input, "The file to read, whatever its name")->required();
+  command->add_option("--format", options->format, "The pixel format, if known")->check(NotEmpty);
+  command->add_option("--width", options->width, "Pixels a row, if known")
+      ->check(CLI::Range(1U, 0xffffffffU));
+  command->add_option("--height", options->height, "Rows, if known")
+      ->check(CLI::Range(1U, 0xffffffffU));
+  command->add_option("--best", options->best, "How many readings to print")
+      ->check(CLI::Range(1U, 1000U))
+      ->capture_default_str();
+  command->add_option("--sheet", options->sheet, "A contact sheet of the best six to write")
+      ->check(NotEmpty);
+  command->add_flag("--json", options->json, "Print JSON");
+  command->footer(kNotes + 1);
+  command->callback([options, &globals] { Run(*options, globals); });
+}
+
+}  // namespace Korvex2::Tool
