@@ -118,7 +118,8 @@ void Run(const Options& options, const Globals& globals) {
   if (!options.sheet.empty()) {
     RequireHolds(options.sheet, PIXEL_FORMAT_RGB8);
   }
-  const Bytes file = InputFile(options.input).Read();
+  const InputFile input(options.input);
+  const Bytes& file = input.Read();
   const std::vector<Reading> all = Guess(file, known);
   if (all.empty()) {
     FailForNothing(options, file.size);
