@@ -386,15 +386,16 @@ using StoreBgru16 = StoreSwapped<StoreRgbu16>;
 
 // Asks for the bytes of a vector of pixels that are some way ahead, to be read and to be written:
 // what arithmetic keeps waiting the memory can use. Past the end of a run it does no harm.
-template <std::size_t SourceBytesOfTwo, std::size_t DestinationBytesOfTwo>
+template <std::size_t SourceBytesOfTwo, std::size_t DestinationBytesOfTwo,
+          std::size_t Pixels = HWY_MAX_BYTES>
 HWY_INLINE void PrefetchAhead([[maybe_unused]] const std::uint8_t* src,
                               [[maybe_unused]] const std::uint8_t* dst) {
 #if KORVEX2_X86
   constexpr std::size_t kAhead = 1024;
-  for (std::size_t i = 0; i < SourceBytesOfTwo * HWY_MAX_BYTES / 2; i += 64) {
+  for (std::size_t i = 0; i < SourceBytesOfTwo * Pixels / 2; i += 64) {
     __builtin_prefetch(src + kAhead + i, 0);
   }
-  for (std::size_t i = 0; i < DestinationBytesOfTwo * HWY_MAX_BYTES / 2; i += 64) {
+  for (std::size_t i = 0; i < DestinationBytesOfTwo * Pixels / 2; i += 64) {
     __builtin_prefetch(dst + kAhead + i, 1);
   }
 #endif

@@ -130,6 +130,8 @@ std::size_t Move(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRIC
                  std::size_t pixels) {
   std::size_t done = 0;
   for (; done + kVector <= pixels; done += kVector) {
+    PrefetchAhead<2 * From.pixel(), 2 * To.pixel(), kVector>(src + done * From.pixel(),
+                                                             dst + done * To.pixel());
     // All loads before all stores: where source and destination lie alike within their pages, a
     // load would wait for a store that it has nothing to do with.
     [&]<std::size_t... Vectors>(std::index_sequence<Vectors...>) HWY_ATTR {
