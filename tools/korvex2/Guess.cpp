@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <numeric>
 #include <span>
+#include <utility>
 
 #include "CodeLength.h"
 #include "Names.h"
@@ -14,6 +15,22 @@
 
 namespace Korvex2::Tool {
 namespace {
+
+// By a number, equal ones as they came. (The standard library's stable sort allots memory in a way
+// that clang calls deprecated.)
+template <typename Row, typename Number>
+std::vector<Row> Ascending(std::vector<Row> rows, Number number) {
+  std::vector<std::pair<double, std::size_t>> order;
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    order.emplace_back(number(rows[i]), i);
+  }
+  std::ranges::sort(order);
+  std::vector<Row> sorted;
+  for (const auto& [value, at] : order) {
+    sorted.push_back(std::move(rows[at]));
+  }
+  return sorted;
+}
 
 // --- What is looked at
 // -----------------------------------------------------------------------------
@@ -198,7 +215,7 @@ std::vector<Shape> MostAlike(std::vector<Shape> shapes, const std::vector<Channe
   for (const Shape& shape : shapes) {
     ranked.emplace_back(RowDifference(full->samples, neighbours, shape.width), shape);
   }
-  std::ranges::stable_sort(ranked, {}, [](const auto& row) { return row.first; });
+  ranked = Ascending(std::move(ranked), [](const auto& row) { return row.first; });
   shapes.clear();
   for (std::size_t i = 0; i < ranked.size(); ++i) {
     if (i < kKept || ranked[i].second.isCommon) {
@@ -347,8 +364,7 @@ std::vector<Reading> Guess(const Bytes& file, const Known& known) {
       AddReadings(format, file, pieces, known, readings);
     }
   }
-  std::ranges::stable_sort(readings, {}, &Reading::score);
-  return readings;
+  return Ascending(std::move(readings), [](const Reading& reading) { return reading.score; });
 }
 
 }  // namespace Korvex2::Tool
