@@ -35,9 +35,10 @@ const Layout* Find(PixelFormat format) {
 // Two samples in three bytes: high bits, both low nibbles with the first one low, high bits.
 std::uint16_t PackedAt(const unsigned char* bytes, std::size_t index) {
   const unsigned char* pair = bytes + index / 2 * 3;
-  const unsigned value =
-      index % 2 == 0 ? pair[0] << 4U | (pair[1] & 15U) : pair[2] << 4U | pair[1] >> 4U;
-  return static_cast<std::uint16_t>(value);
+  const unsigned nibbles = pair[1];
+  const unsigned high = index % 2 == 0 ? pair[0] : pair[2];
+  const unsigned low = index % 2 == 0 ? nibbles & 15U : nibbles >> 4U;
+  return static_cast<std::uint16_t>(high << 4U | low);
 }
 
 // Grey and mosaic words have the low byte first on every host, those of colours the host's order.

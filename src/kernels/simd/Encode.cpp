@@ -23,6 +23,7 @@ std::size_t EncodeGrey(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_R
   const std::size_t n = hn::Lanes(Tag8());
   std::size_t done = 0;
   for (; done + n <= pixels; done += n) {
+    PrefetchAhead<Load::kBytesOfTwo, Yuv::kBytesOfTwo>(src, dst);
     Vec8 grey, g, b, a;
     Load::Get(src, grey, g, b, a);
     Yuv::Put(LumaOfGrey(grey), UOfGrey(grey), hn::Set(Tag8(), 128), dst);

@@ -19,6 +19,7 @@ std::size_t Pack8To12(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RE
   const std::size_t n = hn::Lanes(Tag8());
   std::size_t done = 0;
   for (; done + n <= pixels; done += n) {
+    PrefetchAhead<2, 3>(src + done, dst + done / 2 * 3);
     StorePacked12(hn::LoadU(Tag8(), src + done), dst + done / 2 * 3);
   }
   return done;
@@ -29,6 +30,7 @@ std::size_t Pack16To12(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_R
   const std::size_t n = hn::Lanes(Tag8());
   std::size_t done = 0;
   for (; done + n <= pixels; done += n) {
+    PrefetchAhead<4, 3>(src + 2 * done, dst + done / 2 * 3);
     const auto* words = reinterpret_cast<const std::uint16_t*>(src + 2 * done);
     StorePacked12(hn::LoadU(Tag16(), words), hn::LoadU(Tag16(), words + n / 2), dst + done / 2 * 3);
   }
@@ -43,6 +45,7 @@ std::size_t Unpack12To8(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_
   std::size_t done = 0;
   for (; done + 64 <= pixels; done += 64) {
     const std::uint8_t* p = src + done / 2 * 3;
+    PrefetchAhead<3, 2>(p, dst + done);
     const Vec8 first = hn::LoadU(Tag8(), p);
     hn::StoreU(Pick(kHigh, first, hn::LoadU(Tag8(), p + 32)), Tag8(), dst + done);
   }
@@ -69,6 +72,7 @@ std::size_t Unpack12To16(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY
   std::size_t done = 0;
   for (; done + 64 <= pixels; done += 64) {
     const std::uint8_t* p = src + done / 2 * 3;
+    PrefetchAhead<3, 4>(p, dst + 2 * done);
     auto* words = reinterpret_cast<std::uint16_t*>(dst + 2 * done);
     hn::StoreU(UnpackWords(kFirst, hn::LoadU(Tag8(), p)), Tag16(), words);
     hn::StoreU(UnpackWords(kLast, hn::LoadU(Tag8(), p + 32)), Tag16(), words + 32);
