@@ -21,6 +21,7 @@
 #include <cstdlib>
 
 #include "hwy/highway.h"
+#include "kernels/scalar/ColourSums.h"
 #include "kernels/simd/Interleave-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -153,17 +154,14 @@ template <typename Sum>
 constexpr DropsOfGreys DropsOf(Sum sum, int multiple(int)) {
   DropsOfGreys drops;
   for (int v = 0; v < 256; ++v) {
-    const bool below = static_cast<int>(sum(static_cast<double>(v))) < multiple(v);
+    const bool below = static_cast<int>(sum(v, v, v)) < multiple(v);
     drops.bits[v / 8] = static_cast<std::uint8_t>(drops.bits[v / 8] | (below << (v % 8)));
   }
   return drops;
 }
 
-constexpr DropsOfGreys kLumaDrops =
-    DropsOf([](double v) { return (v * 0.299 + v * 0.587) + v * 0.114; }, [](int v) { return v; });
-constexpr DropsOfGreys kUDrops =
-    DropsOf([](double v) { return ((v * -0.169 + v * -0.331) + v * 0.5) + 128.0; },
-            [](int) { return 128; });
+constexpr DropsOfGreys kLumaDrops = DropsOf(scalar::Luma, [](int v) { return v; });
+constexpr DropsOfGreys kUDrops = DropsOf(scalar::ChromaU, [](int) { return 128; });
 constexpr std::uint8_t kBitOfByte[16] = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
 
 // 1 where the table has the bit of a grey, else 0.
@@ -248,27 +246,28 @@ inline int GreenOf(std::uint16_t uv) {
   return std::abs(static_cast<int>(du * 0.344 + dv * 0.714));
 }
 
-// The lanes of a vector that a mask names, computed one by one from lanes of another.
-template <typename Function>
-HWY_INLINE Vec16 MendLanes(Vec16 v, Mask16 which, Vec16 from, Function function) {
-  const Tag16 d;
-  HWY_ALIGN std::uint16_t results[hn::MaxLanes(Tag16())];
-  HWY_ALIGN std::uint16_t arguments[hn::MaxLanes(Tag16())];
-  std::uint8_t bits[(hn::MaxLanes(Tag16()) + 7) / 8 + 8];
-  hn::Store(v, d, results);
-  hn::Store(from, d, arguments);
-  const std::size_t bytes = hn::StoreMaskBits(d, which, bits);
+// Calls a function with the number of each lane that a mask names.
+template <class Tag, typename Function>
+HWY_INLINE void ForEachLane(Tag d, hn::Mask<Tag> mask, Function function) {
+  std::uint8_t bits[(hn::MaxLanes(Tag()) + 7) / 8 + 8];
+  const std::size_t bytes = hn::StoreMaskBits(d, mask, bits);
   for (std::size_t byte = 0; byte < bytes; ++byte) {
     for (unsigned left = bits[byte]; left != 0; left &= left - 1) {
-      const std::size_t i = 8 * byte + static_cast<std::size_t>(std::countr_zero(left));
-      results[i] = static_cast<std::uint16_t>(function(arguments[i]));
+      function(8 * byte + static_cast<std::size_t>(std::countr_zero(left)));
     }
   }
-  return hn::Load(d, results);
 }
 
 inline HWY_NOINLINE Vec16 MendGreen(Vec16 green, Vec16 uv, Mask16 exact) {
-  return MendLanes(green, exact, uv, GreenOf);
+  const Tag16 d;
+  HWY_ALIGN std::uint16_t terms[hn::MaxLanes(Tag16())];
+  HWY_ALIGN std::uint16_t chroma[hn::MaxLanes(Tag16())];
+  hn::Store(green, d, terms);
+  hn::Store(uv, d, chroma);
+  ForEachLane(d, exact, [&](std::size_t i) HWY_ATTR {
+    terms[i] = static_cast<std::uint16_t>(GreenOf(chroma[i]));
+  });
+  return hn::Load(d, terms);
 }
 
 // 43 dU + 89 dV, the differences as signed bytes.

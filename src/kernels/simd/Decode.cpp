@@ -87,27 +87,19 @@ struct LoadYuv444 {
   }
 };
 
-struct LoadYuv422 {
-  static constexpr std::size_t kBytesOfTwo = 4;
+template <std::size_t BytesOfTwo, void Split(const std::uint8_t*, Vec8&, Vec16&)>
+struct LoadPairs {
+  static constexpr std::size_t kBytesOfTwo = BytesOfTwo;
   static HWY_INLINE void Get(const std::uint8_t* p, Vec8& r, Vec8& g, Vec8& b, Vec8& a) {
     Vec8 y;
     Vec16 uv;
-    Split422(p, y, uv);
+    Split(p, y, uv);
     DecodePairs(y, uv, r, g, b);
     a = hn::Set(Tag8(), 0xFF);
   }
 };
-
-struct LoadYuv411 {
-  static constexpr std::size_t kBytesOfTwo = 3;
-  static HWY_INLINE void Get(const std::uint8_t* p, Vec8& r, Vec8& g, Vec8& b, Vec8& a) {
-    Vec8 y;
-    Vec16 uv;
-    Split411(p, y, uv);
-    DecodePairs(y, uv, r, g, b);
-    a = hn::Set(Tag8(), 0xFF);
-  }
-};
+using LoadYuv422 = LoadPairs<4, Split422>;
+using LoadYuv411 = LoadPairs<3, Split411>;
 
 FastKernel FindDecode(Routine routine) {
   // clang-format off

@@ -10,9 +10,6 @@
 #define KORVEX2_QUADS_INL_H_
 #endif
 
-#include <bit>
-
-#include "kernels/scalar/ColourSums.h"
 #include "kernels/simd/Arithmetic-inl.h"
 #include "kernels/simd/Interleave-inl.h"
 
@@ -226,21 +223,16 @@ HWY_NOINLINE Vec8 MendPixels(Vec8 lumas, hn::Mask<Tag8> which, const Vec8 (&quad
   constexpr std::size_t n = HWY_MAX_BYTES;
   HWY_ALIGN std::uint8_t mended[n];
   HWY_ALIGN std::uint8_t pixels[4 * n];
-  std::uint8_t bits[n / 8 + 8];
   hn::Store(lumas, d, mended);
   for (std::size_t k = 0; k < 4; ++k) {
     hn::Store(quads[k], d, pixels + k * n);
   }
-  const std::size_t bytes = hn::StoreMaskBits(d, which, bits);
-  for (std::size_t byte = 0; byte < bytes; ++byte) {
-    for (unsigned left = bits[byte]; left != 0; left &= left - 1) {
-      const std::size_t i = 8 * byte + static_cast<std::size_t>(std::countr_zero(left));
-      const std::uint8_t* p = pixels + Source::Place(i);
-      const double red = p[Source::kBlueFirst ? 2 : 0];
-      const double blue = p[Source::kBlueFirst ? 0 : 2];
-      mended[i] = static_cast<std::uint8_t>(scalar::Luma(red, p[1], blue));
-    }
-  }
+  ForEachLane(d, which, [&](std::size_t i) HWY_ATTR {
+    const std::uint8_t* p = pixels + Source::Place(i);
+    const double red = p[Source::kBlueFirst ? 2 : 0];
+    const double blue = p[Source::kBlueFirst ? 0 : 2];
+    mended[i] = static_cast<std::uint8_t>(scalar::Luma(red, p[1], blue));
+  });
   return hn::Load(d, mended);
 }
 
@@ -260,25 +252,30 @@ HWY_INLINE Vec8 MendLumas(Vec8 lumas, Vec16 rest0, Vec16 rest1, const Vec8 (&qua
                                                 : mended;
 }
 
+// floor(S / 1000) of four vectors of quads, in order.
+template <Weights Sum, typename Source>
+HWY_INLINE Vec8 QuotientsOf(const Vec8 (&quads)[4], Vec16& rest0, Vec16& rest1) {
+  const Vec16 low = Quotient<Sum, Source::kBlueFirst>(quads[0], quads[1], rest0);
+  const Vec16 high = Quotient<Sum, Source::kBlueFirst>(quads[2], quads[3], rest1);
+  return Source::Order(PackBytes(low, high));
+}
+HWY_INLINE bool NoneIsExact(Vec16 rest0, Vec16 rest1) {
+  return hn::AllFalse(Tag16(), hn::Eq(hn::Min(rest0, rest1), hn::Zero(Tag16())));
+}
+
 template <typename Source>
 HWY_INLINE Vec8 LumaOfQuads(const Vec8 (&quads)[4]) {
   Vec16 rest0, rest1;
-  const Vec16 low = Quotient<kSumY, Source::kBlueFirst>(quads[0], quads[1], rest0);
-  const Vec16 high = Quotient<kSumY, Source::kBlueFirst>(quads[2], quads[3], rest1);
-  const Vec8 lumas = Source::Order(PackBytes(low, high));
-  const Mask16 exact = hn::Eq(hn::Min(rest0, rest1), hn::Zero(Tag16()));
-  return HWY_UNLIKELY(!hn::AllFalse(Tag16(), exact)) ? MendLumas<Source>(lumas, rest0, rest1, quads)
-                                                     : lumas;
+  const Vec8 lumas = QuotientsOf<kSumY, Source>(quads, rest0, rest1);
+  return HWY_LIKELY(NoneIsExact(rest0, rest1)) ? lumas
+                                               : MendLumas<Source>(lumas, rest0, rest1, quads);
 }
 
 template <typename Source>
 HWY_INLINE Vec8 ChromaUOfQuads(const Vec8 (&quads)[4]) {
   Vec16 rest0, rest1;
-  const Vec16 low = Quotient<kSumU, Source::kBlueFirst>(quads[0], quads[1], rest0);
-  const Vec16 high = Quotient<kSumU, Source::kBlueFirst>(quads[2], quads[3], rest1);
-  const Vec8 chroma = Source::Order(PackBytes(low, high));
-  const Mask16 exact = hn::Eq(hn::Min(rest0, rest1), hn::Zero(Tag16()));
-  if (HWY_LIKELY(hn::AllFalse(Tag16(), exact))) {
+  const Vec8 chroma = QuotientsOf<kSumU, Source>(quads, rest0, rest1);
+  if (HWY_LIKELY(NoneIsExact(rest0, rest1))) {
     return chroma;
   }
   constexpr int kRed = Source::kBlueFirst ? 2 : 0;
@@ -289,9 +286,8 @@ HWY_INLINE Vec8 ChromaUOfQuads(const Vec8 (&quads)[4]) {
 // No exact multiple of V comes out lower in doubles.
 template <typename Source>
 HWY_INLINE Vec8 ChromaVOfQuads(const Vec8 (&quads)[4]) {
-  Vec16 rest;
-  return Source::Order(PackBytes(Quotient<kSumV, Source::kBlueFirst>(quads[0], quads[1], rest),
-                                 Quotient<kSumV, Source::kBlueFirst>(quads[2], quads[3], rest)));
+  Vec16 rest0, rest1;
+  return QuotientsOf<kSumV, Source>(quads, rest0, rest1);
 }
 
 #endif  // KORVEX2_X86
