@@ -42,6 +42,9 @@
 #define KORVEX2_INTRINSIC(name) _mm_##name
 #endif
 
+#undef KORVEX2_NEON
+#define KORVEX2_NEON (HWY_TARGET == HWY_NEON)
+
 #undef KORVEX2_VBMI
 #define KORVEX2_VBMI (HWY_TARGET == HWY_AVX3_DL)
 

@@ -139,19 +139,6 @@ struct Quads<LoadBgru16> : QuadsOfWords<4, true> {};
 
 // --- Sums ---
 
-struct Weights {
-  int red, green, blue;
-  int offset;  // a multiple of 8
-
-  // w = 8 k + l.
-  constexpr Weights K() const { return {red >> 3, green >> 3, blue >> 3, offset >> 3}; }
-  constexpr Weights L() const { return {red & 7, green & 7, blue & 7, 0}; }
-};
-
-constexpr Weights kSumY = {299, 587, 114, 0};
-constexpr Weights kSumU = {-169, -331, 500, 128000};
-constexpr Weights kSumV = {500, -419, -81, 128000};
-
 template <bool BlueFirst>
 HWY_INLINE Vec8 WeightsOfQuads(Weights w) {
   const int first = BlueFirst ? w.blue : w.red;
