@@ -4,14 +4,18 @@
 set -eu
 directory=$(mktemp -d)
 trap 'rm -r "$directory"' EXIT
-chart() { echo "--from $1 --width 641 --height 363"; }
-
 cd "$directory"
-"$@" chart mosaic.raw --to raw12 --tile grbg --width 641 --height 363
-# shellcheck disable=SC2046
+
+convert() {
+  "$@" >messages 2>&1 || { cat messages >&2; exit 1; }
+}
+
+size="--width 642 --height 362"
+# shellcheck disable=SC2086
 {
-  "$@" convert mosaic.raw colour.raw $(chart raw12) --tile grbg --to bgr --method hq_linear
-  "$@" convert colour.raw colour.png $(chart bgr) --to rgb8
-  "$@" convert colour.png yuv.raw --to yuv411
-} >messages 2>&1 || { cat messages >&2; exit 1; }
+  convert "$@" chart mosaic.raw --to raw12 --tile grbg $size
+  convert "$@" convert mosaic.raw colour.raw --from raw12 --tile grbg $size --to bgr --method hq_linear
+  convert "$@" convert colour.raw colour.png --from bgr $size --to rgb8
+  convert "$@" convert colour.png yuv.raw --to yuv411
+}
 cat mosaic.raw colour.raw yuv.raw | sha256sum

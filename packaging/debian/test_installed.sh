@@ -5,6 +5,8 @@ set -eu
 digest=$1
 here=$PWD
 export DEBIAN_FRONTEND=noninteractive
+HOME=$(mktemp -d)  # shells keep files of their own there
+export HOME
 
 step() { echo "== $*"; }
 fail() { echo "test_installed.sh: $*" >&2; exit 1; }
