@@ -20,6 +20,16 @@ for package in packages/*.deb; do
   dpkg-deb --field "$package" Depends
 done
 
+step "every library that is linked belongs to a package"
+mkdir debian trees
+touch debian/control
+for package in packages/*.deb; do
+  dpkg-deb --raw-extract "$package" "trees/$(dpkg-deb --field "$package" Package)"
+done
+# shellcheck disable=SC2046
+DEB_HOST_ARCH=arm64 dpkg-shlibdeps -O $(printf ' -l%s' trees/*/"$lib" "$sysroot"/packages/*/"$lib" "$sysroot"/packages/*/lib/*) \
+  trees/*/usr/bin/* trees/*/"$lib"/*.so.?.* trees/*/usr/lib/python3/dist-packages/*/*.so
+
 step "the tool"
 arm "$root/usr/bin/korvex2" --version
 found=$(./convert_chart.sh qemu-aarch64 -L "$root" "$root/usr/bin/korvex2")
