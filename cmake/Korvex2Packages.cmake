@@ -5,8 +5,10 @@ set(library libkorvex2-${PROJECT_VERSION_MAJOR})
 set(KORVEX2_DEBIAN_FILES ${PROJECT_SOURCE_DIR}/packaging/debian)
 
 set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_CONTACT "Korvex2 maintainers <korvex2@example.org>" CACHE STRING
-  "Whom the Debian packages name as their maintainer")
+set(CPACK_PACKAGE_CONTACT "Korvex2 maintainers <korvex2@example.org>")
+if(DEFINED ENV{DEBFULLNAME} AND DEFINED ENV{DEBEMAIL})
+  set(CPACK_PACKAGE_CONTACT "$ENV{DEBFULLNAME} <$ENV{DEBEMAIL}>")
+endif()
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each package has its own
 set(CPACK_COMPONENTS_ALL library development tools python)
 set(CPACK_DEB_COMPONENT_INSTALL ON)

@@ -105,8 +105,8 @@ class Korvex2Recipe(ConanFile):
         if self.options.simd:
             self.cpp_info.requires.append("highway::hwy")
         if self.options.tools:
-            self.cpp_info.requires += ["cli11::cli11", "fmt::fmt", "libpng::libpng", "libraw::libraw", "libtiff::libtiff",
-                                       "onetbb::onetbb"]
+            self.cpp_info.requires += ["cli11::cli11", "fmt::fmt", "libpng::libpng", "libraw::libraw",
+                                       "libtiff::libtiff", "onetbb::onetbb"]
         if self.options.python:
             self.cpp_info.requires.append("pybind11::pybind11")
             self.runenv_info.prepend_path("PYTHONPATH", os.path.join(self.package_folder, "lib/python3/dist-packages"))

@@ -1,7 +1,7 @@
 #!/bin/sh
 # Packages for arm64 on a machine of another kind: unpacked over a copy of what they were built with, used through
-# qemu. Arguments: a directory with packages/, consumer/, convert_chart.sh, use_python.py; that system root; the cross build's
-# toolchain file; the digest that convert_chart.sh has to print.
+# qemu. Arguments: a directory with packages/, consumer/, convert_chart.sh, use_python.py; that system root; the cross
+# build's toolchain file; the digest that convert_chart.sh has to print.
 set -eu
 cd "$1"
 sysroot=$2 toolchain=$3 digest=$4
@@ -27,7 +27,8 @@ for package in packages/*.deb; do
   dpkg-deb --raw-extract "$package" "trees/$(dpkg-deb --field "$package" Package)"
 done
 # shellcheck disable=SC2046
-DEB_HOST_ARCH=arm64 dpkg-shlibdeps -O $(printf ' -l%s' trees/*/"$lib" "$sysroot"/packages/*/"$lib" "$sysroot"/packages/*/lib/*) \
+DEB_HOST_ARCH=arm64 dpkg-shlibdeps -O \
+  $(printf ' -l%s' trees/*/"$lib" "$sysroot"/packages/*/"$lib" "$sysroot"/packages/*/lib/*) \
   trees/*/usr/bin/* trees/*/"$lib"/*.so.?.* trees/*/usr/lib/python3/dist-packages/*/*.so
 
 step "the tool"

@@ -1,6 +1,7 @@
 #!/bin/sh
 # Run in a Debian that has never seen Korvex2, as root: installs the packages, uses them, removes them. The working
-# directory holds packages/, consumer/, convert_chart.sh, use_python.py; the argument is the digest that convert_chart.sh has to print.
+# directory holds packages/, consumer/, convert_chart.sh, use_python.py; the argument is the digest that
+# convert_chart.sh has to print.
 set -eu
 digest=$1
 here=$PWD
@@ -58,7 +59,7 @@ apt-get purge -q -y libkorvex2-2 libkorvex2-dev korvex2-tools python3-korvex2
 apt-get autoremove --purge -q -y >/dev/null
 rm -r /tmp/consumer
 files >"$here/after"
-if ! diff "$here/before" "$here/after"; then fail "the purged packages have left something, or taken something along"; fi
+if ! diff "$here/before" "$here/after"; then fail "the purged packages have left or taken files"; fi
 if dpkg-query -W '*korvex2*' 2>/dev/null; then fail "dpkg still knows the packages"; fi
 if ldconfig -p | grep korvex2; then fail "the cache of libraries still has korvex2"; fi
 echo "nothing is left"

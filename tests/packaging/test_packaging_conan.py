@@ -3,7 +3,6 @@
 import importlib.util
 import itertools
 import os
-import re
 import shutil
 import subprocess
 
@@ -85,8 +84,7 @@ def test_highway_is_found_under_the_name_that_the_build_looks_for():
     ({}, False), ({"arch": "armv8"}, False), ({"cppstd": "23"}, False),
     ({"os": "Windows"}, True), ({"arch": "s390x"}, True), ({"cppstd": "17"}, True)], ids=str)
 def test_other_systems_and_standards_are_refused(settings, refused):
-    standard = re.search(r"CMAKE_CXX_STANDARD (\d+)", (ROOT / "cmake/Korvex2CompilerOptions.cmake").read_text()).group(1)
-    assert standard == "20"
+    assert "set(CMAKE_CXX_STANDARD 20)" in (ROOT / "cmake/Korvex2CompilerOptions.cmake").read_text()
     if refused:
         with pytest.raises(conan_stand_in.ConanInvalidConfiguration):
             Recipe(RECIPE, **settings).validate()
