@@ -18,9 +18,9 @@ conan_stand_in.install()
 
 def recipe(path):
     """The one class of recipes in a file."""
-    specification = importlib.util.spec_from_file_location("recipe", path)
-    module = importlib.util.module_from_spec(specification)
-    specification.loader.exec_module(module)
+    found = importlib.util.spec_from_file_location("recipe", path)
+    module = importlib.util.module_from_spec(found)
+    found.loader.exec_module(module)
     classes = [value for value in vars(module).values()
                if isinstance(value, type) and issubclass(value, conan_stand_in.ConanFile)
                and value is not conan_stand_in.ConanFile]
