@@ -42,7 +42,7 @@ constexpr Container kContainers[] = {
 std::string ExtensionOf(const std::string& path) {
   std::string extension = path == "-" ? ".raw"
                           : IsStandardStream(path)
-                              ? "." + path.substr(0, path.size() - 2)
+                              ? '.' + path.substr(0, path.size() - 2)
                               : std::filesystem::path(path).extension().string();
   for (char& c : extension) {
     c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));

@@ -1,0 +1,24 @@
+# Run by CPack on the packages that it has built, for what it has no words for. Packed anew by dpkg-deb, they have the
+# same bytes for the same SOURCE_DATE_EPOCH.
+
+foreach(package IN LISTS CPACK_PACKAGE_FILES)
+  set(tree ${package}.tree)
+  file(REMOVE_RECURSE ${tree})
+  execute_process(COMMAND dpkg-deb --raw-extract ${package} ${tree} COMMAND_ERROR_IS_FATAL ANY)
+
+  # Library and headers of several architectures may be installed beside each other.
+  file(READ ${tree}/DEBIAN/control control)
+  if(control MATCHES "\nPackage: libkorvex2-")
+    string(REPLACE "\nPackage:" "\nMulti-Arch: same\nPackage:" control "${control}")
+    file(WRITE ${tree}/DEBIAN/control "${control}")
+  endif()
+
+  # The trigger renews the cache of libraries, once for all packages; CPack's scripts would do so again.
+  if(EXISTS ${tree}/DEBIAN/triggers)
+    file(REMOVE ${tree}/DEBIAN/postinst ${tree}/DEBIAN/postrm)
+  endif()
+
+  execute_process(COMMAND dpkg-deb --root-owner-group -Zxz --build ${tree} ${package}
+    OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+  file(REMOVE_RECURSE ${tree})
+endforeach()
