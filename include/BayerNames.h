@@ -13,13 +13,13 @@
 
 namespace Korvex2 {
 
-/// All strings are static.
+/// A tile and its name. All strings are static.
 struct BayerTileInfo {
   BayerTileFormat tile;   ///< what the name stands for
   std::string_view name;  ///< the top-left 2x2 in reading order: "rggb"; "none" for no mosaic
 };
 
-/// All strings are static.
+/// A method and its name. All strings are static.
 struct ColorProcessingInfo {
   ColorProcessingAlgorithm method;  ///< what the name stands for
   std::string_view name;            ///< "nearest", "hq_linear" ...

@@ -16,13 +16,14 @@ from urllib.parse import unquote
 
 import format_drawings
 import route_graphs
-from pages import CODE_SPAN, HEADING, LINK, ROOT, headings, is_relative, lines, pages
+from pages import CODE_SPAN, HEADING, LINK, ROOT, headings, is_relative, lines, links, pages
 
 HEADERS = ["include", "src/CheckConversion.h", "src/ImageConverterARMStub.h", "src/InstructionSets.h",
            "src/Singleton.h", "src/routes/Routines.h"]
+CONTENTS = Path("docs/README.md")  # the main page
 DRAWING = re.compile(r"^<!-- picture: (\S+) (.*) -->$")
 # What the demosaic methods make of the chart: a detail each, at (x, y, width, height).
-DETAILS = {"demosaic-star.png": "636,488,64,64", "demosaic-colours.png": "160,64,64,64"}
+DETAILS = {"demosaic-star.png": "636,488,64,64", "demosaic-colours.png": "122,107,64,64"}
 
 
 # --- Pictures ----------------------------------------------------------------------------------------------------
@@ -59,9 +60,20 @@ def label(page, anchor=""):
     return f"{name}-{anchor}" if anchor else name
 
 
+def title_of(page, anchor=""):
+    return next(text for level, text, own in headings((ROOT / page).read_text())
+                if own == anchor or (not anchor and level == 1))
+
+
+def in_order():
+    """The pages as the table of contents has them, which is how the site lists them."""
+    listed = [Path(os.path.normpath(CONTENTS.parent / link.path)) for link in links((ROOT / CONTENTS).read_text())]
+    return [CONTENTS, *dict.fromkeys(page for page in listed if page in pages())]
+
+
 def example_page(path):
     """The HTML page that Doxygen makes of an example."""
-    return str(path.relative_to("examples")).replace("_", "__").replace(".", "_8").replace("/", "_2") + "-example.html"
+    return str(path.relative_to("examples")).replace(".", "_8").replace("/", "_2") + "-example.html"
 
 
 def link_on_site(page, picture, text, target):
@@ -73,7 +85,8 @@ def link_on_site(page, picture, text, target):
     if picture:
         return f"![{text}]({place.name})"
     if place in pages():
-        return f"[{text}](@ref {label(place, anchor)})"
+        title = title_of(place, anchor) if text in (place.name, path) else text
+        return f"[{title}]({f'@ref {label(place, anchor)}' if place != CONTENTS or anchor else 'index.html'})"
     if place in examples():
         return f"[{text}]({example_page(place)})"
     return text
@@ -86,7 +99,7 @@ def with_site_links(page, text):
         in_code = any(begin < match.start() and match.end() < end for begin, end in code)
         return match.group() if in_code else link_on_site(page, *match.groups())
 
-    return LINK.sub(replaced, text)
+    return re.sub(r"(?<![\w`%/.:\[(-])Korvex2(?![\w`/.:\])-])", "%Korvex2", LINK.sub(replaced, text))
 
 
 def page_for_doxygen(page, pictures):
@@ -105,7 +118,7 @@ def page_for_doxygen(page, pictures):
             linked = with_site_links(page, line.text)
             if heading:
                 level, _, anchor = next(anchors)
-                name = "mainpage" if page == Path("docs/README.md") and level == 1 else \
+                name = "mainpage" if page == CONTENTS and level == 1 else \
                     label(page) if level == 1 else label(page, anchor)
                 linked += f" {{#{name}}}"
             result.append(linked)
@@ -125,7 +138,9 @@ def example_list():
 # --- The site ----------------------------------------------------------------------------------------------------
 
 def run_doxygen(output, version):
-    values = {"SOURCE": ROOT, "OUTPUT": output, "PAGES": output / "pages", "PICTURES": output / "pictures",
+    staged = output / "pages"
+    values = {"SOURCE": ROOT, "OUTPUT": output, "PAGES": staged, "PICTURES": output / "pictures",
+              "INPUT": " ".join(str(path) for path in [*(staged / page for page in in_order()), staged / "examples.dox"]),
               "VERSION": version, "HEADERS": " ".join(str(ROOT / header) for header in HEADERS)}
     template = (ROOT / "docs/site/Doxyfile.in").read_text()
     (output / "Doxyfile").write_text(re.sub(r"@(\w+)@", lambda match: str(values[match.group(1)]), template))
@@ -167,7 +182,7 @@ def dead_links(html):
     for name, page in parsed.items():
         for target in page.targets:
             file, _, anchor = unquote(target).partition("#")
-            if not is_relative(target) or file.startswith(("javascript", "//")):
+            if not is_relative(target) or anchor == "nested-classes":  # Doxygen's own slip about private classes
                 continue
             if file and not (html / file).is_file():
                 yield f"{name}: there is no {target}"
@@ -179,7 +194,6 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--tool", type=Path, required=True, help="the program korvex2")
     parser.add_argument("--output", type=Path, required=True, help="the folder to make the site in")
-    parser.add_argument("--version", required=True)
     options = parser.parse_args()
     missing = [program for program in ("doxygen", "dot") if shutil.which(program) is None]
     if missing:
@@ -187,15 +201,17 @@ def main():
         return 0
 
     output = options.output.resolve()
-    shutil.rmtree(output, ignore_errors=True)
+    for folder in ("pictures", "pages", "html", "xml"):
+        shutil.rmtree(output / folder, ignore_errors=True)
     draw(options.tool, output / "pictures")
+    version = subprocess.run([options.tool, "--version"], capture_output=True, text=True, check=True).stdout.split()[-1]
     for page in pages():
         staged = output / "pages" / page
         staged.parent.mkdir(parents=True, exist_ok=True)
         staged.write_text(page_for_doxygen(page, output / "pictures"))
     (output / "pages" / "examples.dox").write_text(example_list())
 
-    complaints = run_doxygen(output, options.version)
+    complaints = run_doxygen(output, version)
     complaints += undocumented(output / "xml")
     complaints += sorted(set(dead_links(output / "html")))
     print("\n".join(complaints) if complaints else f"{output / 'html' / 'index.html'}")
