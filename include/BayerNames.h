@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// What people call Bayer tiles and demosaic methods. The names of pixel formats are in
 /// PixelFormats.h.
 
@@ -12,15 +13,16 @@
 
 namespace Korvex2 {
 
-/// All strings are static.
+/// A tile and its name. All strings are static.
 struct BayerTileInfo {
-  BayerTileFormat tile;
+  BayerTileFormat tile;   ///< what the name stands for
   std::string_view name;  ///< the top-left 2x2 in reading order: "rggb"; "none" for no mosaic
 };
 
+/// A method and its name. All strings are static.
 struct ColorProcessingInfo {
-  ColorProcessingAlgorithm method;
-  std::string_view name;  ///< "nearest", "hq_linear" ...
+  ColorProcessingAlgorithm method;  ///< what the name stands for
+  std::string_view name;            ///< "nearest", "hq_linear" ...
 };
 
 /// The four tiles, then "none".
@@ -29,8 +31,9 @@ KORVEX2_API std::span<const BayerTileInfo> BayerTiles() noexcept;
 /// The methods that the converter does not refuse, cheapest first, then "none" and "default".
 KORVEX2_API std::span<const ColorProcessingInfo> ColorProcessings() noexcept;
 
-/// The tile or method with this name; case is ignored.
+/// The tile with this name, nothing when there is none; case is ignored.
 KORVEX2_API std::optional<BayerTileFormat> FindBayerTile(std::string_view name) noexcept;
+/// The method with this name, nothing when there is none; case is ignored.
 KORVEX2_API std::optional<ColorProcessingAlgorithm> FindColorProcessing(
     std::string_view name) noexcept;
 

@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// The result of every operation: a code, and for failures where, when and why.
 
 #include <cstdint>
@@ -13,53 +14,55 @@ namespace Korvex2 {
 
 class InternalError;
 
-/// Result codes, consecutive from -1.
+/// Result codes, consecutive from -1. Frames and conversions answer OK, FAILED, NOT_IMPLEMENTED,
+/// INVALID_PARAMETER, INVALID_SETTINGS, MEMORY_ALLOCATION_FAILED, NOT_FOUND,
+/// IMAGE_CONVERSION_FAILED and BUFFER_TOO_SMALL; the others are for cameras and what connects them.
 enum ErrorType : std::int32_t {
-  VORERROR_UNDEFINED = -1,
-  VORERROR_OK = 0,
-  VORERROR_FAILED,
-  VORERROR_NOT_IMPLEMENTED,
-  VORERROR_FAILED_BUS_MASTER_CONNECTION,
-  VORERROR_NOT_CONNECTED,
-  VORERROR_INIT_FAILED,
-  VORERROR_NOT_INTITIALIZED,  ///< the spelling is part of the interface
-  VORERROR_INVALID_PARAMETER,
-  VORERROR_INVALID_SETTINGS,
-  VORERROR_INVALID_BUS_MANAGER,
-  VORERROR_MEMORY_ALLOCATION_FAILED,
-  VORERROR_LOW_LEVEL_FAILURE,
-  VORERROR_NOT_FOUND,
-  VORERROR_FAILED_GUID,
-  VORERROR_INVALID_PACKET_SIZE,
-  VORERROR_INVALID_MODE,
-  VORERROR_NOT_IN_FORMAT7,
-  VORERROR_NOT_SUPPORTED,
-  VORERROR_TIMEOUT,
-  VORERROR_BUS_MASTER_FAILED,
-  VORERROR_INVALID_GENERATION,
-  VORERROR_LUT_FAILED,
-  VORERROR_IIDC_FAILED,
-  VORERROR_STROBE_FAILED,
-  VORERROR_TRIGGER_FAILED,
-  VORERROR_PROPERTY_FAILED,
-  VORERROR_PROPERTY_NOT_PRESENT,
-  VORERROR_REGISTER_FAILED,
-  VORERROR_READ_REGISTER_FAILED,
-  VORERROR_WRITE_REGISTER_FAILED,
-  VORERROR_ISOCH_FAILED,
-  VORERROR_ISOCH_ALREADY_STARTED,
-  VORERROR_ISOCH_NOT_STARTED,
-  VORERROR_ISOCH_START_FAILED,
-  VORERROR_ISOCH_RETRIEVE_BUFFER_FAILED,
-  VORERROR_ISOCH_STOP_FAILED,
-  VORERROR_ISOCH_SYNC_FAILED,
-  VORERROR_ISOCH_BANDWIDTH_EXCEEDED,
-  VORERROR_IMAGE_CONVERSION_FAILED,
-  VORERROR_IMAGE_LIBRARY_FAILURE,
-  VORERROR_BUFFER_TOO_SMALL,
-  VORERROR_IMAGE_CONSISTENCY_ERROR,
-  VORERROR_INCOMPATIBLE_DRIVER,
-  VORERROR_FORCE_32BITS = 0x7fffffff  ///< fixes the width, no code
+  VORERROR_UNDEFINED = -1,                ///< no result yet
+  VORERROR_OK = 0,                        ///< success
+  VORERROR_FAILED,                        ///< something failed; GetCause() may say why
+  VORERROR_NOT_IMPLEMENTED,               ///< this operation does not exist yet
+  VORERROR_FAILED_BUS_MASTER_CONNECTION,  ///< no connection to the bus master
+  VORERROR_NOT_CONNECTED,                 ///< not connected to a camera
+  VORERROR_INIT_FAILED,                   ///< initialization failed
+  VORERROR_NOT_INTITIALIZED,              ///< not initialized; the spelling is meant
+  VORERROR_INVALID_PARAMETER,             ///< an argument is null, unknown or out of range
+  VORERROR_INVALID_SETTINGS,              ///< settings that do not go together
+  VORERROR_INVALID_BUS_MANAGER,           ///< no bus manager, or not the right one
+  VORERROR_MEMORY_ALLOCATION_FAILED,      ///< out of memory
+  VORERROR_LOW_LEVEL_FAILURE,             ///< the system or a driver failed
+  VORERROR_NOT_FOUND,                     ///< nothing has this name or number
+  VORERROR_FAILED_GUID,                   ///< no camera answers to this identifier
+  VORERROR_INVALID_PACKET_SIZE,           ///< a packet size that the bus does not carry
+  VORERROR_INVALID_MODE,                  ///< a mode that the camera does not have
+  VORERROR_NOT_IN_FORMAT7,                ///< for custom image modes only
+  VORERROR_NOT_SUPPORTED,                 ///< the camera or the machine cannot do this
+  VORERROR_TIMEOUT,                       ///< it took too long
+  VORERROR_BUS_MASTER_FAILED,             ///< the bus master failed
+  VORERROR_INVALID_GENERATION,            ///< the bus was reset meanwhile
+  VORERROR_LUT_FAILED,                    ///< the look-up table failed
+  VORERROR_IIDC_FAILED,                   ///< the camera refused a command
+  VORERROR_STROBE_FAILED,                 ///< the strobe failed
+  VORERROR_TRIGGER_FAILED,                ///< the trigger failed
+  VORERROR_PROPERTY_FAILED,               ///< a camera property failed
+  VORERROR_PROPERTY_NOT_PRESENT,          ///< the camera has no such property
+  VORERROR_REGISTER_FAILED,               ///< access to a register failed
+  VORERROR_READ_REGISTER_FAILED,          ///< a register could not be read
+  VORERROR_WRITE_REGISTER_FAILED,         ///< a register could not be written
+  VORERROR_ISOCH_FAILED,                  ///< the stream of frames failed
+  VORERROR_ISOCH_ALREADY_STARTED,         ///< the stream runs already
+  VORERROR_ISOCH_NOT_STARTED,             ///< the stream does not run
+  VORERROR_ISOCH_START_FAILED,            ///< the stream could not be started
+  VORERROR_ISOCH_RETRIEVE_BUFFER_FAILED,  ///< no frame could be taken from the stream
+  VORERROR_ISOCH_STOP_FAILED,             ///< the stream could not be stopped
+  VORERROR_ISOCH_SYNC_FAILED,             ///< the streams could not be synchronized
+  VORERROR_ISOCH_BANDWIDTH_EXCEEDED,      ///< the bus has no room for the stream
+  VORERROR_IMAGE_CONVERSION_FAILED,       ///< there is no picture, or would be none
+  VORERROR_IMAGE_LIBRARY_FAILURE,         ///< an image library failed
+  VORERROR_BUFFER_TOO_SMALL,              ///< the memory that a caller lent does not hold the frame
+  VORERROR_IMAGE_CONSISTENCY_ERROR,       ///< a frame arrived damaged
+  VORERROR_INCOMPATIBLE_DRIVER,           ///< the driver does not go with the library
+  VORERROR_FORCE_32BITS = 0x7fffffff      ///< fixes the width, no code
 };
 
 /// The enumerator of a code as text, e.g. "VORERROR_INVALID_PARAMETER";
@@ -77,19 +80,24 @@ class KORVEX2_API Error {
   /// Success.
   Error() noexcept = default;
 
+  /// VORERROR_OK for success.
   ErrorType GetType() const noexcept { return m_type; }
   /// What went wrong, in a sentence; empty for success.
   const char* GetMessage() const noexcept;
-  /// The source file that raised the failure, its line, and the date and time of its compilation
-  /// ("Mmm dd yyyy", "hh:mm:ss"); empty and 0 for success.
+  /// The source file that raised the failure; empty for success.
   const char* GetFile() const noexcept;
+  /// The line of that file; 0 for success.
   int GetLine() const noexcept;
+  /// The date of that file's compilation, "Mmm dd yyyy"; empty for success.
   const char* GetDate() const noexcept;
+  /// The time of that file's compilation, "hh:mm:ss"; empty for success.
   const char* GetTime() const noexcept;
   /// The failure that led to this one, or null.
   const Error* GetCause() const noexcept;
 
+  /// Whether this is the result of that type; messages and causes do not matter.
   bool operator==(const ErrorType& type) const noexcept { return m_type == type; }
+  /// Whether this is a result of another type.
   bool operator!=(const ErrorType& type) const noexcept { return m_type != type; }
 
   /// One line: "VORERROR_FAILED: message". Success reads "VORERROR_OK".

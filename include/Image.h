@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// A frame: its shape and its bytes.
 
 #include <cstddef>
@@ -40,11 +41,14 @@ class KORVEX2_API Image {
 
   /// Deep copies own their buffer, whoever owned the source's. Colour processing comes along.
   Image(const Image& other) noexcept;
+  /// As the copy constructor; a buffer that the caller lent to this image is let go, not written.
   Image& operator=(const Image& other) noexcept;
   /// Moves leave `other` as default-constructed.
   Image(Image&& other) noexcept;
+  /// Gives up what this image had, its buffer freed if it was its own.
   Image& operator=(Image&& other) noexcept;
 
+  /// Frees the buffer if it is its own.
   virtual ~Image();
 
   /// Makes this image a full copy of *pSrc: shape, tile, colour processing and pixels. On the
@@ -67,16 +71,22 @@ class KORVEX2_API Image {
   virtual Error SetDimensions(unsigned int rows, unsigned int cols, unsigned int stride,
                               PixelFormat format, BayerTileFormat bayerFormat) noexcept;
 
+  /// How the bytes are laid out; UNSPECIFIED_PIXEL_FORMAT until shaped.
   virtual PixelFormat GetPixelFormat() const noexcept;
+  /// What SetColorProcessing recorded; DEFAULT until then.
   virtual ColorProcessingAlgorithm GetColorProcessing() const noexcept;
   /// The method by which a conversion of this image, if it is raw, makes colour. Any value is
   /// recorded; the converter refuses the ones that it does not know. Succeeds always.
   virtual Error SetColorProcessing(ColorProcessingAlgorithm method) noexcept;
+  /// Rows of pixels.
   virtual unsigned int GetRows() const noexcept;
+  /// Pixels of a row.
   virtual unsigned int GetCols() const noexcept;
   /// Bytes from one row to the next, as recorded.
   virtual unsigned int GetStride() const noexcept;
+  /// DetermineBitsPerPixel of the format.
   virtual unsigned int GetBitsPerPixel() const noexcept;
+  /// The colours of the mosaic's top-left 2x2. Pictures made from a mosaic keep its tile.
   virtual BayerTileFormat GetBayerTileFormat() const noexcept;
   /// rows x stride, in bytes.
   virtual unsigned int GetDataSize() const noexcept;
@@ -85,6 +95,7 @@ class KORVEX2_API Image {
                              PixelFormat* format, BayerTileFormat* bayerFormat) const noexcept;
   /// The first byte; null for an image without a buffer.
   virtual unsigned char* GetData() noexcept;
+  /// The first byte; null for an image without a buffer.
   virtual const unsigned char* GetData() const noexcept;
 
   /// Whether a shape, its last group completed, stays within 4 GiB - 1, or the failure that

@@ -1,12 +1,13 @@
 #pragma once
 
+/// @file
 /// The builder of Error: says where and why, then converts.
 
 #include "Error.h"
 
 namespace Korvex2 {
 
-/// Builds an Error.
+/// Builds an Error, to be returned.
 ///
 ///     return InternalError(__LINE__, "Camera.cpp", __DATE__, __TIME__,
 ///                          VORERROR_NOT_FOUND, "No camera has serial number %u.", serial);
@@ -29,6 +30,7 @@ class KORVEX2_API InternalError {
   /// Takes a returned Error up again, to nest it as a cause.
   InternalError(const Error& error) noexcept;  // implicit, so that an Error can be passed as cause
 
+  /// What callers are handed.
   operator Error() const noexcept { return m_error; }
 
  private:

@@ -1,6 +1,10 @@
 #pragma once
 
+/// @file
 /// All that a client of Korvex2 needs.
+
+/// @namespace Korvex2
+/// Everything but the demosaic engine, which serves C programs as well and has no namespace.
 
 #include "BayerNames.h"
 #include "CheckConversion.h"

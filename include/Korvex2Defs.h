@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// The enumerations that describe a frame.
 
 #include <cstdint>
@@ -41,11 +42,11 @@ enum PixelFormat : std::uint32_t {
 ///     R G    G R    G B    B G
 ///     G B    B G    R G    G R
 enum BayerTileFormat {
-  NONE = 0,  ///< no mosaic: the samples are grey
-  RGGB = 1,
-  GRBG = 2,
-  GBRG = 3,
-  BGGR = 4,
+  NONE = 0,                     ///< no mosaic: the samples are grey
+  RGGB = 1,                     ///< red top left, blue bottom right
+  GRBG = 2,                     ///< red top right, blue bottom left
+  GBRG = 3,                     ///< blue top right, red bottom left
+  BGGR = 4,                     ///< blue top left, red bottom right
   BT_FORCE_32BITS = 0x7fffffff  ///< fixes the width, no tile
 };
 
@@ -53,12 +54,12 @@ enum BayerTileFormat {
 enum ColorProcessingAlgorithm {
   DEFAULT = 0,              ///< whatever Image::GetDefaultColorProcessing() answers
   NO_COLOR_PROCESSING = 1,  ///< show the mosaic as grey
-  NEAREST_NEIGHBOR = 2,
-  EDGE_SENSING = 3,
-  HQ_LINEAR = 4,
-  RIGOROUS = 5,
-  IPP = 6,  ///< refused by the converter
-  DIRECTIONAL_FILTER = 7,
+  NEAREST_NEIGHBOR = 2,     ///< the tile's own red and blue: as fast as can be, for previews
+  EDGE_SENSING = 3,         ///< along the edge instead of across it
+  HQ_LINEAR = 4,            ///< linear filters of 5x5: predictable, fast, the usual choice
+  RIGOROUS = 5,             ///< the best picture, and the slowest
+  IPP = 6,                  ///< refused by the converter
+  DIRECTIONAL_FILTER = 7,   ///< rows or columns, decided per pixel: better, slower
   WEIGHTED_DIRECTIONAL_FILTER = 8,                      ///< refused by the converter
   COLOR_PROCESSING_ALGORITHM_FORCE_32BITS = 0x7fffffff  ///< fixes the width, no method
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// The version of the library.
 
 #include "Korvex2Export.h"

@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// The table of pixel formats: names, sizes, layouts.
 
 #include <cstdint>
@@ -13,13 +14,13 @@ namespace Korvex2 {
 
 /// One row of the table. All strings are static.
 struct PixelFormatInfo {
-  PixelFormat format;
+  PixelFormat format;           ///< its value
   std::string_view name;        ///< short name: "mono12", "bgru16", "yuv422", "raw8"
   std::string_view enumerator;  ///< "PIXEL_FORMAT_MONO12"
-  std::string_view aliases;  ///< other names, separated by spaces: GenICam PFNC, FourCC, V4L2 ...
-  std::uint32_t bitsPerPixel;
+  std::string_view aliases;    ///< other names, separated by spaces: GenICam PFNC, FourCC, V4L2 ...
+  std::uint32_t bitsPerPixel;  ///< chroma that pixels share counted in: 16 for yuv422
   std::uint32_t pixelsPerGroup;  ///< pixels that share whole bytes: 1, 2 or 4
-  std::uint32_t bytesPerGroup;
+  std::uint32_t bytesPerGroup;   ///< the whole bytes that they share
   std::uint32_t pixelsPerReach;  ///< kernels may touch the run rounded up to this many pixels
   bool convertible;              ///< whether the converter reads and writes it
   std::string_view layout;       ///< the bytes of one group in order

@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// Facts about the machine.
 
 #include <cstddef>
@@ -9,34 +10,40 @@
 
 namespace Korvex2 {
 
+/// Operating systems.
 enum OSType {
-  WINDOWS_X86 = 0,
-  WINDOWS_X64 = 1,
-  LINUX_X86 = 2,
-  LINUX_X64 = 3,
-  MAC = 4,
-  UNKNOWN_OS = 5
+  WINDOWS_X86 = 0,  ///< Windows, 32 bits
+  WINDOWS_X64 = 1,  ///< Windows, 64 bits
+  LINUX_X86 = 2,    ///< Linux, 32 bits
+  LINUX_X64 = 3,    ///< Linux, 64 bits, on any processor
+  MAC = 4,          ///< macOS
+  UNKNOWN_OS = 5    ///< another one
 };
 
-enum ByteOrder { BYTE_ORDER_LITTLE_ENDIAN = 0, BYTE_ORDER_BIG_ENDIAN = 1 };
+/// Which byte of a word comes first in memory.
+enum ByteOrder {
+  BYTE_ORDER_LITTLE_ENDIAN = 0,  ///< the low one
+  BYTE_ORDER_BIG_ENDIAN = 1      ///< the high one
+};
 
 /// What GetSystemInfo tells. Texts are zero-terminated, cut to fit, and say "unknown" or "none"
 /// rather than nothing.
 struct SystemInfo {
-  OSType osType;  ///< LINUX_X64 for 64-bit Linux on any processor, Arm included
-  char osDescription[512];
-  ByteOrder byteOrder;
-  std::size_t sysMemSize;  ///< physical memory, bytes
-  char cpuDescription[512];
-  std::size_t numCpuCores;   ///< logical processors online
-  char driverList[512];      ///< camera, video and USB kernel modules loaded, comma-separated
-  char libraryList[512];     ///< shared libraries of this process, comma-separated
-  char gpuDescription[512];  ///< display adapters, comma-separated
-  std::size_t screenWidth;   ///< pixels of the first connected screen; 0 without a screen
-  std::size_t screenHeight;
+  OSType osType;              ///< LINUX_X64 for 64-bit Linux on any processor, Arm included
+  char osDescription[512];    ///< distribution, kernel and its version
+  ByteOrder byteOrder;        ///< of the processor
+  std::size_t sysMemSize;     ///< physical memory, bytes
+  char cpuDescription[512];   ///< the processor's own name
+  std::size_t numCpuCores;    ///< logical processors online
+  char driverList[512];       ///< camera, video and USB kernel modules loaded, comma-separated
+  char libraryList[512];      ///< shared libraries of this process, comma-separated
+  char gpuDescription[512];   ///< display adapters, comma-separated
+  std::size_t screenWidth;    ///< pixels of the first connected screen; 0 without a screen
+  std::size_t screenHeight;   ///< rows of it
   unsigned int reserved[16];  ///< zero
 };
 
+/// What concerns the machine rather than frames.
 class KORVEX2_API Utilities {
  public:
   /// Fills every field of *pSystemInfo from the running machine, as the first call that succeeded

@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// Knowing beforehand what a conversion will do.
 
 #include "Error.h"

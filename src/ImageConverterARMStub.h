@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// The converter.
 
 #include "Error.h"
@@ -21,7 +22,9 @@ namespace Korvex2 {
 /// toward zero. Widening 8 to 16 bits multiplies by 257; narrowing keeps the high byte.
 class KORVEX2_API ImageConverter : public Singleton<ImageConverter> {
  public:
+  /// Takes no memory; asks for the byte order of the host.
   ImageConverter();
+  /// Gives nothing back, since nothing was taken.
   virtual ~ImageConverter();
 
   /// Converts *pSrc into destFormat, writing into *pDst.
@@ -48,7 +51,11 @@ class KORVEX2_API ImageConverter : public Singleton<ImageConverter> {
   Error ConvertInPlace(Image* pImage, PixelFormat format) const;
 
  protected:
-  // --- The routine of each target format: looks the source up and passes the pair on. -----------
+  /// @name The routine of each target format
+  /// @{
+
+  /// Looks the source's format up and passes the pair on. The destination is shaped already.
+  /// VORERROR_INVALID_PARAMETER for a source that does not convert into this target.
   Error ConvertToMono8(const Image* pSrc, Image* pDst) const;
   Error ConvertToMono12(const Image* pSrc, Image* pDst) const;
   Error ConvertToMono16(const Image* pSrc, Image* pDst) const;
@@ -66,14 +73,17 @@ class KORVEX2_API ImageConverter : public Singleton<ImageConverter> {
   Error ConvertToRAW12(const Image* pSrc, Image* pDst) const;
   Error ConvertToRAW16(const Image* pSrc, Image* pDst) const;
 
-  // --- Every conversion routine, kernel and primitive: a member per row of Routines.def. --------
+  /// @}
+
+  // Every conversion routine, kernel and primitive: a member per row of Routines.def.
+  // What each does, its row says: Routines(), `korvex2 routes`.
+  /// @cond
 #define KERNEL(routine, ...) Error routine(const Image* pSrc, Image* pDst) const;
 #define WRAPPER(routine, ...) Error routine(const Image* pSrc, Image* pDst) const;
 #define CHAIN(routine, ...) Error routine(const Image* pSrc, Image* pDst) const;
 #define DEMOSAIC(routine) Error routine(const Image* pSrc, Image* pDst) const;
 #include "routes/Routines.def"
-
-  // --- Helpers. ---------------------------------------------------------------------------------
+  /// @endcond
 
   /// Shapes *pTemporary to the source's rows, columns and tile in `format`, rows without padding.
   Error TempImage(const Image* pSrc, Image* pTemporary, PixelFormat format) const;
@@ -84,7 +94,9 @@ class KORVEX2_API ImageConverter : public Singleton<ImageConverter> {
   /// Saturates to 0 ... 255.
   unsigned char Clamp_8bit(short value) const;
 
-  // --- The bridge to the demosaic engine. -------------------------------------------------------
+  /// The bridge to the demosaic engine: makes srcRows x srcCols pixels of colour in destPixFmt at
+  /// pOutputBuffer from as many mosaic samples at pInputBuffer, both without row padding.
+  /// VORERROR_FAILED where bayerToColor answers anything but beOK.
   Error ProcessImage(PixelFormat srcPixFmt, const unsigned char* pInputBuffer, unsigned int srcRows,
                      unsigned int srcCols, PixelFormat destPixFmt, unsigned char* pOutputBuffer,
                      ColorProcessingAlgorithm algorithm, BayerTileFormat tilePattern) const;

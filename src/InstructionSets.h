@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// Which vector instructions the library uses.
 
 #include <span>

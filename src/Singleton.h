@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// One shared, reference-counted instance of a class.
 
 #include <boost/thread/lock_guard.hpp>
@@ -47,16 +48,17 @@ class KORVEX2_API Singleton {
   }
 
  protected:
-  Singleton() {}
-  virtual ~Singleton() {}
+  Singleton() {}           ///< by T alone
+  virtual ~Singleton() {}  ///< through releaseInstance
 
-  // Declared so that no copy is made from outside, and never defined.
+  /// Declared so that no copy is made from outside, and never defined.
   Singleton(const Singleton&);
+  /// As the copy constructor.
   Singleton& operator=(const Singleton&);
 
-  static T* m_pInstance;
-  static int m_iRefCount;
-  static boost::mutex m_mutex;
+  static T* m_pInstance;        ///< the shared instance; null while it has no user
+  static int m_iRefCount;       ///< its users
+  static boost::mutex m_mutex;  ///< held while either changes
 };
 
 template <typename T>
