@@ -5,6 +5,8 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <string>
+#include <vector>
 
 #include "reference/Kernels.h"
 #include "support/Comparison.h"
@@ -25,10 +27,16 @@ Memory Allot(std::size_t size) {
   return Memory(static_cast<std::uint8_t*>(::operator new(size, kLine)));
 }
 
-class LongRuns : public testing::TestWithParam<Reference::KernelRow> {};
+std::vector<const char*> AllKernels() {
+  std::vector<const char*> names;
+  for (const Reference::KernelRow& kernel : Reference::Kernels()) names.push_back(kernel.name);
+  return names;
+}
+
+class LongRuns : public testing::TestWithParam<const char*> {};
 
 TEST_P(LongRuns, EqualThePlainLoopsWhereverTheyLie) {
-  const Reference::KernelRow& kernel = GetParam();
+  const Reference::KernelRow& kernel = *Reference::FindKernel(GetParam());
   const auto steps = static_cast<unsigned>(kLong / kernel.destinationBytes);
   const unsigned pixels = steps * kernel.pixels + 1;
   const std::size_t read = Reference::BytesRead(kernel, pixels);
@@ -51,8 +59,8 @@ TEST_P(LongRuns, EqualThePlainLoopsWhereverTheyLie) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Kernels, LongRuns, testing::ValuesIn(Reference::Kernels()),
-                         [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Kernels, LongRuns, testing::ValuesIn(AllKernels()),
+                         [](const auto& info) { return std::string(info.param); });
 
 }  // namespace
 }  // namespace Korvex2::Test
