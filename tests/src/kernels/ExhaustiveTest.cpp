@@ -11,6 +11,7 @@
 #include "support/Comparison.h"
 #include "support/PlainImage.h"
 #include "support/Probe.h"
+#include "support/Walk.h"
 
 namespace Korvex2::Test {
 namespace {
@@ -41,7 +42,7 @@ constexpr unsigned kChunk = 1U << 18;
 void CheckAllTriples(const char* name) {
   Bytes source(3UL * kChunk);
   for (const bool mixed : {false, true}) {
-    for (std::uint32_t start = 0; start < (1U << 24); start += kChunk) {
+    for (std::uint32_t start = 0; start < (1U << 24); start += kChunk * kOneIn) {
       for (std::uint32_t i = 0; i < kChunk; ++i) {
         std::uint32_t triple = start + i;
         if (mixed) triple = (triple * 0x9E3779B1U) & 0xFFFFFF;  // odd factor: a permutation
@@ -139,7 +140,7 @@ TEST(Exhaustive, AllPairsOf8BitSamplesAndAll24BitGroupsOf12BitOnes) {
   Check("ConvertY8ToRGB", pairs, 131072);
 
   Bytes groups(3UL * kChunk);
-  for (std::uint32_t start = 0; start < (1U << 24); start += kChunk) {
+  for (std::uint32_t start = 0; start < (1U << 24); start += kChunk * kOneIn) {
     for (std::uint32_t i = 0; i < kChunk; ++i) {
       groups[3UL * i] = static_cast<std::uint8_t>((start + i) >> 16);
       groups[3UL * i + 1] = static_cast<std::uint8_t>((start + i) >> 8);
@@ -159,7 +160,7 @@ TEST(Exhaustive, Luma16WhereTheSumIsAMultipleOf1000) {
   Noise noise(11);
   Bytes source;
   unsigned pixels = 0;
-  while (pixels < 200000) {
+  while (pixels < 200000 / kOneIn) {
     const std::uint32_t word = noise.Word();
     const std::uint32_t r = word & 0xFFFF;
     const std::uint32_t g = word >> 16;
