@@ -1,5 +1,6 @@
 """korvex2.dask: in threads, and on a cluster of two worker processes of which one is killed."""
 
+import contextlib
 import os
 import signal
 import time
@@ -201,11 +202,19 @@ def test_wrong_frames_to_write(tmp_path):
 
 # --- A cluster ------------------------------------------------------------------------------------------------------
 
+@contextlib.contextmanager
+def two_workers(folder):
+    """A client of a cluster of its own, whose two processes are gone when it ends."""
+    patient = {f"distributed.comm.timeouts.{kind}": "120s" for kind in ("connect", "tcp")}
+    with dask.config.set({"temporary-directory": str(folder)} | patient), distributed.LocalCluster(
+            n_workers=2, threads_per_worker=1, processes=True, dashboard_address=":0",
+            silence_logs=50) as cluster, distributed.Client(cluster) as client:
+        yield client
+
+
 @pytest.fixture(scope="module")
 def client(tmp_path_factory):
-    with dask.config.set({"temporary-directory": str(tmp_path_factory.mktemp("dask"))}), distributed.LocalCluster(
-            n_workers=2, threads_per_worker=1, processes=True, dashboard_address=None,
-            silence_logs=50) as cluster, distributed.Client(cluster) as client:
+    with two_workers(tmp_path_factory.mktemp("dask")) as client:
         yield client
 
 
@@ -231,32 +240,33 @@ def held_back(out, go):
     return korvex2.dask.convert_blocks(array.map_blocks(hold, dtype=np.uint8), **TO_COLOUR)
 
 
-def test_a_killed_worker_loses_nothing(client, tmp_path):
+def test_a_killed_worker_loses_nothing(tmp_path):
     out, go = tmp_path / "out", tmp_path / "go"
-    workers = client.run(os.getpid)
-    assert len(workers) == 2 and os.getpid() not in workers.values()
+    with two_workers(tmp_path) as client:
+        workers = client.run(os.getpid)
+        assert len(workers) == 2 and os.getpid() not in workers.values()
 
-    future = client.compute(korvex2.dask.write_frames(held_back(out, go), out))
-    wait_for(lambda: len(npy_files(out)) >= 6, "the first frames")
-    os.kill(next(iter(workers.values())), signal.SIGKILL)
-    assert not future.done() and len(npy_files(out)) < COUNT, "killed in the middle"
-    go.touch()
-    result = future.result(timeout=120)
+        future = client.compute(korvex2.dask.write_frames(held_back(out, go), out))
+        wait_for(lambda: len(npy_files(out)) >= 6, "the first frames")
+        os.kill(next(iter(workers.values())), signal.SIGKILL)
+        assert not future.done() and len(npy_files(out)) < COUNT, "killed in the middle"
+        go.touch()
+        result = future.result(timeout=120)
+        assert set(workers.values()) - set(client.run(os.getpid).values()), "the worker was killed indeed"
 
     names = [f"{index:06}.npy" for index in range(COUNT)]
     assert sorted({*result.written, *result.skipped}) == npy_files(out) == names
     expected = converted(mosaics(), **TO_COLOUR)
     assert all(np.array_equal(np.load(out / name), frame) for name, frame in zip(names, expected))
-    assert set(workers.values()) - set(client.run(os.getpid).values()), "the worker was killed indeed"
 
 
-def test_a_stopped_run_is_resumed_on_the_cluster(client, tmp_path):
+def test_a_stopped_run_is_resumed_on_another_cluster(client, tmp_path):
     out, go = tmp_path / "out", tmp_path / "go"
     pictures = held_back(out, go)
-    future = client.compute(korvex2.dask.write_frames(pictures, out))
-    wait_for(lambda: len(npy_files(out)) >= 6, "the first frames")
-    future.cancel()
-    client.restart()
+    with two_workers(tmp_path) as stopped:
+        running = stopped.compute(korvex2.dask.write_frames(pictures, out))
+        wait_for(lambda: len(npy_files(out)) >= 6, "the first frames")
+        assert not running.done(), "stopped in the middle"
     done = npy_files(out)
     assert 6 <= len(done) < COUNT
 

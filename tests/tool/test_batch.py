@@ -237,7 +237,7 @@ def test_frames_of_other_sizes_do_not_follow_each_other_in_one_file(tool, rng):
 
 # --- Going on, stopping, progress. ------------------------------------------------------------------
 
-@pytest.mark.parametrize("extension", ["pgm", "png", "raw"])
+@pytest.mark.parametrize("extension", ["pgm", "png", "raw", "y4m"])
 def test_resume_leaves_whole_files_and_makes_the_others(dump, extension):
     arguments = ["convert", "dump.raw", f"out/{{index}}.{extension}", "--from", "mono8", *SHAPE, "--frames", "all",
                  "--to", "mono8"]
@@ -246,13 +246,26 @@ def test_resume_leaves_whole_files_and_makes_the_others(dump, extension):
     for i in (3, 7):
         (dump.folder / f"out/{i}.{extension}").unlink()
     path = dump.folder / f"out/5.{extension}"
-    path.write_bytes(path.read_bytes()[:0 if extension == "raw" else -5])
+    path.write_bytes(path.read_bytes()[:-5])
     times = {path: path.stat().st_mtime_ns for path in (dump.folder / "out").iterdir()}
     said = dump.succeeds(*arguments, "--resume")
     assert said.startswith("3 frames") and "20 were there already" in said
     assert dump.contents() == whole
     for path, before in times.items():
         assert (path.stat().st_mtime_ns == before) == (path.name != f"5.{extension}")
+
+
+def test_resume_knows_the_size_of_headerless_outputs_of_pictures(tool, rng):
+    for name in ("a", "b"):
+        (tool.folder / f"{name}.png").write_bytes(png_bytes(rng.integers(0, 256, (4, 6, 3), dtype=np.uint8)))
+    arguments = ["convert", "a.png", "b.png", "{name}.raw", "--to", "yuv422", "--crop", "2,0,4,4"]
+    tool.succeeds(*arguments)
+    whole = tool.contents()
+    (tool.folder / "b.raw").write_bytes((tool.folder / "b.raw").read_bytes() + b"x")
+    assert "1 were there already" in tool.succeeds(*arguments, "--resume")
+    assert tool.contents() == whole
+    assert "0 were there already" not in tool.succeeds(*arguments[:-2], "--resume")
+    assert (tool.folder / "a.raw").stat().st_size == 4 * 6 * 2
 
 
 def test_an_interrupt_finishes_what_is_begun_and_resume_goes_on(tool, rng):

@@ -35,6 +35,26 @@ def test_planes(tool, rng, name, count):
     assert rest == b"".join(b"FRAME\n" + planes_of(frame, name) for frame in frames)
 
 
+@pytest.mark.parametrize("fps, said", [("30", "30:1"), ("29.97", "2997:100"), ("30000/1001", "30000:1001"),
+                                       ("0.5", "5:10")])
+def test_frame_rate(tool, rng, fps, said):
+    (tool.folder / "in.png").write_bytes(png_bytes(rng.integers(0, 256, (HEIGHT, WIDTH, 3), dtype=np.uint8)))
+    tool.succeeds("convert", "in.png", "out.y4m", "--to", "yuv444", "--fps", fps)
+    assert f" F{said} ".encode() in (tool.folder / "out.y4m").read_bytes().split(b"\n")[0]
+
+
+@pytest.mark.parametrize("fps", ["0", "25/0", "abc", "1/2/3", "-1", "1.", ".5", "1.2345", "25 ", "99999999999"])
+def test_no_frame_rate(tool, rng, fps):
+    (tool.folder / "in.png").write_bytes(png_bytes(rng.integers(0, 256, (HEIGHT, WIDTH, 3), dtype=np.uint8)))
+    message = tool.fails(2, "convert", "in.png", "out.y4m", "--to", "yuv444", f"--fps={fps}")
+    assert "--fps" in message and "30000/1001" in message
+
+
+def test_a_picture_has_no_frame_rate(tool, rng):
+    (tool.folder / "in.png").write_bytes(png_bytes(rng.integers(0, 256, (HEIGHT, WIDTH, 3), dtype=np.uint8)))
+    assert "--fps is for video" in tool.fails(2, "convert", "in.png", "out.png", "--to", "rgb8", "--fps", "25")
+
+
 def test_to_standard_output(tool, rng):
     samples = rng.integers(0, 256, (HEIGHT, WIDTH, 3), dtype=np.uint8)
     (tool.folder / "in.png").write_bytes(png_bytes(samples))

@@ -102,11 +102,11 @@ void RequireOneFileWillDo(const FrameList& frames, const BatchOptions& options) 
 class Batch {
  public:
   Batch(const FrameList& frames, const FrameLayout& layout, const BatchOptions& options,
-        const FrameConversion& convert)
+        const FrameWork& work)
       : m_frames(frames),
         m_layout(layout),
         m_options(options),
-        m_convert(convert),
+        m_work(work),
         m_progress(options.progress, frames.count()) {
     if (OutputPattern::IsPattern(options.output)) {
       m_pattern.emplace(options.output);
@@ -217,20 +217,23 @@ class Batch {
       }
     }
     const std::uint64_t size = frame.file->size();
-    frame.result = m_convert(*frame.file, ContainerOf(frame.place.path));
+    frame.result = m_work.convert(*frame.file, ContainerOf(frame.place.path));
     frame.file.reset();
     m_bytes += size;
   }
 
   // Files get their names when they are complete, so this guards against what others did to them.
-  bool IsWhole(const Frame& frame) const {
+  bool IsWhole(Frame& frame) const {
+    const PixelFormatInfo& target = *FindPixelFormat(m_options.target);
+    const Container& container = ContainerOf(frame.output);
+    if (container.size != nullptr) {
+      const FrameSize size = SizeOfResult(frame);
+      return fs::file_size(frame.output) ==
+             container.size(target, size.cols, size.rows, m_options.write);
+    }
     try {
-      const Container& container = ContainerOf(frame.output);
-      if (container.read == nullptr && container.readImage == nullptr) {
-        return InputFile(frame.output).size() != 0;
-      }
       InputShape shape;
-      shape.format = FindPixelFormat(m_options.target);
+      shape.format = &target;
       ReadImage(frame.output, shape);
       return true;
     } catch (const Failure&) {
@@ -238,17 +241,27 @@ class Batch {
     }
   }
 
+  FrameSize SizeOfResult(Frame& frame) const {
+    const auto file = [&]() -> const InputFile& {
+      if (frame.file == nullptr) {
+        Open(frame);
+      }
+      return *frame.file;
+    };
+    return m_work.sizeOfResult(file, ContainerOf(frame.place.path));
+  }
+
   void Write(Frame& frame) {
     const Image& image = *frame.result;
     if (m_stream) {
       RequireSameShape(image);
-      WriteImage(image, ContainerOf(m_options.output), *m_stream);
+      WriteImage(image, ContainerOf(m_options.output), *m_stream, m_options.write);
     } else {
       const fs::path folder = fs::path(frame.output).parent_path();
       if (!folder.empty()) {
         fs::create_directories(folder);
       }
-      WriteImage(image, frame.output);
+      WriteImage(image, frame.output, m_options.write);
     }
     frame.ended = true;
     m_progress.Converted(m_bytes.exchange(0) + BytesOf(image));
@@ -314,7 +327,7 @@ class Batch {
   const FrameList& m_frames;
   const FrameLayout& m_layout;
   const BatchOptions& m_options;
-  const FrameConversion& m_convert;
+  const FrameWork& m_work;
   FinishWhenInterrupted m_interrupt;
   Progress m_progress;
   std::optional<OutputPattern> m_pattern;
@@ -329,7 +342,7 @@ class Batch {
 }  // namespace
 
 Tally RunBatch(const std::vector<std::string>& files, const FrameLayout& layout,
-               const BatchOptions& options, const FrameConversion& convert) {
+               const BatchOptions& options, const FrameWork& work) {
   const FrameList frames(files, layout);
   if (OutputPattern::IsPattern(options.output)) {
     if (IsStandardStream(options.output)) {
@@ -342,7 +355,7 @@ Tally RunBatch(const std::vector<std::string>& files, const FrameLayout& layout,
   if (frames.count() == 0U) {
     throw Failure("there is no frame to convert: --skip passes over all of them");
   }
-  const Tally tally = Batch(frames, layout, options, convert).Run();
+  const Tally tally = Batch(frames, layout, options, work).Run();
   if (tally.failed != 0) {
     throw Failure("{} of {} frames failed{}", tally.failed, tally.Ended(),
                   options.failFast ? ", and --fail-fast left out what had not begun" : "");

@@ -25,16 +25,26 @@ struct BatchOptions {
   unsigned jobs = 1;  ///< 1 to kMostJobs
   bool resume = false;
   bool failFast = false;
+  WriteOptions write;
   ProgressForm progress = ProgressForm::None;
 };
 
-/// What is done to a frame that was read.
-using FrameConversion = std::function<Image(const InputFile& file, const Container& container)>;
+struct FrameSize {
+  std::uint32_t cols, rows;
+};
+
+/// What is done to a frame.
+struct FrameWork {
+  std::function<Image(const InputFile& file, const Container& container)> convert;
+  /// The size of what convert() would make; calls `file` only where it depends on it.
+  std::function<FrameSize(const std::function<const InputFile&()>& file, const Container&)>
+      sizeOfResult;
+};
 
 /// Converts the frames that `layout` picks from `files`. Each failure is reported and counted, and
 /// the other frames go on. An interrupt lets the frames that are begun end, and then the process.
 /// Fails when a frame failed; a UsageFailure comes before any frame is touched.
 Tally RunBatch(const std::vector<std::string>& files, const FrameLayout& layout,
-               const BatchOptions& options, const FrameConversion& convert);
+               const BatchOptions& options, const FrameWork& work);
 
 }  // namespace Korvex2::Tool

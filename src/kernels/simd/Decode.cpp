@@ -101,6 +101,29 @@ struct LoadPairs {
 using LoadYuv422 = LoadPairs<4, Split422>;
 using LoadYuv411 = LoadPairs<3, Split411>;
 
+#if KORVEX2_X86
+
+// 4:1:1 alone becomes mono12 by way of 16-bit colours.
+std::size_t Yuv411ToY12(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRICT dst,
+                        std::size_t pixels) {
+  const std::size_t n = hn::Lanes(Tag8());
+  std::size_t done = 0;
+  for (; done + n <= pixels; done += n) {
+    PrefetchAhead<3, 3>(src + done / 2 * 3, dst + done / 2 * 3);
+    Vec8 rgb[3], alpha, high, low;
+    LoadYuv411::Get(src + done / 2 * 3, rgb[0], rgb[1], rgb[2], alpha);
+    WidenedLuma12(rgb, high, low);
+    StorePacked12(high, low, dst + done / 2 * 3);
+  }
+  return done;
+}
+
+#else
+
+constexpr FastKernel Yuv411ToY12 = nullptr;
+
+#endif
+
 FastKernel FindDecode(Routine routine) {
   // clang-format off
   switch (routine) {
@@ -139,6 +162,7 @@ FastKernel FindDecode(Routine routine) {
     case Routine::ConvertYUV411ToBGRU16: return MovePixels<LoadYuv411, StoreBgru16>;
     case Routine::ConvertYUV411ToY8:     return EncodeLuma<LoadYuv411, StoreY8>;
     case Routine::ConvertYUV411ToY16:    return EncodeLuma<LoadYuv411, StoreY16>;
+    case Routine::ConvertYUV411ToY12:    return Yuv411ToY12;
     case Routine::ConvertYUV411ToYUV444: return EncodeColour<LoadYuv411, Yuv444>;
     case Routine::ConvertYUV411ToYUV422: return EncodeColour<LoadYuv411, Yuv422>;
     default: return nullptr;

@@ -2,6 +2,7 @@
 // narrowed.
 
 #include <algorithm>
+#include <cstdint>
 #include <type_traits>
 #include <utility>
 
@@ -9,6 +10,7 @@
 #define HWY_TARGET_INCLUDE "kernels/simd/Moves.cpp"
 #include "hwy/foreach_target.h"
 // After foreach_target.h.
+#include "hwy/cache_control.h"
 #include "kernels/simd/Interleave-inl.h"
 #include "kernels/simd/Simd.h"
 #include "simd/TargetTable.h"
@@ -125,22 +127,42 @@ HWY_INLINE VecOfMove GatherVector(const std::uint8_t* src) {
   return v;
 }
 
-template <Layout From, Layout To>
-std::size_t Move(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRICT dst,
-                 std::size_t pixels) {
+// A destination that no cache will hold until it is read: stores past the caches save reading every
+// line before it is overwritten.
+constexpr std::size_t kStreamFrom = std::size_t{32} << 20;
+
+template <std::size_t Bytes>
+bool ShouldStream(const std::uint8_t* dst, std::size_t pixels) {
+  return pixels >= kStreamFrom / Bytes && reinterpret_cast<std::uintptr_t>(dst) % kVector == 0;
+}
+
+template <Layout From, Layout To, bool Stream>
+std::size_t MoveVectors(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRICT dst,
+                        std::size_t pixels) {
+  const auto put = [](VecOfMove v, std::uint8_t* to) HWY_ATTR {
+    Stream ? hn::Stream(v, TagOfMove(), to) : hn::StoreU(v, TagOfMove(), to);
+  };
   std::size_t done = 0;
   for (; done + kVector <= pixels; done += kVector) {
-    PrefetchAhead<2 * From.pixel(), 2 * To.pixel(), kVector>(src + done * From.pixel(),
-                                                             dst + done * To.pixel());
+    PrefetchAhead<2 * From.pixel(), Stream ? 0 : 2 * To.pixel(), kVector>(src + done * From.pixel(),
+                                                                          dst + done * To.pixel());
     // All loads before all stores: where source and destination lie alike within their pages, a
     // load would wait for a store that it has nothing to do with.
     [&]<std::size_t... Vectors>(std::index_sequence<Vectors...>) HWY_ATTR {
       const VecOfMove vectors[] = {GatherVector<From, To, Vectors>(src + done * From.pixel())...};
-      (hn::StoreU(vectors[Vectors], TagOfMove(), dst + done * To.pixel() + Vectors * kVector), ...);
+      (put(vectors[Vectors], dst + done * To.pixel() + Vectors * kVector), ...);
     }
     (std::make_index_sequence<To.pixel()>());
   }
+  if constexpr (Stream) hwy::FlushStream();
   return done;
+}
+
+template <Layout From, Layout To>
+std::size_t Move(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_RESTRICT dst,
+                 std::size_t pixels) {
+  return ShouldStream<To.pixel()>(dst, pixels) ? MoveVectors<From, To, true>(src, dst, pixels)
+                                               : MoveVectors<From, To, false>(src, dst, pixels);
 }
 
 #else

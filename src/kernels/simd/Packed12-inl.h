@@ -40,12 +40,15 @@ HWY_INLINE void StoreGroups(Vec8 high, Vec8 nibbles, std::uint8_t* p) {
 
 #endif
 
-// Stores the upper 12 bits of the words of two vectors.
-HWY_INLINE void StorePacked12(Vec16 first, Vec16 second, std::uint8_t* p) {
-  const Vec16 pairs = AsWords(LowBytesInOrder(first, second));
+// Stores the upper 12 bits of words that come as their high and their low bytes.
+HWY_INLINE void StorePacked12(Vec8 high, Vec8 low, std::uint8_t* p) {
+  const Vec16 pairs = AsWords(low);
   const Vec16 ofA = hn::And(hn::ShiftRight<4>(pairs), hn::Set(Tag16(), 0x000F));
   const Vec16 ofB = hn::And(hn::ShiftRight<8>(pairs), hn::Set(Tag16(), 0x00F0));
-  StoreGroups(HighBytes(first, second), AsBytes(hn::Or(ofA, ofB)), p);
+  StoreGroups(high, AsBytes(hn::Or(ofA, ofB)), p);
+}
+HWY_INLINE void StorePacked12(Vec16 first, Vec16 second, std::uint8_t* p) {
+  StorePacked12(HighBytes(first, second), LowBytesInOrder(first, second), p);
 }
 
 // Stores bytes as 12-bit samples: the low nibbles are those of the bytes.

@@ -184,20 +184,36 @@ HWY_INLINE Vec8 PackBytes(Vec16 a, Vec16 b) {
   return Vec8{KORVEX2_INTRINSIC(packus_epi16)(a.raw, b.raw)};
 }
 
-// floor(S / 1000) of two vectors of quads. `rest` is zero where S is a multiple of 1000, and only
-// there: with x = floor(S / 8) < 2^15 the product of 2 x and 33555 / 2^16 is x / 125 in 128ths, a
-// little more, so the seven bits of its fraction are zero for multiples of 125 alone.
+// S of two vectors of quads.
+struct SumsOfQuads {
+  Vec16 k, l;
+
+  HWY_INLINE Vec16 Eighth() const { return hn::Add(k, hn::ShiftRight<3>(l)); }
+};
+
 template <Weights Sum, bool BlueFirst>
-HWY_INLINE Vec16 Quotient(Vec8 quads0, Vec8 quads1, Vec16& rest) {
+HWY_INLINE SumsOfQuads SumUp(Vec8 quads0, Vec8 quads1) {
   constexpr Weights kK = Sum.K();
   const Vec8 k = WeightsOfQuads<BlueFirst>(kK);
   const Vec8 l = WeightsOfQuads<BlueFirst>(Sum.L());
   // K alone can be a little below zero.
-  const Vec16 sumK = PackSigned(Dot(quads0, k, kK.offset), Dot(quads1, k, kK.offset));
-  const Vec16 sumL = PackSigned(Dot(quads0, l, 0), Dot(quads1, l, 0));
-  const Vec16 x = hn::Add(sumK, hn::ShiftRight<3>(sumL));
-  const Vec16 in128ths = hn::MulHigh(hn::Add(x, x), hn::Set(Tag16(), 33555));
-  rest = hn::Or(hn::And(in128ths, hn::Set(Tag16(), 127)), hn::And(sumL, hn::Set(Tag16(), 7)));
+  return {PackSigned(Dot(quads0, k, kK.offset), Dot(quads1, k, kK.offset)),
+          PackSigned(Dot(quads0, l, 0), Dot(quads1, l, 0))};
+}
+
+// x / 125 in 128ths, a little more, for x < 2^15: the product of 2 x and 33555 / 2^16. The seven
+// bits of its fraction are zero for multiples of 125 alone.
+HWY_INLINE Vec16 Times128By125(Vec16 x) {
+  return hn::MulHigh(hn::Add(x, x), hn::Set(Tag16(), 33555));
+}
+
+// floor(S / 1000) of two vectors of quads. `rest` is zero where S is a multiple of 1000, and only
+// there.
+template <Weights Sum, bool BlueFirst>
+HWY_INLINE Vec16 Quotient(Vec8 quads0, Vec8 quads1, Vec16& rest) {
+  const SumsOfQuads sums = SumUp<Sum, BlueFirst>(quads0, quads1);
+  const Vec16 in128ths = Times128By125(sums.Eighth());
+  rest = hn::Or(hn::And(in128ths, hn::Set(Tag16(), 127)), hn::And(sums.l, hn::Set(Tag16(), 7)));
   return hn::ShiftRight<7>(in128ths);
 }
 
@@ -288,6 +304,69 @@ template <typename Source>
 HWY_INLINE Vec8 ChromaVOfQuads(const Vec8 (&quads)[4]) {
   Vec16 rest0, rest1;
   return QuotientsOf<kSumV, Source>(quads, rest0, rest1);
+}
+
+// --- Luma of bytes that were widened to 16 bits, v * 257, of which 12 are kept ---
+
+// Greys whose double sum is below 257 v.
+constexpr DropsOfGreys kWidenedDrops =
+    DropsOf([](int r, int g, int b) { return scalar::Luma(257 * r, 257 * g, 257 * b); },
+            [](int v) { return 257 * v; });
+
+// The upper 12 bits of floor(257 S / 1000) are 16 q + low, in words of their own. With
+// S = 1000 q + rest, low = floor((S + 256 rest) / 16000), and 128 divides 256 rest.
+struct WidenedLuma {
+  Vec16 q, low, rest;
+};
+HWY_INLINE WidenedLuma WidenedQuotient(Vec8 quads0, Vec8 quads1) {
+  const SumsOfQuads sums = SumUp<kSumY, false>(quads0, quads1);
+  const Vec16 eighth = sums.Eighth();
+  const Vec16 q = hn::ShiftRight<7>(Times128By125(eighth));
+  // Five shifts and sums in place of the product take longer.
+  auto thousand = hn::Set(Tag16(), 1000).raw;
+  asm("" : "+v"(thousand));
+  const Vec16 s = hn::Add(hn::ShiftLeft<3>(sums.k), sums.l);
+  const Vec16 rest = hn::Sub(s, hn::Mul(q, Vec16{thousand}));
+  const Vec16 of16000 = hn::Add(hn::Add(rest, rest), hn::ShiftRight<4>(eighth));
+  return {q, hn::ShiftRight<7>(Times128By125(of16000)), rest};
+}
+
+// Exact multiples: greys by their table, the few others in doubles.
+inline HWY_NOINLINE void MendWidened(hn::Mask<Tag8> exact, const Vec8 (&rgb)[3], Vec8& high,
+                                     Vec8& low) {
+  const Tag8 d;
+  const auto grey = hn::And(hn::Eq(rgb[0], rgb[1]), hn::Eq(rgb[1], rgb[2]));
+  low = hn::IfThenElse(grey, hn::Sub(rgb[0], Drop(rgb[0], kWidenedDrops)), low);
+  const auto others = hn::AndNot(grey, exact);
+  if (hn::AllFalse(d, others)) return;
+
+  HWY_ALIGN std::uint8_t bytes[5][HWY_MAX_BYTES];
+  const Vec8 vectors[] = {rgb[0], rgb[1], rgb[2], high, low};
+  for (std::size_t k = 0; k < 5; ++k) hn::Store(vectors[k], d, bytes[k]);
+  ForEachLane(d, others, [&](std::size_t i) HWY_ATTR {
+    const std::uint32_t luma =
+        scalar::Luma(257 * bytes[0][i], 257 * bytes[1][i], 257 * bytes[2][i]);
+    bytes[3][i] = static_cast<std::uint8_t>(luma >> 8);
+    bytes[4][i] = static_cast<std::uint8_t>(luma);
+  });
+  high = hn::Load(d, bytes[3]);
+  low = hn::Load(d, bytes[4]);
+}
+
+// Red, green and blue to the high and the low bytes of words of which the upper 12 bits count.
+HWY_INLINE void WidenedLuma12(const Vec8 (&rgb)[3], Vec8& high, Vec8& low) {
+  const Tag8 d;
+  Vec8 quads[4];
+  JoinFour(rgb[0], rgb[1], rgb[2], hn::Zero(d), quads);
+  const WidenedLuma first = WidenedQuotient(quads[0], quads[1]);
+  const WidenedLuma second = WidenedQuotient(quads[2], quads[3]);
+  low = PackBytes(first.low, second.low);
+  const auto carries = hn::Gt(low, hn::Set(d, 15));
+  high = hn::Add(PackBytes(first.q, second.q), hn::IfThenElseZero(carries, hn::Set(d, 1)));
+  low = hn::And(AsBytes(hn::ShiftLeft<4>(AsWords(low))), hn::Set(d, 0xF0));
+  if (HWY_UNLIKELY(!NoneIsExact(first.rest, second.rest))) {
+    MendWidened(hn::Eq(PackBytes(first.rest, second.rest), hn::Zero(d)), rgb, high, low);
+  }
 }
 
 #endif  // KORVEX2_X86

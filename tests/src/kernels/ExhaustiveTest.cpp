@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <vector>
 
+#include "reference/Converter.h"
 #include "reference/Kernels.h"
 #include "support/Comparison.h"
 #include "support/PlainImage.h"
@@ -90,6 +92,35 @@ TEST(Exhaustive, Yuv411OverAllChromasAndSomeLumas) {
     }
   }
   Check("ConvertYUV411ToRGB", source, static_cast<unsigned>(source.size() / 6 * 4));
+}
+
+// A chain that is one kernel on x86.
+TEST(Exhaustive, Yuv411ToY12OverAllTriples) {
+  constexpr unsigned kPixels = 256 * 256;
+  Bytes source(kPixels / 4 * 6);
+  Bytes expected(kPixels / 2 * 3);
+  Bytes actual(expected.size());
+  const Image from = PlainImage(kPixels, source.data(), source.size());
+  Image to = PlainImage(kPixels, actual.data(), actual.size());
+  Reference::Frame fromFrame;
+  fromFrame.rows = 1;
+  fromFrame.cols = kPixels;
+  fromFrame.data = source.data();
+  Reference::Frame toFrame;
+  toFrame.data = expected.data();
+  toFrame.dataSize = static_cast<std::uint32_t>(expected.size());
+  for (unsigned u = 0; u < 256; ++u) {
+    for (unsigned v = 0; v < 256; ++v) {
+      for (unsigned y = 0; y < 256; y += 4) {
+        const unsigned group[] = {u, y, y + 1, v, y + 2, y + 3};
+        std::transform(std::begin(group), std::end(group), &source[(v * 64 + y / 4) * 6],
+                       [](unsigned sample) { return static_cast<std::uint8_t>(sample); });
+      }
+    }
+    ASSERT_EQ(Reference::Converter().Run("ConvertYUV411ToY12", &fromFrame, &toFrame).code, 0);
+    ASSERT_EQ(Probe(true).Call("ConvertYUV411ToY12", &from, &to).GetType(), VORERROR_OK);
+    ASSERT_TRUE(actual == expected) << "U " << u;
+  }
 }
 
 /// All samples in each channel in turn, the others random, then all equal.

@@ -19,6 +19,7 @@
 #include "commands/Commands.h"
 #include "io/Containers.h"
 #include "io/Dump.h"
+#include "io/Y4m.h"
 
 namespace Korvex2::Tool {
 namespace {
@@ -48,6 +49,7 @@ struct Options {
   std::string whiteBalance;
   std::string stretch;
   std::optional<double> gamma;
+  std::string fps;
 
   const std::string& output() const { return more.back(); }
   std::vector<std::string> inputs() const {
@@ -70,7 +72,7 @@ a camera's raw file:
 An output that exists is replaced once the new one is complete. "-" is standard input or output
 without a header, "png:-" one with the file format of that extension.
 
-Y4M for players and encoders: --to yuv444, yuv422, yuv411 or mono8.
+Y4M for players and encoders: --to yuv444, yuv422, yuv411 or mono8; --fps if not 25.
 
 To look at dark or linear frames: --black-level and --scale come before the conversion; --crop,
 --white-balance, --stretch and --gamma after it, in this order whatever theirs is. They change what
@@ -83,7 +85,8 @@ headerless file holds many frames when --frames, --skip, --every, --header-bytes
 is given. A .raw or .y4m output without {} takes all frames one after the other. Folders of outputs
 are made. At most 2 frames for each job are in memory. A frame that fails is named and counted, and
 the others go on; the exit code is then 1. Ctrl-C ends the frames that are begun, a second one ends
-at once. --resume takes a file that is there and can be read as done, whatever it was made from.
+at once. --resume takes a file that is there and whole as done, whatever it was made from: one that
+can be read, and of .raw and .y4m one of the right size.
 
 Examples:
   korvex2 convert photo.png photo.pgm --to mono8
@@ -165,6 +168,16 @@ Look LookOf(const Options& options) {
           ParseStretch(options.stretch), options.gamma};
 }
 
+WriteOptions WriteOptionsOf(const Options& options) {
+  if (options.fps.empty()) {
+    return {};
+  }
+  if (!IsVideo(ContainerOf(options.output()))) {
+    throw UsageFailure("--fps is for video, .y4m, and {} is none", options.output());
+  }
+  return {ParseFrameRate(options.fps)};
+}
+
 // How a frame becomes another one.
 class Conversion {
  public:
@@ -173,7 +186,8 @@ class Conversion {
         target(ParseFormat("--to", options.to).format),
         shape(ShapeOf(options)),
         method(options.method.empty() ? DEFAULT : ParseMethod(options.method)),
-        look(LookOf(options)) {
+        look(LookOf(options)),
+        write(WriteOptionsOf(options)) {
     RequireAdjustable(look, target);
   }
 
@@ -186,6 +200,17 @@ class Conversion {
     const PixelFormat format = FormatBeforeLook(look, source.GetPixelFormat(), target);
     return WithLook(Converted(std::move(source), format, method), look, target);
   }
+  FrameSize SizeOfResult(const std::function<const InputFile&()>& file,
+                         const Container& container) const {
+    if (look.crop) {
+      return {look.crop->width, look.crop->height};
+    }
+    if (IsHeaderless(container) && shape.width && shape.height) {
+      return {*shape.width, *shape.height};
+    }
+    const Image source = Read(file(), container);
+    return {source.GetCols(), source.GetRows()};
+  }
 
  private:
   const Options& m_options;
@@ -195,6 +220,7 @@ class Conversion {
   const InputShape shape;
   const ColorProcessingAlgorithm method;
   const Look look;
+  const WriteOptions write;
 };
 
 void RunOne(const Options& options, const Globals& globals) {
@@ -205,7 +231,7 @@ void RunOne(const Options& options, const Globals& globals) {
   const Container& container = ContainerOf(input);
   Image source = conversion.Read(InputFile(input), container);
   const std::string described = Describe(source);
-  WriteImage(conversion.Convert(std::move(source)), options.output());
+  WriteImage(conversion.Convert(std::move(source)), options.output(), conversion.write);
   if (!IsStandardStream(options.output())) {
     globals.Say("{} ({}) -> {} ({})", input, described, options.output(),
                 NameOf(conversion.target));
@@ -293,10 +319,15 @@ void RunMany(const Options& options, const Globals& globals) {
   batch.resume = options.resume;
   batch.failFast = options.failFast;
   batch.progress = FormOf(options, globals);
-  const Tally tally =
-      RunBatch(files, layout, batch, [&](const InputFile& file, const Container& container) {
+  batch.write = conversion.write;
+  const FrameWork work = {
+      [&](const InputFile& file, const Container& container) {
         return conversion.Convert(conversion.Read(file, container));
-      });
+      },
+      [&](const std::function<const InputFile&()>& file, const Container& container) {
+        return conversion.SizeOfResult(file, container);
+      }};
+  const Tally tally = RunBatch(files, layout, batch, work);
   if (!IsStandardStream(options.output())) {
     globals.Say("{} frames -> {} ({}){}", tally.converted, options.output(),
                 NameOf(conversion.target),
@@ -348,6 +379,9 @@ void AddBatchOptions(CLI::App& command, Options& options) {
       .add_option("--frame-bytes", options.frameBytes,
                   "Bytes from one frame to the next, where more than pixels lie between")
       ->check(CLI::Range(std::uint64_t{1}, kMost));
+  command
+      .add_option("--fps", options.fps, "Frames a second of a .y4m output: 25, 29.97, 30000/1001")
+      ->check(NotEmpty);
   command.add_option("--jobs", options.jobs, "Frames converted at once; all cores if not given")
       ->check(CLI::Range(1U, kMostJobs));
   command.add_flag("--resume", options.resume, "Leave out frames whose output is there and whole");

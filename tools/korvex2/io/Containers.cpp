@@ -33,9 +33,9 @@ constexpr Container kContainers[] = {
     {"PAM", ".pam",       kGrey | kRgb | kRgba, ReadPnm, WritePam,  "grey, RGB and RGBA, 8 and 16 bits"},
     {"TIFF", ".tif .tiff", kGrey | kRgb | kRgba, ReadTiff, WriteTiff, "grey, RGB and RGBA, 8 and 16 bits"},
     {"NPY", ".npy",       kAnything,            nullptr, nullptr,   "an array of NumPy, any format", ReadNpy, WriteNpy},
-    {"Y4M", ".y4m",       kVideo,               nullptr, nullptr,   "write only: video of mono8, yuv411, yuv422, yuv444", nullptr, WriteY4m, true},
+    {"Y4M", ".y4m",       kVideo,               nullptr, nullptr,   "write only: video of mono8, yuv411, yuv422, yuv444", nullptr, WriteY4m, true, Y4mSize},
     {"DNG", ".dng .nef .cr2 .arw", kNothing, ReadRaw, nullptr, "read only: the mosaic of a camera's raw file, raw16"},
-    {"raw", ".raw .bin",  kAnything,            nullptr, nullptr,   "headerless, any format; reading needs --from, --width, --height", nullptr, WriteDump, true},
+    {"raw", ".raw .bin",  kAnything,            nullptr, nullptr,   "headerless, any format; reading needs --from, --width, --height", nullptr, WriteDump, true, SizeOfDump},
     // clang-format on
 };
 
@@ -153,8 +153,12 @@ bool IsHeaderless(const Container& container) {
   return container.channels == kAnything && container.readImage == nullptr;
 }
 
+bool IsVideo(const Container& container) {
+  return container.channels == kVideo;
+}
+
 bool Holds(const Container& container, PixelFormat format) {
-  if (container.channels == kVideo) {
+  if (IsVideo(container)) {
     return FitsY4m(format);
   }
   const unsigned channels = RasterChannels(format);
@@ -172,9 +176,9 @@ void RequireHolds(const std::string& path, PixelFormat format) {
     throw Failure("{} does not fit into {}: {} holds {}; write one of {}, or convert --to {}",
                   NameOf(format), path, container.name, NamesHeldBy(container),
                   ExtensionsThatHold(format),
-                  container.channels == kGrey    ? "mono8"
-                  : container.channels == kVideo ? "yuv444"
-                                                 : "rgb8");
+                  container.channels == kGrey ? "mono8"
+                  : IsVideo(container)        ? "yuv444"
+                                              : "rgb8");
   }
 }
 
@@ -203,16 +207,17 @@ Image ReadImage(const InputFile& file, const Container& container, const InputSh
                     levels, file.path());
 }
 
-void WriteImage(const Image& image, const std::string& path) {
+void WriteImage(const Image& image, const std::string& path, const WriteOptions& options) {
   RequireHolds(path, image.GetPixelFormat());
   OutputFile file(path);
-  WriteImage(image, ContainerOf(path), file);
+  WriteImage(image, ContainerOf(path), file, options);
   file.Commit();
 }
 
-void WriteImage(const Image& image, const Container& container, OutputFile& file) {
+void WriteImage(const Image& image, const Container& container, OutputFile& file,
+                const WriteOptions& options) {
   if (container.writeImage != nullptr) {
-    container.writeImage(image, file);
+    container.writeImage(image, file, options);
   } else {
     container.write(ToRaster(image), file);
   }

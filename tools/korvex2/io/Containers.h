@@ -10,6 +10,7 @@
 #include "Image.h"
 #include "PixelFormats.h"
 #include "io/Raster.h"
+#include "io/WriteOptions.h"
 
 namespace Korvex2::Tool {
 
@@ -24,8 +25,12 @@ struct Container {
   std::string_view description;
   /// Instead of the two above, for files that hold what no Raster can.
   Image (*readImage)(const InputFile&, const PixelFormatInfo* wanted, BayerTileFormat) = nullptr;
-  void (*writeImage)(const Image&, OutputFile&) = nullptr;
+  void (*writeImage)(const Image&, OutputFile&, const WriteOptions&) = nullptr;
   bool appends = false;  ///< takes one frame after the other
+  /// Bytes of a file of one picture, for files that cannot be read back without being told its
+  /// shape.
+  std::uint64_t (*size)(const PixelFormatInfo&, std::uint32_t cols, std::uint32_t rows,
+                        const WriteOptions&) = nullptr;
 };
 
 std::span<const Container> Containers();
@@ -36,6 +41,8 @@ const Container& ContainerOf(const std::string& path);
 
 /// Whether nothing but the command line tells the shape of such a file.
 bool IsHeaderless(const Container& container);
+
+bool IsVideo(const Container& container);
 
 /// Whether a file name has an extension of the table.
 bool HasContainer(const std::string& path);
@@ -59,9 +66,10 @@ Image ReadImage(const std::string& path, const InputShape& shape);
 Image ReadImage(const InputFile& file, const Container& container, const InputShape& shape);
 
 /// Writes the image or fails and leaves what was there.
-void WriteImage(const Image& image, const std::string& path);
+void WriteImage(const Image& image, const std::string& path, const WriteOptions& options = {});
 /// Appends the image to a file that is still to be committed.
-void WriteImage(const Image& image, const Container& container, OutputFile& file);
+void WriteImage(const Image& image, const Container& container, OutputFile& file,
+                const WriteOptions& options = {});
 
 /// A few lines for the help of commands that read and write images.
 std::string ContainerHelp();

@@ -94,10 +94,15 @@ Image ReadDump(const InputFile& file, const PixelFormatInfo& format, std::uint32
   return image;
 }
 
-void WriteDump(const Image& image, OutputFile& file) {
+void WriteDump(const Image& image, OutputFile& file, const WriteOptions& /*options*/) {
   const PixelFormatInfo& format = *FindPixelFormat(image.GetPixelFormat());
-  const std::uint64_t pixels = std::uint64_t{image.GetRows()} * image.GetCols();
-  file.Write(image.GetData(), static_cast<std::size_t>(DumpSize(format, pixels)));
+  const std::uint64_t size = SizeOfDump(format, image.GetCols(), image.GetRows());
+  file.Write(image.GetData(), static_cast<std::size_t>(size));
+}
+
+std::uint64_t SizeOfDump(const PixelFormatInfo& format, std::uint32_t cols, std::uint32_t rows,
+                         const WriteOptions& /*options*/) {
+  return DumpSize(format, std::uint64_t{cols} * rows);
 }
 
 }  // namespace Korvex2::Tool

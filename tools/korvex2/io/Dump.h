@@ -5,6 +5,7 @@
 #include "Image.h"
 #include "PixelFormats.h"
 #include "io/File.h"
+#include "io/WriteOptions.h"
 
 namespace Korvex2::Tool {
 
@@ -17,7 +18,11 @@ std::uint64_t DumpSize(const PixelFormatInfo& format, std::uint64_t pixels);
 Image ReadDump(const InputFile& file, const PixelFormatInfo& format, std::uint32_t width,
                std::uint32_t height, BayerTileFormat tile);
 
-void WriteDump(const Image& image, OutputFile& file);
+void WriteDump(const Image& image, OutputFile& file, const WriteOptions& options = {});
+
+/// Bytes of a file of one frame.
+std::uint64_t SizeOfDump(const PixelFormatInfo& format, std::uint32_t cols, std::uint32_t rows,
+                         const WriteOptions& options = {});
 
 /// Which common frame sizes a file of `size` bytes has in the format: ", as 640 x 480 would be",
 /// or nothing.

@@ -199,7 +199,7 @@ Image ReadNpy(const InputFile& file, const PixelFormatInfo* wanted, BayerTileFor
   return image;
 }
 
-void WriteNpy(const Image& image, OutputFile& file) {
+void WriteNpy(const Image& image, OutputFile& file, const WriteOptions& /*options*/) {
   const PixelFormatInfo& format = *FindPixelFormat(image.GetPixelFormat());
   const Elements& elements = ElementsOf(format.format);
   if (elements.channels == 0 && image.GetCols() % format.pixelsPerGroup != 0) {

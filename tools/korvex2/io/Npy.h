@@ -5,6 +5,7 @@
 #include "Image.h"
 #include "PixelFormats.h"
 #include "io/File.h"
+#include "io/WriteOptions.h"
 
 namespace Korvex2::Tool {
 
@@ -16,6 +17,6 @@ Image ReadNpy(const InputFile& file, const PixelFormatInfo* wanted, BayerTileFor
 
 /// The shapes that ReadNpy takes, channels in the order of the format. A Failure where a group of
 /// pixels goes on in the next row.
-void WriteNpy(const Image& image, OutputFile& file);
+void WriteNpy(const Image& image, OutputFile& file, const WriteOptions& options = {});
 
 }  // namespace Korvex2::Tool
