@@ -254,7 +254,8 @@ std::vector<Seed> Seeds() {
       "completions\nfish\nbash",
       "man",
       "convert\nin.npy\nout.npy\n--from\nrgb8\n--to\nbgru16\n--json-progress",
-      "convert\nin*.p?m\nin.npy\n{index}.y4m\n--to\nyuv422\n--json-progress\n--fail-fast\n--jobs\n16",
+      "convert\nin*.p?m\nin.npy\n{index}.y4m\n--to\nyuv422\n--json-progress\n--fail-fast\n--"
+      "jobs\n16",
       "bench\n--size\n16x12\n--from\nrgb8\n--to\nmono8\n--json",
       "bench\n--size\n4294967295x4294967295\n--cpu\nplain",
   };
