@@ -9,9 +9,16 @@ namespace Korvex2::Fuzz {
 
 /// One of each reader, two where a reader looks at the name; a case picks by number.
 inline constexpr std::string_view kExtensions[] = {".png", ".pnm", ".pam", ".tif",
-                                                   ".dng", ".nef", ".raw"};
+                                                   ".dng", ".nef", ".raw", ".npy"};
 
-enum Said : std::uint8_t { kSaysFormat = 1, kSaysWidth = 2, kSaysHeight = 4, kSaysTile = 8 };
+enum Said : std::uint8_t {
+  kSaysFormat = 1,
+  kSaysWidth = 2,
+  kSaysHeight = 4,
+  kSaysTile = 8,
+  kSaysBlack = 16,
+  kSaysScale = 32
+};
 
 struct ReaderHeader {
   std::uint32_t width;
@@ -21,7 +28,8 @@ struct ReaderHeader {
   std::uint8_t format;
   std::uint8_t tile;
   std::uint8_t damagedChecksums;
-  std::uint8_t unused[3];
+  std::uint8_t unused;
+  std::uint16_t level;  ///< of black and scale, 0: that of the file
 };
 
 }  // namespace Korvex2::Fuzz

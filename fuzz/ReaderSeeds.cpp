@@ -54,22 +54,35 @@ Seed Case(const std::string& name, std::string_view extension, const Bytes& file
 // --- What the tool writes itself.
 // -----------------------------------------------------------------
 
+// An array's rows are whole groups of pixels.
+Image Written(std::string_view extension, const PixelFormatInfo& format) {
+  Image image = NewImage(extension == ".npy" ? 12 : kWidth, kHeight, format, NONE);
+  for (std::size_t i = 0; i < image.GetDataSize(); ++i) image.GetData()[i] = Sample(i);
+  return image;
+}
+
 void AddWritten(std::vector<Seed>& seeds, const Folder& folder) {
-  constexpr std::string_view kWritten[] = {".png", ".pnm", ".pam", ".raw"};
+  constexpr std::string_view kWritten[] = {".png", ".pnm", ".pam", ".tif", ".raw", ".npy"};
   std::uint8_t number = 0;
   for (const PixelFormatInfo& format : PixelFormats()) {
-    Image image = NewImage(kWidth, kHeight, format, NONE);
-    for (std::size_t i = 0; i < image.GetDataSize(); ++i) image.GetData()[i] = Sample(i);
     for (const std::string_view extension : kWritten) {
       const std::string name = "written" + std::string(extension);
       if (!Holds(ContainerOf(name), format.format)) continue;
-      WriteImage(image, folder.Path(name));
-      ReaderHeader header = {kWidth, kHeight, 0, 0, number, 1, 0, {}};
+      if (extension == ".npy" && !format.convertible) continue;
+      WriteImage(Written(extension, format), folder.Path(name));
+      ReaderHeader header = {kWidth, kHeight, 0, 0, number, 1, 0, 0, 0};
+      if (extension == ".npy") header.said = kSaysFormat;
       if (extension == ".raw") header.said = kSaysFormat | kSaysWidth | kSaysHeight | kSaysTile;
       seeds.push_back(Case(std::string(format.name), extension, folder.Read(name), header));
     }
     ++number;
   }
+}
+
+// With nothing said of them they are guessed.
+void AddUnknown(std::vector<Seed>& seeds) {
+  seeds.push_back(Case("unknown", ".raw", Samples(32 * 24)));
+  seeds.push_back(Case("nothing", ".raw", {}));
 }
 
 void AddText(std::vector<Seed>& seeds) {
@@ -290,8 +303,12 @@ void AddRaw(std::vector<Seed>& seeds, const Folder& folder) {
     Bytes file =
         TiffOf(mosaic, kMosaic, folder, [&camera](TIFF* tiff) { DescribeMosaic(tiff, camera); });
     if (compression[0] != 1) SetCompression(file, compression);
-    seeds.push_back(
-        Case(fmt::format("mosaic-{}-{}", seeds.size(), camera.model), camera.extension, file));
+    for (const int said : {0, kSaysBlack | kSaysScale}) {
+      ReaderHeader header = {};
+      header.said = static_cast<std::uint8_t>(said);
+      seeds.push_back(Case(fmt::format("mosaic-{}-{}", seeds.size(), camera.model),
+                           camera.extension, file, header));
+    }
   };
   for (const Camera& camera : kCameras) {
     add("wb", camera, kCompressions[0]);
@@ -306,6 +323,7 @@ std::vector<Seed> Seeds() {
   TIFFSetWarningHandler(nullptr);
   std::vector<Seed> seeds;
   AddWritten(seeds, folder);
+  AddUnknown(seeds);
   AddText(seeds);
   AddPng(seeds);
   AddTiff(seeds, folder);

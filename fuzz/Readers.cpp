@@ -12,9 +12,11 @@
 #include "Failure.h"
 #include "Folder.h"
 #include "Fuzz.h"
+#include "Guess.h"
 #include "LimitedMemory.h"
 #include "ReaderCase.h"
 #include "io/Containers.h"
+#include "io/Dump.h"
 
 namespace Korvex2::Fuzz {
 namespace {
@@ -74,6 +76,9 @@ InputShape ShapeOf(const ReaderHeader& h) {
   if ((h.said & kSaysWidth) != 0) shape.width = std::max(h.width, 1U);
   if ((h.said & kSaysHeight) != 0) shape.height = std::max(h.height, 1U);
   if ((h.said & kSaysTile) != 0) shape.tile = Pick(kTiles, h.tile);
+  const Level level = {h.level == 0 ? std::nullopt : std::optional<std::uint32_t>(h.level)};
+  if ((h.said & kSaysBlack) != 0) shape.levels.black = level;
+  if ((h.said & kSaysScale) != 0) shape.levels.white = level;
   return shape;
 }
 
@@ -105,15 +110,35 @@ void RequireComesBack(const Image& image, const std::string& path) {
   if (!Same(image, ReadImage(path, shape))) Fail(path + " does not hold the picture written");
 }
 
+// An array holds rows of whole groups of pixels.
+bool IsArray(const Image& image, const PixelFormatInfo& format) {
+  return format.convertible && image.GetCols() % format.pixelsPerGroup == 0;
+}
+
 void Check(const Image& image, const Folder& folder) {
   if (image.GetData() == nullptr || image.GetRows() == 0 || image.GetCols() == 0) {
     Fail("an image without pixels");
   }
   constexpr std::uint64_t kSmall = 4096;
   if (std::uint64_t{image.GetRows()} * image.GetCols() > kSmall) return;
-  for (const std::string_view name : {"out.png", "out.pam", "out.raw"}) {
+  const PixelFormatInfo& format = *FindPixelFormat(image.GetPixelFormat());
+  for (const std::string_view name : {"out.png", "out.pam", "out.tif", "out.raw", "out.npy"}) {
     const std::string path = folder.Path(name);
-    if (Holds(ContainerOf(path), image.GetPixelFormat())) RequireComesBack(image, path);
+    if (name == "out.npy" && !IsArray(image, format)) continue;
+    if (Holds(ContainerOf(path), format.format)) RequireComesBack(image, path);
+  }
+}
+
+// What a file without a header may be has the size of the file, its last group completed or not.
+void RequireGuessesFit(const Bytes& bytes, const InputShape& shape) {
+  Tool::Bytes file(bytes.size());
+  std::copy(bytes.begin(), bytes.end(), file.data.get());
+  for (const Reading& reading : Guess(file, {shape.format, shape.width, shape.height})) {
+    const std::uint64_t pixels = std::uint64_t{reading.width} * reading.height;
+    if (PackedSize(*reading.format, pixels) != file.size &&
+        DumpSize(*reading.format, pixels) != file.size) {
+      Fail("a guess of another size");
+    }
   }
 }
 
@@ -124,8 +149,11 @@ void Run(const Case<ReaderHeader>& c) {
   Bytes bytes(c.rest.begin(), c.rest.end());
   if (extension == ".png" && c.header.damagedChecksums % 2 == 0) RepairPngChecksums(bytes);
   file.Set(bytes);
-  if (const auto image = Read(folder.Path("in" + std::string(extension)), ShapeOf(c.header))) {
+  const InputShape shape = ShapeOf(c.header);
+  if (const auto image = Read(folder.Path("in" + std::string(extension)), shape)) {
     Check(*image, folder);
+  } else if (extension == ".raw") {
+    RequireGuessesFit(bytes, shape);
   }
 }
 

@@ -35,7 +35,7 @@ KORVEX2_API const PixelFormatInfo* FindPixelFormat(PixelFormat format) noexcept;
 /// The row with this name, enumerator or alias; case is ignored. Null when there is none.
 KORVEX2_API const PixelFormatInfo* FindPixelFormat(std::string_view name) noexcept;
 
-/// Bytes that `pixels` tightly packed pixels fill, the last one begun counted whole.
+/// Bytes of `pixels` tightly packed pixels, a begun one counted whole; at most 2^64 - 1.
 KORVEX2_API std::uint64_t PackedSize(const PixelFormatInfo& format, std::uint64_t pixels) noexcept;
 
 /// Bytes of `pixels` tightly packed pixels with the last group whole: what a frame keeps. An odd

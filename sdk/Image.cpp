@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
-#include <memory>
 #include <new>
 #include <utility>
 
@@ -32,11 +31,11 @@ constexpr std::align_val_t kAlignment{64};
 void AskForHugePages([[maybe_unused]] void* buffer, [[maybe_unused]] std::size_t size) noexcept {
 #ifdef MADV_HUGEPAGE
   constexpr std::size_t kHugePage = std::size_t{2} << 20;
-  void* inside = buffer;
-  std::size_t left = size;
-  if (size >= 2 * kHugePage && std::align(kHugePage, kHugePage, inside, left) != nullptr) {
-    (void)madvise(inside, left / kHugePage * kHugePage, MADV_HUGEPAGE);
-  }
+  if (size < 2 * kHugePage) return;
+  const std::size_t past = reinterpret_cast<std::uintptr_t>(buffer) % kHugePage;
+  const std::size_t before = past == 0 ? 0 : kHugePage - past;
+  (void)madvise(static_cast<char*>(buffer) + before, (size - before) / kHugePage * kHugePage,
+                MADV_HUGEPAGE);
 #endif
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 
 #include "SameName.h"
 
@@ -62,8 +63,11 @@ bool ListsName(std::string_view list, std::string_view name) {
   return false;
 }
 
+// Sizes that 64 bits do not hold are this one, so that none wraps around to a small one.
+constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
+
 constexpr std::uint64_t RoundUp(std::uint64_t value, std::uint64_t step) {
-  return (value + step - 1) / step * step;
+  return value > kMost - step ? kMost : (value + step - 1) / step * step;
 }
 
 }  // namespace
@@ -88,11 +92,13 @@ const PixelFormatInfo* FindPixelFormat(std::string_view name) noexcept {
 }
 
 std::uint64_t PackedSize(const PixelFormatInfo& format, std::uint64_t pixels) noexcept {
-  return (pixels * format.bitsPerPixel + 7) / 8;
+  return pixels > (kMost - 7) / format.bitsPerPixel ? kMost
+                                                    : (pixels * format.bitsPerPixel + 7) / 8;
 }
 
 std::uint64_t GroupedSize(const PixelFormatInfo& format, std::uint64_t pixels) noexcept {
-  return RoundUp(pixels, format.pixelsPerGroup) / format.pixelsPerGroup * format.bytesPerGroup;
+  const std::uint64_t groups = RoundUp(pixels, format.pixelsPerGroup) / format.pixelsPerGroup;
+  return groups > kMost / format.bytesPerGroup ? kMost : groups * format.bytesPerGroup;
 }
 
 std::uint64_t ReachedSize(const PixelFormatInfo& format, std::uint64_t pixels) noexcept {

@@ -5,9 +5,12 @@
 #include <algorithm>
 
 #include "TestPictures.h"
+#include "support/Walk.h"
 
 namespace Korvex2::Bayer {
 namespace {
+
+using Test::Walk;
 
 constexpr int kRed = 0;
 constexpr int kGreen = 1;
@@ -20,11 +23,13 @@ std::size_t channelAt(BayerPattern pattern, int y, int x) {
 class EachMethod : public testing::TestWithParam<BayerMethod> {};
 
 TEST_P(EachMethod, ConstantsStayConstant) {
+  Walk walk;
   for (const auto& [rows, cols] : {std::pair{2, 2}, {2, 40}, {40, 2}, {18, 70}}) {
     for (const int value : {0, 1, 2, 127, 128, 254, 255, 4095, 65534, 65535}) {
       Mosaic mosaic(rows, cols);
       std::ranges::fill(mosaic.samples, static_cast<std::uint16_t>(value));
       for (const BayerPattern pattern : kAllPatterns) {
+        if (!walk.Takes()) continue;
         Call call{.method = GetParam(), .pattern = pattern};
         const auto expect = [&](int channel) {
           const auto same = static_cast<std::uint16_t>(channel);

@@ -66,6 +66,19 @@ TEST(PixelFormats, PackedSizeIsTheBytesBegunAndReachedSizeTheGroupsBegun) {
   EXPECT_EQ(PackedSize(bgru16, 0xFFFFFFFFU), 8ULL * 0xFFFFFFFFU);
 }
 
+TEST(PixelFormats, SizesOfMoreThan64BitsAreTheLargest) {
+  constexpr std::uint64_t kMost = 0xFFFFFFFFFFFFFFFFU;
+  constexpr std::uint64_t kPixels = std::uint64_t{1} << 61;  // 2^64 bytes of bgru16
+  const PixelFormatInfo& bgru16 = *FindPixelFormat(PIXEL_FORMAT_BGRU16);
+  EXPECT_EQ(PackedSize(bgru16, kPixels), kMost);
+  EXPECT_EQ(GroupedSize(bgru16, kPixels), kMost);
+  EXPECT_EQ(ReachedSize(bgru16, kPixels), kMost);
+  for (const PixelFormatInfo& format : PixelFormats()) {
+    EXPECT_GE(GroupedSize(format, kMost), kMost / 2) << format.name;
+    EXPECT_EQ(ReachedSize(format, kMost), kMost) << format.name;
+  }
+}
+
 TEST(PixelFormats, AreFoundByNameEnumeratorAndAliasInAnyCase) {
   std::set<std::string> taken;
   for (const PixelFormatInfo& info : PixelFormats()) {

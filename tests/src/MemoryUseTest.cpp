@@ -15,6 +15,7 @@
 #include "support/Comparison.h"
 #include "support/HeapWatch.h"
 #include "support/PaintedStack.h"
+#include "support/Walk.h"
 #include "vorbayer.h"
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -191,11 +192,13 @@ std::size_t PeakOfEngine(BayerMethod method, int rows, int cols, int sampleBytes
 }
 
 TEST(MemoryUse, TheEngineStaysWithinItsBoundWhateverTheSize) {
+  Walk walk;
   for (const EngineBound& bound : kEngineBounds) {
     std::size_t most8 = 0;
     std::size_t most16 = 0;
     for (const Size& size : {Size{2, 2}, Size{2, 100000}, Size{8, 8192}, Size{8, 8194},
                              Size{1500, 256}, Size{600, 520}, Size{130, 1984}}) {
+      if (!walk.Takes()) continue;
       const auto rows = static_cast<int>(size.rows);
       const auto cols = static_cast<int>(size.cols);
       most8 = std::max(most8, PeakOfEngine(bound.method, rows, cols, 1));

@@ -16,6 +16,7 @@
 #include "support/Comparison.h"
 #include "support/HeapWatch.h"
 #include "support/PaintedStack.h"
+#include "support/Walk.h"
 
 namespace Korvex2::Test {
 namespace {
@@ -206,10 +207,12 @@ TEST_P(OldMemory, ShowsInNoDestination) {
 
 TEST_P(OldMemory, ShowsInNoDestinationForAnyTileAndMethod) {
   if (!Reference::IsRaw(GetParam())) return;
+  Walk walk;
   for (const Size& size : {Size{6, 10}, Size{5, 7}}) {
     for (int tile = 0; tile <= 5; ++tile) {
       for (int method = 1; method <= 9; ++method) {
         for (const Destination destination : kDestinations) {
+          if (!walk.Takes()) continue;
           ExpectAllTargets({.from = GetParam(),
                             .rows = size.rows,
                             .cols = size.cols,

@@ -11,6 +11,7 @@
 #include "reference/Kernels.h"
 #include "support/Comparison.h"
 #include "support/PlainImage.h"
+#include "support/Walk.h"
 
 namespace Korvex2::Test {
 namespace {
@@ -27,9 +28,12 @@ Memory Allot(std::size_t size) {
   return Memory(static_cast<std::uint8_t*>(::operator new(size, kLine)));
 }
 
-std::vector<const char*> AllKernels() {
+std::vector<const char*> KernelNames() {
+  Walk walk;
   std::vector<const char*> names;
-  for (const Reference::KernelRow& kernel : Reference::Kernels()) names.push_back(kernel.name);
+  for (const Reference::KernelRow& kernel : Reference::Kernels()) {
+    if (walk.Takes()) names.push_back(kernel.name);
+  }
   return names;
 }
 
@@ -49,7 +53,7 @@ TEST_P(LongRuns, EqualThePlainLoopsWhereverTheyLie) {
 
   const Image from = PlainImage(pixels, source.get(), read);
   const Memory memory = Allot(written + 2);
-  for (const std::size_t offset : {0, 1}) {
+  for (const std::size_t offset : {std::size_t{0}, std::size_t{1}}) {
     std::uint8_t* const destination = memory.get() + offset;
     std::memset(memory.get(), 0xEE, written + 2);
     Image to = PlainImage(pixels, destination, written);
@@ -59,7 +63,7 @@ TEST_P(LongRuns, EqualThePlainLoopsWhereverTheyLie) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Kernels, LongRuns, testing::ValuesIn(AllKernels()),
+INSTANTIATE_TEST_SUITE_P(Kernels, LongRuns, testing::ValuesIn(KernelNames()),
                          [](const auto& info) { return std::string(info.param); });
 
 }  // namespace

@@ -36,13 +36,12 @@ TEST(YuvEncode, GreyLosesOneExactlyWhereRgbToY8Does) {
   EXPECT_EQ(Encoded(128, 128, 128)[1], 127);
 }
 
-/// A pixel whose U has the wanted value.
+/// A pixel whose U has the wanted value: from blue to yellow it falls by one a step.
 Bytes WithU(std::uint8_t u) {
-  for (unsigned b = 0; b < 256; ++b) {
-    for (unsigned r = 0; r < 256; ++r) {
-      const Bytes pixel{static_cast<std::uint8_t>(r), 40, static_cast<std::uint8_t>(b)};
-      if (Encoded(pixel[0], pixel[1], pixel[2])[0] == u) return pixel;
-    }
+  for (unsigned step = 0; step < 256; ++step) {
+    const auto yellow = static_cast<std::uint8_t>(step);
+    const auto blue = static_cast<std::uint8_t>(255 - step);
+    if (Encoded(yellow, yellow, blue)[0] == u) return {yellow, yellow, blue};
   }
   ADD_FAILURE() << "no pixel has U " << unsigned{u};
   return {0, 0, 0};
@@ -56,20 +55,9 @@ TEST(YuvEncode, ChromaOfTwoPixelsIsTheFloorOfTheirMean) {
 }
 
 TEST(YuvEncode, ChromaOfFourPixelsIsTheFloorOfTheirMean) {
-  // U = 10, 10, 10, 11
-  const auto pixelWithU = [](std::uint8_t u) {
-    for (unsigned g = 0; g < 256; ++g) {
-      for (unsigned r = 0; r < 256; ++r) {
-        const Bytes pixel{static_cast<std::uint8_t>(r), static_cast<std::uint8_t>(g), 0};
-        if (Encoded(pixel[0], pixel[1], pixel[2])[0] == u) return pixel;
-      }
-    }
-    return Bytes{};
-  };
   Bytes source;
   for (const std::uint8_t u : Bytes{10, 10, 10, 11}) {
-    const Bytes pixel = pixelWithU(u);
-    ASSERT_EQ(pixel.size(), 3U);
+    const Bytes pixel = WithU(u);
     source.insert(source.end(), pixel.begin(), pixel.end());
   }
   EXPECT_EQ(Converted("ConvertRGBToYUV411", source, 4, 6)[0], 10);
