@@ -294,7 +294,7 @@ Reference::Converter OracleOf(const Plan& plan) {
   Reference::Converter oracle;
   oracle.littleEndian = plan.littleEndian;
   oracle.defaultMethod = plan.defaultMethod;
-  oracle.engine = RealEngine;
+  oracle.engine = OracleEngine;
   return oracle;
 }
 

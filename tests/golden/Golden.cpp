@@ -87,7 +87,7 @@ std::string DigestOf(const Reference::Outcome& outcome, const Reference::Frame& 
 std::string ByTheReference(const Image& source, Reference::Format target) {
   Reference::Converter reference;
   reference.littleEndian = kLittleEndian;
-  reference.engine = RealEngine;
+  reference.engine = OracleEngine;
   const Reference::Frame from = FrameOf(source);
   Reference::Frame to;
   const Reference::Outcome outcome = reference.Convert(&from, target, &to);
@@ -159,13 +159,13 @@ constexpr Method kMethods[] = {
 };
 
 std::string DigestOf(const Mosaic& mosaic, BayerPixelFormat input, const ColourFormat& output,
-                     BayerMethod method, BayerPattern pattern) {
+                     BayerMethod method, BayerPattern pattern, Reference::Engine engine) {
   const auto pixels = static_cast<std::size_t>(mosaic.rows) * static_cast<std::size_t>(mosaic.cols);
   std::vector<std::uint8_t> samples(pixels * (input == BAYER_PIXEL_FORMAT_RAW16 ? 2 : 1));
   Fill(samples.data(), samples.size(), mosaic.content, static_cast<std::uint32_t>(mosaic.cols));
   std::vector<std::uint8_t> picture(pixels * output.channels * (output.words ? 2 : 1));
-  const BayerError error = bayerToColor(input, samples.data(), mosaic.rows, mosaic.cols,
-                                        output.value, picture.data(), method, pattern);
+  const int error = engine(input, samples.data(), mosaic.rows, mosaic.cols, output.value,
+                           picture.data(), method, pattern);
   if (output.words && !kLittleEndian) {
     for (std::size_t i = 0; i < picture.size(); i += 2) std::swap(picture[i], picture[i + 1]);
   }
@@ -173,6 +173,25 @@ std::string DigestOf(const Mosaic& mosaic, BayerPixelFormat input, const ColourF
   digest.Add(static_cast<std::uint32_t>(error));
   digest.Add(picture.data(), picture.size());
   return digest.Text();
+}
+
+Table Demosaicing(Reference::Engine engine) {
+  Table table;
+  for (const Method& method : kMethods) {
+    for (const BayerPixelFormat input : {BAYER_PIXEL_FORMAT_RAW8, BAYER_PIXEL_FORMAT_RAW16}) {
+      for (const ColourFormat& output : kColourFormats) {
+        std::string line = Label("%-27s %-5s %-6s", method.name,
+                                 input == BAYER_PIXEL_FORMAT_RAW8 ? "RAW8" : "RAW16", output.name);
+        std::size_t tile = table.size();
+        for (const Mosaic& mosaic : kMosaics) {
+          line += ' ' + DigestOf(mosaic, input, output, method.value,
+                                 static_cast<BayerPattern>(tile++ % 4), engine);
+        }
+        table.push_back(line);
+      }
+    }
+  }
+  return table;
 }
 
 }  // namespace
@@ -185,23 +204,12 @@ Table ConversionsByTheConverter() {
   return Conversions(ByTheConverter);
 }
 
-Table Demosaicing() {
-  Table table;
-  for (const Method& method : kMethods) {
-    for (const BayerPixelFormat input : {BAYER_PIXEL_FORMAT_RAW8, BAYER_PIXEL_FORMAT_RAW16}) {
-      for (const ColourFormat& output : kColourFormats) {
-        std::string line = Label("%-27s %-5s %-6s", method.name,
-                                 input == BAYER_PIXEL_FORMAT_RAW8 ? "RAW8" : "RAW16", output.name);
-        std::size_t tile = table.size();
-        for (const Mosaic& mosaic : kMosaics) {
-          line += ' ' + DigestOf(mosaic, input, output, method.value,
-                                 static_cast<BayerPattern>(tile++ % 4));
-        }
-        table.push_back(line);
-      }
-    }
-  }
-  return table;
+Table DemosaicingByTheReference() {
+  return Demosaicing(OracleEngine);
+}
+
+Table DemosaicingByTheEngine() {
+  return Demosaicing(RealEngine);
 }
 
 std::string ConversionsFile() {
