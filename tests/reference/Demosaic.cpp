@@ -173,7 +173,7 @@ int DemosaicByDefinition(int inputFormat, const std::uint8_t* input, int rows, i
                          int outputFormat, std::uint8_t* output, int method, int pattern) {
   if (!DefinesMethod(method)) return kFailed;
   const Answer answer = AnswerTo(inputFormat, input, rows, cols, outputFormat, output, pattern);
-  if (answer != kOk) return answer;
+  if (answer != kOk || rows == 0 || cols == 0) return answer;
 
   // The work is done in 8 bits between 8 and 8 bits, else in 16.
   const Layout& layout = kLayouts[outputFormat];
