@@ -1,10 +1,12 @@
 #include "golden/Golden.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdio>
 #include <fstream>
 #include <stdexcept>
 
+#include "reference/Demosaic.h"
 #include "support/Comparison.h"
 #include "vorbayer.h"
 
@@ -149,6 +151,7 @@ struct Method {
   const char* name;
 };
 
+// Those that the reference defines come first.
 constexpr Method kMethods[] = {
     {BAYER_METHOD_NEAREST_NEIGHBOR, "NEAREST_NEIGHBOR"},
     {BAYER_METHOD_EDGE_SENSING, "EDGE_SENSING"},
@@ -175,9 +178,9 @@ std::string DigestOf(const Mosaic& mosaic, BayerPixelFormat input, const ColourF
   return digest.Text();
 }
 
-Table Demosaicing(Reference::Engine engine) {
+Table Demosaicing(Reference::Engine engine, std::span<const Method> methods) {
   Table table;
-  for (const Method& method : kMethods) {
+  for (const Method& method : methods) {
     for (const BayerPixelFormat input : {BAYER_PIXEL_FORMAT_RAW8, BAYER_PIXEL_FORMAT_RAW16}) {
       for (const ColourFormat& output : kColourFormats) {
         std::string line = Label("%-27s %-5s %-6s", method.name,
@@ -205,11 +208,13 @@ Table ConversionsByTheConverter() {
 }
 
 Table DemosaicingByTheReference() {
-  return Demosaicing(OracleEngine);
+  const auto* const rest =
+      std::ranges::find_if_not(kMethods, Reference::DefinesMethod, &Method::value);
+  return Demosaicing(Reference::DemosaicByDefinition, {std::begin(kMethods), rest});
 }
 
 Table DemosaicingByTheEngine() {
-  return Demosaicing(RealEngine);
+  return Demosaicing(RealEngine, kMethods);
 }
 
 std::string ConversionsFile() {

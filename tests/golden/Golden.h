@@ -20,7 +20,7 @@ Table ConversionsByTheConverter();
 
 /// Every method, mosaic format and colour format, the tiles in turn. 16-bit samples count low byte
 /// first, so the table is the same on every machine. By the definitions of tests/reference, which
-/// leave the methods in floats to the engine, or by the engine.
+/// end before the methods in floats, or by the engine.
 Table DemosaicingByTheReference();
 Table DemosaicingByTheEngine();
 
