@@ -1,11 +1,12 @@
-// The command line: any arguments end in one of the exit codes, a failure in one line that says
-// what was wrong and in a folder as it was before.
+// The command line: any arguments, with anything on standard input, end in one of the exit codes, a
+// failure in one line that says what was wrong and in a folder as it was before.
 
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <climits>
 #include <cstdio>
 #include <map>
 
@@ -48,7 +49,7 @@ constexpr std::string_view kWords[] = {
 };
 static_assert(kFirstWord + std::size(kWords) <= 256);
 
-// Arguments stand in lines. None of them leads out of the folder.
+// Arguments stand in lines, up to the first zero byte. None of them leads out of the folder.
 std::vector<std::string> ArgumentsOf(std::span<const std::uint8_t> bytes) {
   std::vector<std::string> arguments = {"korvex2", ""};
   for (const std::uint8_t byte : bytes) {
@@ -57,11 +58,23 @@ std::vector<std::string> ArgumentsOf(std::span<const std::uint8_t> bytes) {
       arguments.emplace_back();
     } else if (byte >= kFirstWord && byte - kFirstWord < std::size(kWords)) {
       arguments.back() += kWords[byte - kFirstWord];
-    } else if (byte != '\0') {
+    } else {
       arguments.back() += byte == '/' ? '_' : static_cast<char>(byte);
     }
   }
   return arguments;
+}
+
+// Puts bytes, as many as go through a pipe at once, on the standard input of the process.
+void PutOnStandardInput(std::span<const std::uint8_t> bytes) {
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC) != 0) Fail("cannot make a pipe");
+  const std::size_t size = std::min<std::size_t>(bytes.size(), PIPE_BUF);
+  if (write(ends[1], bytes.data(), size) != static_cast<ssize_t>(size)) Fail("a full pipe");
+  close(ends[1]);
+  dup2(ends[0], STDIN_FILENO);
+  close(ends[0]);
+  std::clearerr(stdin);
 }
 
 // What the process writes to a file descriptor while one lives.
@@ -106,9 +119,7 @@ class Workplace {
     m_folder.Write("in.tif", Bytes{'I', 'I', '*', 0});
     m_folder.Write("in.dng", Bytes{'M', 'M', 0, '*'});
     for (const std::string& name : m_folder.Names()) m_files[name] = m_folder.Read(name);
-    const int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
-    dup2(nothing, STDIN_FILENO);  // for "-"
-    close(nothing);
+    std::setvbuf(stdin, nullptr, _IONBF, 0);  // so that nothing is left to the next case
   }
 
   const std::string& path() const { return m_folder.path(); }
@@ -171,7 +182,9 @@ std::size_t Failures(const std::string& said, const std::string& called) {
 
 void Run(std::span<const std::uint8_t> bytes) {
   static const Workplace workplace;
-  std::vector<std::string> arguments = ArgumentsOf(bytes);
+  const auto end = std::find(bytes.begin(), bytes.end(), 0);
+  std::vector<std::string> arguments = ArgumentsOf({bytes.begin(), end});
+  PutOnStandardInput({end == bytes.end() ? end : end + 1, bytes.end()});
   std::vector<char*> argv;
   std::string called;
   for (std::string& argument : arguments) {
@@ -206,6 +219,11 @@ void Run(std::span<const std::uint8_t> bytes) {
   }
   if (!untouched) workplace.Restore();
 }
+
+struct Piped {
+  std::string_view line;
+  std::string_view input;
+};
 
 }  // namespace
 
@@ -262,6 +280,27 @@ std::vector<Seed> Seeds() {
   std::vector<Seed> seeds;
   for (const std::string_view line : kLines) {
     seeds.push_back({"line-" + std::to_string(seeds.size()), Bytes(line.begin(), line.end())});
+  }
+  constexpr Piped kPiped[] = {
+      {"convert\n-\nout.png\n--from\nmono8\n--width\n4\n--height\n3\n--to\nrgb8", "twelve bytes"},
+      {"convert\n-\n-\n--from\nraw8\n--tile\nrggb\n--width\n4\n--height\n2\n--to\nbgr",
+       "8 bytes."},
+      {"convert\n-\n{index}.pgm\n--from\nmono8\n--width\n2\n--height\n2\n--to\nmono8\n--frames\n2",
+       "two 2x2."},
+      {"convert\n-\ny4m:-\n--from\nyuv444\n--width\n1\n--height\n1\n--to\nyuv444\n--skip\n1",
+       "UYVUYVUYV"},
+      {"convert\npnm:-\nout.tif\n--to\nrgb8", "P5 2 2 255\nabcd"},
+      {"convert\npam:-\npnm:-\n--to\nmono8",
+       "P7\nWIDTH 2\nHEIGHT 1\nDEPTH 1\nMAXVAL 255\nTUPLTYPE GRAYSCALE\nENDHDR\nab"},
+      {"convert\npng:-\nout.pgm\n--to\nmono8", "\x89PNG\r\n\x1a\n"},
+      {"guess\n-\n--width\n4", "twelve bytes"},
+      {"diff\n-\nin.pgm\n--from\nmono8\n--width\n18\n--height\n16", "too little"},
+  };
+  for (const Piped& piped : kPiped) {
+    Bytes bytes(piped.line.begin(), piped.line.end());
+    bytes.push_back(0);
+    bytes.insert(bytes.end(), piped.input.begin(), piped.input.end());
+    seeds.push_back({"piped-" + std::to_string(seeds.size()), bytes});
   }
   // Each word once in its short form, so that a campaign has them all to put together.
   for (unsigned i = 0; i < std::size(kWords); ++i) {

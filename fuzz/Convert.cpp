@@ -294,7 +294,7 @@ Reference::Converter OracleOf(const Plan& plan) {
   Reference::Converter oracle;
   oracle.littleEndian = plan.littleEndian;
   oracle.defaultMethod = plan.defaultMethod;
-  oracle.engine = RealEngine;
+  oracle.engine = OracleEngine;
   return oracle;
 }
 
@@ -561,6 +561,16 @@ std::vector<Seed> Seeds() {
           });
     }
   }
+  // A compressed stream has no groups that a lent buffer would have to have room for.
+  Add(seeds, "found-lent-stream", [](Header& h) {
+    const auto known = Reference::Formats();
+    const auto stream =
+        std::ranges::find(known, Reference::YUV422_JPEG, &Reference::FormatRow::value);
+    h.source = h.target = static_cast<std::uint8_t>(stream - known.begin());
+    h.rows = 3;
+    h.cols = 5;
+    h.destinationKind = kLentExact;
+  });
   return seeds;
 }
 

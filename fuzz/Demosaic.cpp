@@ -1,6 +1,7 @@
 // The demosaic engine on any arguments: the error that the header promises, nothing written where
 // it fails and everything where it succeeds, buffers of exactly their size, and the same picture on
-// every instruction set and with every size of blocks.
+// every instruction set and with every size of blocks: that of the method's definition, where the
+// reference has one.
 
 #include "Demosaic.h"
 
@@ -8,6 +9,7 @@
 
 #include "CallFromC.h"
 #include "Fuzz.h"
+#include "reference/Demosaic.h"
 
 namespace Korvex2::Fuzz {
 namespace {
@@ -162,6 +164,13 @@ void Run(const Case<Header>& c) {
           "error " + std::to_string(error) + ", expected " + std::to_string(plan.Error()));
   if (error != beOK) {
     return require(picture.IsAll(h.garbage), "a failure wrote something");
+  }
+
+  if (Reference::DefinesMethod(plan.method)) {
+    Picture defined(plan.OutputBytes(), 0, static_cast<std::uint8_t>(~h.garbage));
+    Reference::DemosaicByDefinition(plan.input, input, plan.rows, plan.cols, plan.output,
+                                    defined.data(), plan.method, plan.pattern);
+    require(defined == picture, "not what the method is defined to make");
   }
 
   const auto requireSame = [&](const Settings& settings, std::size_t offset) {

@@ -21,7 +21,7 @@ namespace Korvex2::Fuzz {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// Made by code: a case of each kind, and each that once went wrong.
+/// Made by code: a case of each kind, and, named found-..., what a campaign once found wrong.
 struct Seed {
   std::string name;
   Bytes bytes;

@@ -1,5 +1,5 @@
-// Small files of every kind that the readers know, made by the libraries that read them and by the
-// tool's own writers.
+// Small files of every kind that the readers know, made by the libraries that read them, by the
+// tool's own writers, and by hand where neither makes them.
 
 #include <png.h>
 #include <sys/mman.h>
@@ -98,6 +98,49 @@ void AddText(std::vector<Seed>& seeds) {
   add("large-claim", "P5 4294967295 4294967295 255\n1234");
 }
 
+// --- NPY as NumPy writes it and the tool does not.
+// ------------------------------------------------
+
+struct NpyVariant {
+  const char* name;
+  std::uint8_t version;
+  const char* type;
+  const char* fortran;
+  const char* shape;
+  std::size_t bytes;
+};
+
+constexpr NpyVariant kNpyVariants[] = {
+    // clang-format off
+    {"version2",    2, "<u2", "False", "7, 9",    126},
+    {"version3",    3, "|u1", "False", "7, 9, 3", 189},
+    {"big-endian",  1, ">u2", "False", "7, 9, 3", 378},
+    {"fortran",     1, "|u1", "True",  "7, 9",    63},
+    {"large-claim", 1, "<u2", "False", "1073741824, 1073741824, 3", 0},  // 3 times 2^64 bits
+    // clang-format on
+};
+
+Bytes NpyOf(const NpyVariant& variant) {
+  const std::size_t lengthBytes = variant.version == 1 ? 2 : 4;
+  std::string header = fmt::format("{{'descr': '{}', 'fortran_order': {}, 'shape': ({}), }}",
+                                   variant.type, variant.fortran, variant.shape);
+  header.resize(127 - 8 - lengthBytes, ' ');
+  header += '\n';
+  Bytes bytes = {0x93, 'N', 'U', 'M', 'P', 'Y', variant.version, 0};
+  bytes.push_back(static_cast<std::uint8_t>(header.size()));
+  bytes.resize(8 + lengthBytes);
+  bytes.insert(bytes.end(), header.begin(), header.end());
+  const Bytes samples = Samples(variant.bytes);
+  bytes.insert(bytes.end(), samples.begin(), samples.end());
+  return bytes;
+}
+
+void AddNpy(std::vector<Seed>& seeds) {
+  for (const NpyVariant& variant : kNpyVariants) {
+    seeds.push_back(Case(variant.name, ".npy", NpyOf(variant)));
+  }
+}
+
 // --- PNG in the variants that the tool reads and does not write.
 // ----------------------------------
 
@@ -170,6 +213,10 @@ void AddPng(std::vector<Seed>& seeds) {
   for (const PngVariant& variant : kPngVariants) {
     seeds.push_back(Case(variant.name, ".png", PngOf(variant)));
   }
+  // A few bytes that claim gigabytes: the upper bytes of width and height.
+  Bytes claim = PngOf(kPngVariants[0]);
+  claim[17] = claim[21] = 0x0f;
+  seeds.push_back(Case("large-claim", ".png", claim));
 }
 
 // --- TIFF, and DNG, which is one.
@@ -325,6 +372,7 @@ std::vector<Seed> Seeds() {
   AddWritten(seeds, folder);
   AddUnknown(seeds);
   AddText(seeds);
+  AddNpy(seeds);
   AddPng(seeds);
   AddTiff(seeds, folder);
   AddRaw(seeds, folder);

@@ -36,7 +36,7 @@ constexpr ColorProcessingAlgorithm kDefaults[] = {NEAREST_NEIGHBOR, EDGE_SENSING
 bool AgreesWithTheOracle(const Job& job) {
   Reference::Converter oracle;
   oracle.defaultMethod = static_cast<std::uint32_t>(Image::GetDefaultColorProcessing());
-  oracle.engine = RealEngine;
+  oracle.engine = OracleEngine;
   const Reference::Frame source = FrameOf(job.source);
   Reference::Frame picture;
   const Reference::Outcome outcome = oracle.Convert(&source, job.target, &picture);

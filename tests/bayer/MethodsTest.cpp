@@ -12,9 +12,7 @@ namespace {
 
 using Test::Walk;
 
-constexpr int kRed = 0;
 constexpr int kGreen = 1;
-constexpr int kBlue = 2;
 
 std::size_t channelAt(BayerPattern pattern, int y, int x) {
   return static_cast<std::size_t>(colourAt(pattern, y, x));
@@ -115,83 +113,7 @@ TEST_P(EachMethod, TwoByTwoHasTheTilesColours) {
 INSTANTIATE_TEST_SUITE_P(Each, EachMethod, testing::ValuesIn(kAllMethods),
                          [](const auto& info) { return methodName(info.param); });
 
-// ---------------------------------------------------------------------------- nearest neighbour
-
-TEST(NearestNeighbor, ATileHasOneRedAndOneBlueAndAGreenPerRow) {
-  const Mosaic mosaic = randomMosaic(8, 12, 255, 21);
-  for (const BayerPattern pattern : kAllPatterns) {
-    const Picture picture =
-        demosaiced(mosaic, {.method = BAYER_METHOD_NEAREST_NEIGHBOR, .pattern = pattern});
-    for (int y = 0; y < mosaic.rows; ++y) {
-      for (int x = 0; x < mosaic.cols; ++x) {
-        for (int i = 0; i < 4; ++i) {
-          const int tileY = (y & ~1) + i / 2;
-          const int tileX = (x & ~1) + i % 2;
-          const int colour = colourAt(pattern, tileY, tileX);
-          if (colour == kGreen && tileY != y) continue;
-          EXPECT_EQ(picture.at(y, x)[static_cast<std::size_t>(colour)], mosaic.at(tileY, tileX));
-        }
-      }
-    }
-  }
-}
-
 // ------------------------------------------------------------------------------------ HQ linear
-
-using Filter = std::array<std::array<int, 5>, 5>;
-
-// The published filters, in sixteenths.
-constexpr Filter kGreenAtColour = {
-    {{0, 0, -2, 0, 0}, {0, 0, 4, 0, 0}, {-2, 4, 8, 4, -2}, {0, 0, 4, 0, 0}, {0, 0, -2, 0, 0}}};
-constexpr Filter kRowColourAtGreen = {
-    {{0, 0, 1, 0, 0}, {0, -2, 0, -2, 0}, {-2, 8, 10, 8, -2}, {0, -2, 0, -2, 0}, {0, 0, 1, 0, 0}}};
-constexpr Filter kColumnColourAtGreen = {
-    {{0, 0, -2, 0, 0}, {0, -2, 8, -2, 0}, {1, 0, 10, 0, 1}, {0, -2, 8, -2, 0}, {0, 0, -2, 0, 0}}};
-constexpr Filter kOppositeAtColour = {
-    {{0, 0, -3, 0, 0}, {0, 4, 0, 4, 0}, {-3, 0, 12, 0, -3}, {0, 4, 0, 4, 0}, {0, 0, -3, 0, 0}}};
-
-const Filter& filterFor(BayerPattern pattern, int y, int x, int channel) {
-  if (colourAt(pattern, y, x) != kGreen) {
-    return channel == kGreen ? kGreenAtColour : kOppositeAtColour;
-  }
-  return colourAt(pattern, y, x + 1) == channel ? kRowColourAtGreen : kColumnColourAtGreen;
-}
-
-int filtered(const Mosaic& mosaic, const Filter& filter, int y, int x) {
-  int sum = 8;
-  for (int dy = -2; dy <= 2; ++dy) {
-    for (int dx = -2; dx <= 2; ++dx) {
-      sum += filter[static_cast<std::size_t>(dy + 2)][static_cast<std::size_t>(dx + 2)] *
-             mosaic.at(y + dy, x + dx);
-    }
-  }
-  return sum >> 4;
-}
-
-TEST(HqLinear, IsThePublishedFilters) {
-  for (const bool deep : {false, true}) {
-    const int most = deep ? 65535 : 255;
-    const Mosaic mosaic = randomMosaic(20, 76, static_cast<std::uint16_t>(most), 31);
-    for (const BayerPattern pattern : kAllPatterns) {
-      const Picture picture =
-          demosaiced(mosaic, {.method = BAYER_METHOD_HQLINEAR,
-                              .pattern = pattern,
-                              .input = deep ? BAYER_PIXEL_FORMAT_RAW16 : BAYER_PIXEL_FORMAT_RAW8,
-                              .output = deep ? BAYER_PIXEL_FORMAT_RGB16 : BAYER_PIXEL_FORMAT_RGB8});
-      for (int y = 2; y < mosaic.rows - 2; ++y) {
-        for (int x = 2; x < mosaic.cols - 2; ++x) {
-          for (const int channel : {kRed, kGreen, kBlue}) {
-            if (channel == colourAt(pattern, y, x)) continue;
-            const int value = filtered(mosaic, filterFor(pattern, y, x, channel), y, x);
-            ASSERT_EQ(picture.at(y, x)[static_cast<std::size_t>(channel)],
-                      std::clamp(value, 0, most))
-                << y << ',' << x << " channel " << channel << " pattern " << pattern;
-          }
-        }
-      }
-    }
-  }
-}
 
 TEST(HqLinear, RampsStayLinearInside) {
   constexpr int kSteps[][2] = {{3, 0}, {0, 3}, {2, 1}, {-2, 1}, {-1, -3}};

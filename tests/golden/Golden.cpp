@@ -1,10 +1,12 @@
 #include "golden/Golden.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdio>
 #include <fstream>
 #include <stdexcept>
 
+#include "reference/Demosaic.h"
 #include "support/Comparison.h"
 #include "vorbayer.h"
 
@@ -87,7 +89,7 @@ std::string DigestOf(const Reference::Outcome& outcome, const Reference::Frame& 
 std::string ByTheReference(const Image& source, Reference::Format target) {
   Reference::Converter reference;
   reference.littleEndian = kLittleEndian;
-  reference.engine = RealEngine;
+  reference.engine = OracleEngine;
   const Reference::Frame from = FrameOf(source);
   Reference::Frame to;
   const Reference::Outcome outcome = reference.Convert(&from, target, &to);
@@ -149,6 +151,7 @@ struct Method {
   const char* name;
 };
 
+// Those that the reference defines come first.
 constexpr Method kMethods[] = {
     {BAYER_METHOD_NEAREST_NEIGHBOR, "NEAREST_NEIGHBOR"},
     {BAYER_METHOD_EDGE_SENSING, "EDGE_SENSING"},
@@ -159,13 +162,13 @@ constexpr Method kMethods[] = {
 };
 
 std::string DigestOf(const Mosaic& mosaic, BayerPixelFormat input, const ColourFormat& output,
-                     BayerMethod method, BayerPattern pattern) {
+                     BayerMethod method, BayerPattern pattern, Reference::Engine engine) {
   const auto pixels = static_cast<std::size_t>(mosaic.rows) * static_cast<std::size_t>(mosaic.cols);
   std::vector<std::uint8_t> samples(pixels * (input == BAYER_PIXEL_FORMAT_RAW16 ? 2 : 1));
   Fill(samples.data(), samples.size(), mosaic.content, static_cast<std::uint32_t>(mosaic.cols));
   std::vector<std::uint8_t> picture(pixels * output.channels * (output.words ? 2 : 1));
-  const BayerError error = bayerToColor(input, samples.data(), mosaic.rows, mosaic.cols,
-                                        output.value, picture.data(), method, pattern);
+  const int error = engine(input, samples.data(), mosaic.rows, mosaic.cols, output.value,
+                           picture.data(), method, pattern);
   if (output.words && !kLittleEndian) {
     for (std::size_t i = 0; i < picture.size(); i += 2) std::swap(picture[i], picture[i + 1]);
   }
@@ -173,6 +176,25 @@ std::string DigestOf(const Mosaic& mosaic, BayerPixelFormat input, const ColourF
   digest.Add(static_cast<std::uint32_t>(error));
   digest.Add(picture.data(), picture.size());
   return digest.Text();
+}
+
+Table Demosaicing(Reference::Engine engine, std::span<const Method> methods) {
+  Table table;
+  for (const Method& method : methods) {
+    for (const BayerPixelFormat input : {BAYER_PIXEL_FORMAT_RAW8, BAYER_PIXEL_FORMAT_RAW16}) {
+      for (const ColourFormat& output : kColourFormats) {
+        std::string line = Label("%-27s %-5s %-6s", method.name,
+                                 input == BAYER_PIXEL_FORMAT_RAW8 ? "RAW8" : "RAW16", output.name);
+        std::size_t tile = table.size();
+        for (const Mosaic& mosaic : kMosaics) {
+          line += ' ' + DigestOf(mosaic, input, output, method.value,
+                                 static_cast<BayerPattern>(tile++ % 4), engine);
+        }
+        table.push_back(line);
+      }
+    }
+  }
+  return table;
 }
 
 }  // namespace
@@ -185,23 +207,14 @@ Table ConversionsByTheConverter() {
   return Conversions(ByTheConverter);
 }
 
-Table Demosaicing() {
-  Table table;
-  for (const Method& method : kMethods) {
-    for (const BayerPixelFormat input : {BAYER_PIXEL_FORMAT_RAW8, BAYER_PIXEL_FORMAT_RAW16}) {
-      for (const ColourFormat& output : kColourFormats) {
-        std::string line = Label("%-27s %-5s %-6s", method.name,
-                                 input == BAYER_PIXEL_FORMAT_RAW8 ? "RAW8" : "RAW16", output.name);
-        std::size_t tile = table.size();
-        for (const Mosaic& mosaic : kMosaics) {
-          line += ' ' + DigestOf(mosaic, input, output, method.value,
-                                 static_cast<BayerPattern>(tile++ % 4));
-        }
-        table.push_back(line);
-      }
-    }
-  }
-  return table;
+Table DemosaicingByTheReference() {
+  const auto* const rest =
+      std::ranges::find_if_not(kMethods, Reference::DefinesMethod, &Method::value);
+  return Demosaicing(Reference::DemosaicByDefinition, {std::begin(kMethods), rest});
+}
+
+Table DemosaicingByTheEngine() {
+  return Demosaicing(RealEngine, kMethods);
 }
 
 std::string ConversionsFile() {

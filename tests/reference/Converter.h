@@ -2,7 +2,7 @@
 
 /// The oracle: the converter's behaviour as literally as it can be written, slow and plain. It
 /// shares no code with the library; demosaicing, which belongs to the engine, comes in as a
-/// function.
+/// function, such as that of Demosaic.h.
 
 #include <cstdint>
 #include <functional>

@@ -148,7 +148,8 @@ TEST_F(EngineSeam, EveryRawRouteAgreesWithTheOracleForEveryTileMethodAndAnswer) 
             for (const bool littleEndian : {true, false}) {
               for (const unsigned rows : {2U, 3U}) {
                 ASSERT_TRUE(Agrees({source, target.target, rows, 6, 0, tile, method,
-                                    Content::Random, littleEndian, littleEndian ? -1 : 0xA5}));
+                                    Content::Random, littleEndian, littleEndian ? -1 : 0xA5},
+                                   RealEngine));
                 ++cases;
               }
             }

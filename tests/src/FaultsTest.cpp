@@ -129,7 +129,7 @@ int EngineThatTakesMemory(int inputFormat, const std::uint8_t* input, int rows, 
                           int outputFormat, std::uint8_t* output, int method, int pattern) {
   constexpr int kNoMemory = 5;
   return engineMemory->Grant()
-             ? RealEngine(inputFormat, input, rows, cols, outputFormat, output, method, pattern)
+             ? OracleEngine(inputFormat, input, rows, cols, outputFormat, output, method, pattern)
              : kNoMemory;
 }
 

@@ -33,7 +33,7 @@ TEST(ConvertTo, AgreesWithTheOracleForEverySourceRefusedOnesIncluded) {
       expected.Shape(4, 6, stride, target.target, GRBG);
 
       Reference::Converter oracle;
-      oracle.engine = RealEngine;
+      oracle.engine = OracleEngine;
       const Error error = Probe(true).Call(target.member, &source, &destination);
       const Reference::Outcome outcome = oracle.ConvertTo(target.target, &frame, &expected);
       ASSERT_TRUE(SameResult(outcome, expected, error, destination));

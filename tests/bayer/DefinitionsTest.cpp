@@ -1,0 +1,85 @@
+/// The methods in integers against their definitions, written out pixel by pixel apart from the
+/// engine: every byte, at every border, on every instruction set.
+
+#include <gtest/gtest.h>
+
+#include <tuple>
+
+#include "Target.h"
+#include "TestPictures.h"
+#include "reference/Demosaic.h"
+#include "support/Walk.h"
+
+namespace Korvex2::Bayer {
+namespace {
+
+using Test::Walk;
+
+class DefinitionsTest : public testing::TestWithParam<std::tuple<BayerMethod, BayerPattern>> {
+ protected:
+  static void compare(const Mosaic& mosaic, BayerPixelFormat input, BayerPixelFormat output) {
+    const auto [method, pattern] = GetParam();
+    Call call{.method = method, .pattern = pattern, .input = input, .output = output};
+    const Bytes samples = encoded(mosaic, input);
+    Bytes defined(pictureBytes(mosaic.rows, mosaic.cols, output));
+    ASSERT_EQ(Reference::DemosaicByDefinition(input, samples.data(), mosaic.rows, mosaic.cols,
+                                              output, defined.data(), method, pattern),
+              beOK);
+    for (const Target target : availableTargets()) {
+      call.settings.target = target;
+      ASSERT_TRUE(demosaicedBytes(mosaic, call) == defined)
+          << mosaic.rows << 'x' << mosaic.cols << " formats " << input << " to " << output << " on "
+          << targetName(target);
+    }
+  }
+
+  // Random samples in every format; what saturates and what ties at every depth.
+  static void compareContents(int rows, int cols) {
+    const auto seed = static_cast<std::uint32_t>(rows * 1000 + cols);
+    for (const BayerPixelFormat input : kInputFormats) {
+      const std::uint16_t most = input == BAYER_PIXEL_FORMAT_RAW8 ? 255 : 65535;
+      const Mosaic random = randomMosaic(rows, cols, most, seed);
+      const Mosaic extreme = extremeMosaic(rows, cols, most, seed);
+      const Mosaic dim = randomMosaic(rows, cols, 3, seed);
+      for (const BayerPixelFormat output : kOutputFormats) compare(random, input, output);
+      for (const BayerPixelFormat output : {BAYER_PIXEL_FORMAT_BGR8, BAYER_PIXEL_FORMAT_RGB16}) {
+        compare(extreme, input, output);
+        compare(dim, input, output);
+      }
+    }
+  }
+};
+
+TEST_P(DefinitionsTest, HoldAtEverySize) {
+  Walk walk;
+  for (int rows = 2; rows <= 40; rows += 2) {
+    for (int cols = 2; cols <= 40; cols += 2) {
+      if (walk.Takes()) compareContents(rows, cols);
+      if (HasFatalFailure()) return;
+    }
+  }
+}
+
+TEST_P(DefinitionsTest, HoldAtWidthsAroundVectorsAndBlocks) {
+  for (const int cols : {62, 64, 66, 126, 130, 258}) {
+    compareContents(6, cols);
+    if (HasFatalFailure()) return;
+  }
+  compare(randomMosaic(4, 8200, 255, 61), BAYER_PIXEL_FORMAT_RAW8, BAYER_PIXEL_FORMAT_BGR8);
+  compare(randomMosaic(4, 8200, 65535, 62), BAYER_PIXEL_FORMAT_RAW16, BAYER_PIXEL_FORMAT_BGR16);
+}
+
+std::string nameOf(const testing::TestParamInfo<std::tuple<BayerMethod, BayerPattern>>& info) {
+  constexpr const char* kNames[] = {"RGGB", "GRBG", "GBRG", "BGGR"};
+  return std::string(methodName(std::get<0>(info.param))) + '_' + kNames[std::get<1>(info.param)];
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, DefinitionsTest,
+                         testing::Combine(testing::Values(BAYER_METHOD_NEAREST_NEIGHBOR,
+                                                          BAYER_METHOD_EDGE_SENSING,
+                                                          BAYER_METHOD_HQLINEAR),
+                                          testing::ValuesIn(kAllPatterns)),
+                         nameOf);
+
+}  // namespace
+}  // namespace Korvex2::Bayer
