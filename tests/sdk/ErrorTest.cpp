@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "InternalError.h"
@@ -229,21 +228,6 @@ TEST(Error, KeepsItsCodeWhenThereIsNoMemoryForItsTexts) {
   EXPECT_EQ(error.GetType(), VORERROR_TRIGGER_FAILED);
   EXPECT_STREQ(error.GetMessage(), "");
   EXPECT_EQ(outer.GetType(), VORERROR_FAILED);
-}
-
-TEST(Error, CopiesMayBeUsedFromManyThreads) {
-  const Error shared = Nested(Simple(VORERROR_TIMEOUT, "inner"), "outer");
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 8; ++t) {
-    threads.emplace_back([copy = shared] {
-      for (int i = 0; i < 2000; ++i) {
-        const Error mine = copy;
-        const Error again = Nested(mine, "more");
-        ASSERT_STREQ(again.GetCause()->GetCause()->GetMessage(), "inner");
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace

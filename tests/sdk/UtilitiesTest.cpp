@@ -6,7 +6,6 @@
 #include <bit>
 #include <cstddef>
 #include <cstring>
-#include <thread>
 #include <type_traits>
 #include <vector>
 
@@ -72,20 +71,6 @@ TEST(SystemInfo, IsReadOnce) {
 
 TEST(SystemInfo, RefusesNull) {
   EXPECT_EQ(Utilities::GetSystemInfo(nullptr).GetType(), VORERROR_INVALID_PARAMETER);
-}
-
-TEST(SystemInfo, MayBeAskedFromManyThreads) {
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 8; ++t) {
-    threads.emplace_back([] {
-      SystemInfo info;
-      for (int i = 0; i < 5; ++i) {
-        ASSERT_EQ(Utilities::GetSystemInfo(&info).GetType(), VORERROR_OK);
-        ASSERT_GT(info.numCpuCores, 0U);
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace

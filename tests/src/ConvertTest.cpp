@@ -3,7 +3,6 @@
 #include <bit>
 #include <cstring>
 #include <string>
-#include <thread>
 #include <type_traits>
 #include <vector>
 
@@ -246,26 +245,6 @@ TEST(Convert, SuccessCarriesNothing) {
   const Error error = ImageConverter().Convert(&source, PIXEL_FORMAT_RGB8, &destination);
   ExpectError(error, VORERROR_OK, "");
   EXPECT_STREQ(error.GetFile(), "");
-}
-
-TEST(Convert, ServesManyThreadsAtOnce) {
-  const ImageConverter converter;
-  const Image source = Frame(48, 64, PIXEL_FORMAT_BGRU16);
-  Image expected;
-  ASSERT_EQ(converter.Convert(&source, PIXEL_FORMAT_411YUV8, &expected).GetType(), VORERROR_OK);
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 8; ++t) {
-    threads.emplace_back([&] {
-      for (int i = 0; i < 20; ++i) {
-        Image destination;
-        ASSERT_EQ(converter.Convert(&source, PIXEL_FORMAT_411YUV8, &destination).GetType(),
-                  VORERROR_OK);
-        ASSERT_EQ(std::memcmp(destination.GetData(), expected.GetData(), expected.GetDataSize()),
-                  0);
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
 }
 
 TEST(PixelCount, IsRowsTimesColumnsWrappingAt32Bits) {

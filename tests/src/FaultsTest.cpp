@@ -88,6 +88,14 @@ class Run {
     return fault.Happened();
   }
 
+  // From the so manieth pixel buffer on, and for no error at all.
+  bool WithoutAnyMemoryFrom(std::size_t which) {
+    const AllocationFault buffers(Of::PixelBuffers, which, Extent::AllFollowing);
+    const AllocationFault others(Of::AnythingElse, 1, Extent::AllFollowing);
+    m_error = Convert();
+    return buffers.Happened();
+  }
+
   const Image& source() const { return m_source; }
   const Image& destination() const { return m_destination; }
   const Error& error() const { return m_error; }
@@ -154,11 +162,18 @@ Expected Oracle(const Conversion& c, const Image& source, std::size_t first, Ext
   return expected;
 }
 
+// Whether there is memory to say why: without it an error has its code alone.
+enum class Words { Told, Lost };
+
+Reference::Outcome Answered(const Reference::Outcome& outcome, Words words) {
+  return words == Words::Told ? outcome : Reference::Outcome{outcome.code, "", false, 0};
+}
+
 // The image that was to be written could not be shaped: nothing is there, and the reason is told.
-testing::AssertionResult TellsRefusal(const Error& error, const Image& destination) {
+testing::AssertionResult TellsRefusal(const Error& error, const Image& destination, Words words) {
   const Reference::Outcome refusal{Reference::kFailed, Reference::kRefusedShape, true,
                                    VORERROR_MEMORY_ALLOCATION_FAILED};
-  if (!(OutcomeOf(error) == refusal)) {
+  if (!(OutcomeOf(error) == Answered(refusal, words))) {
     return testing::AssertionFailure() << "answers " << error.GetTrace();
   }
   return destination.GetData() == nullptr ? testing::AssertionSuccess()
@@ -168,8 +183,9 @@ testing::AssertionResult TellsRefusal(const Error& error, const Image& destinati
 // A walked chain asks for fewer temporaries than the oracle: then any one of them may be missing.
 template <typename ImageType>
 testing::AssertionResult IsDefined(const Conversion& c, const Run<ImageType>& run,
-                                   std::size_t which, std::size_t taken, Extent extent) {
-  if (which == 1) return TellsRefusal(run.error(), run.destination());
+                                   std::size_t which, std::size_t taken, Extent extent,
+                                   Words words = Words::Told) {
+  if (which == 1) return TellsRefusal(run.error(), run.destination(), words);
   if (c.source == c.target) {
     return run.error() == VORERROR_MEMORY_ALLOCATION_FAILED
                ? testing::AssertionSuccess()
@@ -183,7 +199,8 @@ testing::AssertionResult IsDefined(const Conversion& c, const Run<ImageType>& ru
   testing::AssertionResult result = testing::AssertionFailure() << "no temporary";
   for (std::size_t missing = exactly ? which - 1 : 1; missing <= asked; ++missing) {
     const Expected expected = Oracle(c, run.source(), missing, extent);
-    result = SameResult(expected.outcome, expected.frame, run.error(), run.destination());
+    result = SameResult(Answered(expected.outcome, words), expected.frame, run.error(),
+                        run.destination());
     if (result || exactly) return result;
   }
   return result;
@@ -235,6 +252,24 @@ void FailEachOtherAllocation(const Conversion& c) {
   }
 }
 
+template <typename ImageType>
+void FailEverythingFromEachPixelBufferOn(const Conversion& c) {
+  Run<ImageType> plain(c);
+  plain.Plainly();
+  for (std::size_t which = 1; which <= plain.pixelBuffers; ++which) {
+    const std::ptrdiff_t outstanding = OutstandingAllocations();
+    {
+      Run<ImageType> run(c);
+      ASSERT_TRUE(run.WithoutAnyMemoryFrom(which));
+      ASSERT_TRUE(IsDefined(c, run, which, plain.pixelBuffers, Extent::AllFollowing, Words::Lost))
+          << "buffer " << which << " of " << plain.pixelBuffers;
+      ASSERT_STREQ(run.error().GetMessage(), "");
+    }
+    ASSERT_EQ(OutstandingAllocations(), outstanding) << "leaked";
+    ++injected;
+  }
+}
+
 class Faults : public testing::Test {
  protected:
   void SetUp() override { injected = 0; }
@@ -255,6 +290,16 @@ TEST_F(Faults, AtEachOtherAllocationTakeNoMoreThanTheWords) {
     if (HasFatalFailure()) return;
     SCOPED_TRACE(Describe(c));
     c.subclasses ? FailEachOtherAllocation<Subclass>(c) : FailEachOtherAllocation<Image>(c);
+  });
+  EXPECT_GT(injected, 1000);
+}
+
+TEST_F(Faults, OfAllMemoryFromAnyBufferOnGiveTheDefinedCode) {
+  ForEachConversion([](const Conversion& c) {
+    if (HasFatalFailure()) return;
+    SCOPED_TRACE(Describe(c));
+    c.subclasses ? FailEverythingFromEachPixelBufferOn<Subclass>(c)
+                 : FailEverythingFromEachPixelBufferOn<Image>(c);
   });
   EXPECT_GT(injected, 1000);
 }

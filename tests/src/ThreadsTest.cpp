@@ -5,11 +5,13 @@
 
 #include <atomic>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "CheckConversion.h"
 #include "ImageConverterARMStub.h"
 #include "InstructionSets.h"
+#include "InternalError.h"
 #include "Utilities.h"
 #include "support/Jobs.h"
 
@@ -31,6 +33,11 @@ int ConvertAll(const ImageConverter& converter, const std::vector<Job>& jobs, st
     ADD_FAILURE() << Describe(job) << ": " << error;
   }
   return wrong;
+}
+
+Error Raise(const char* message, const Error& cause) {
+  return InternalError(__LINE__, "ThreadsTest.cpp", __DATE__, __TIME__, VORERROR_FAILED,
+                       InternalError(cause), "%s", message);
 }
 
 class SharedConverter : public testing::TestWithParam<int> {};
@@ -56,6 +63,20 @@ TEST_P(SharedConverter, ConvertsDifferentFramesAtOnce) {
 
 INSTANTIATE_TEST_SUITE_P(Threads, SharedConverter, testing::Values(2, 3, 4, 8, 16),
                          testing::PrintToStringParamName());
+
+TEST(Threads, ConvertOneFrameWithOneConverter) {
+  const ImageConverter converter;
+  const Job job = MakeJob(PIXEL_FORMAT_BGRU16, PIXEL_FORMAT_411YUV8, DEFAULT, 3);
+  std::atomic<int> wrong{0};
+  AtOnce(kThreads, [&](int) {
+    for (int i = 0; i < 20; ++i) {
+      Image destination;
+      const Error error = converter.Convert(&job.source, job.target, &destination);
+      if (!SameOutcome(job, error, destination)) ++wrong;
+    }
+  });
+  EXPECT_EQ(wrong, 0);
+}
 
 TEST(Threads, ConvertTheSameFramesEachWithItsOwnConverter) {
   const std::vector<Job> jobs = AllJobs(77);
@@ -161,11 +182,36 @@ TEST(Threads, CopyOneErrorAndReadIt) {
   EXPECT_EQ(wrong, 0);
 }
 
+TEST(Threads, NestOneErrorInErrorsOfTheirOwn) {
+  const Error shared = Raise("outer", Raise("inner", Error()));
+  std::atomic<int> wrong{0};
+  AtOnce(kThreads, [&wrong, &shared](int) {
+    for (int i = 0; i < 2000; ++i) {
+      const Error mine = shared;
+      const Error again = Raise("more", mine);
+      if (std::string_view(again.GetCause()->GetCause()->GetMessage()) != "inner") ++wrong;
+    }
+  });
+  EXPECT_EQ(wrong, 0);
+}
+
+TEST(Threads, SeeOneProcessDefault) {
+  std::atomic<int> wrong{0};
+  Image::SetDefaultColorProcessing(HQ_LINEAR);
+  AtOnce(kThreads, [&wrong](int) {
+    if (Image::GetDefaultColorProcessing() != HQ_LINEAR) ++wrong;
+  });
+  AtOnce(1, [](int) { Image::SetDefaultColorProcessing(NEAREST_NEIGHBOR); });
+  EXPECT_EQ(Image::GetDefaultColorProcessing(), NEAREST_NEIGHBOR);
+  EXPECT_EQ(wrong, 0);
+}
+
 TEST(Threads, AskForTheSystem) {
   AtOnce(kThreads, [](int) {
     for (int i = 0; i < 20; ++i) {
       SystemInfo info;
       EXPECT_EQ(Utilities::GetSystemInfo(&info).GetType(), VORERROR_OK);
+      EXPECT_GT(info.numCpuCores, 0U);
     }
   });
 }

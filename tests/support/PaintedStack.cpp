@@ -9,7 +9,7 @@
 namespace Korvex2::Test {
 namespace {
 
-constexpr std::size_t kStack = std::size_t{4} << 20;
+constexpr std::size_t kStack = std::size_t{1} << 20;
 
 struct Thread {
   const std::function<void()>* call;
