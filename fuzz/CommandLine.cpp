@@ -43,7 +43,7 @@ constexpr std::string_view kWords[] = {
     "--jobs", "--json-progress", "--format", "--best", "--amplify",
     "--crop", "--white-balance", "--stretch", "--gamma", "--black-level", "--scale", "file", "grey",
     "{index}.pgm", "{name}.raw", "in*.p?m", "in.npy", "out.npy", "out.tif", "out.y4m", "-", "y4m:-",
-    "--size", "16x12", "--cpu", "plain",
+    "--size", "16x12", "--cpu", "plain", "--fps", "30000/1001",
     // clang-format on
 };
 static_assert(kFirstWord + std::size(kWords) <= 256);

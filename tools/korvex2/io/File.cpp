@@ -88,7 +88,8 @@ Bytes ReadStandardInput(std::uint64_t size) {
     content.resize(done + count);
   }
   if (std::ferror(stdin) != 0) {
-    FailWithErrno("read", "standard input");
+    const int reason = errno;
+    throw FatalFailure("cannot read standard input: {}", std::strerror(reason));
   }
   Bytes bytes(content.size());
   std::copy(content.begin(), content.end(), bytes.data.get());

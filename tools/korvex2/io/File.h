@@ -58,7 +58,8 @@ class InputFile {
 /// The size of a regular file; a Failure for anything else.
 std::uint64_t SizeOfFile(const std::string& path);
 
-/// Standard input, `size` bytes of it or as many as are left.
+/// Standard input, `size` bytes of it or as many as are left. A FatalFailure when it cannot be
+/// read.
 Bytes ReadStandardInput(std::uint64_t size);
 
 /// A file under a temporary name in the folder of `path`. Commit moves it to its name; without
