@@ -293,6 +293,11 @@ class Batch {
     m_folders.Prepare(path);
     try {
       WriteImage(image, path, m_options.write);
+    } catch (const FatalFailure& failure) {
+      m_folders.RequireAll();
+      throw FatalFailure(
+          "{}; others of the folder may be gone too, which the same command with --resume makes",
+          failure.what());
     } catch (const Failure&) {
       m_folders.RequireAll();
       throw;

@@ -227,9 +227,13 @@ void OutputFile::Close() {
 
 void OutputFile::Commit() {
   Close();
-  if (m_temporary && !m_temporary->MoveTo(m_target)) {
-    FailWithErrno("write", m_path);
+  if (!m_temporary || m_temporary->MoveTo(m_target)) {
+    return;
   }
+  if (errno == ENOENT) {
+    throw FatalFailure("cannot write {}: it was removed before it was complete", m_path);
+  }
+  FailWithErrno("write", m_path);
 }
 
 }  // namespace Korvex2::Tool

@@ -77,6 +77,7 @@ class OutputFile {
   bool empty() const { return m_empty; }  ///< Write has not been called
 
   void Write(const void* data, std::size_t size);
+  /// A FatalFailure when someone removed the file under its temporary name, or the folder.
   void Commit();
 
  private:
