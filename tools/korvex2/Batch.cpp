@@ -294,12 +294,12 @@ class Batch {
     try {
       WriteImage(image, path, m_options.write);
     } catch (const FatalFailure& failure) {
-      m_folders.RequireAll();
+      m_folders.Prepare(path);
       throw FatalFailure(
           "{}; others of the folder may be gone too, which the same command with --resume makes",
           failure.what());
     } catch (const Failure&) {
-      m_folders.RequireAll();
+      m_folders.Prepare(path);
       throw;
     }
   }
