@@ -258,6 +258,7 @@ std::vector<Seed> Seeds() {
       "jobs\n16",
       "bench\n--size\n16x12\n--from\nrgb8\n--to\nmono8\n--json",
       "bench\n--size\n4294967295x4294967295\n--cpu\nplain",
+      "convert\nin.png\nout.y4m\n--to\nyuv444\n--fps\n30000/1001",
   };
   std::vector<Seed> seeds;
   for (const std::string_view line : kLines) {
