@@ -37,6 +37,16 @@ def is_temporary(name):
     return re.fullmatch(r"\.(out\.png|\d+\.png|all\.raw|all\.y4m)\.\d+-\d+\.tmp", name) is not None
 
 
+def wait_for(work, process, ready):
+    """Whether a name of that kind came into the folder before the run ended."""
+    deadline = time.monotonic() + 60
+    while process.poll() is None and time.monotonic() < deadline:
+        if work.out.exists() and any(ready(name) for name in names(work.out)):
+            return True
+        time.sleep(0.0005)
+    return False
+
+
 class Work:
     """A conversion that takes a while to read, to convert and to write, and what it makes undisturbed."""
 
@@ -88,12 +98,14 @@ class Work:
                                 stderr=subprocess.PIPE, text=True, preexec_fn=prepare)
 
     def started(self, moments, until=1.0, old=None):
-        """A run for each of so many moments, started and left alone until then. Under an emulator each takes long."""
+        """A run for each of so many moments, started and left alone until then; each second one until it writes at
+        least. Under an emulator they take long."""
         moments = moments if self.seconds < 0.5 else moments // 2
         for moment in range(moments):
             self.prepare(old)
             process = self.start()
-            time.sleep(self.seconds * until * moment / moments)
+            writes = moment % 2 == 1 and wait_for(self, process, is_temporary)
+            time.sleep(self.seconds * until * moment / moments * (0.3 if writes else 1))
             yield process
 
     def check(self, succeeded, old=None):
@@ -318,16 +330,6 @@ def test_a_full_standard_output_ends_the_batch(work):
 
 
 # --- Folders and inputs that change under the run. ----------------------------------------------------
-
-def wait_for(work, process, ready):
-    """Whether a name of that kind came into the folder before the run ended."""
-    deadline = time.monotonic() + 60
-    while process.poll() is None and time.monotonic() < deadline:
-        if work.out.exists() and any(ready(name) for name in names(work.out)):
-            return True
-        time.sleep(0.0005)
-    return False
-
 
 FOLDER_GONE = ("the folder {} was removed or replaced meanwhile, and the frames in it went along; the same command with "
                "--resume makes what is missing")

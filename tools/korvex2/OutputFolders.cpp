@@ -30,17 +30,6 @@ std::optional<struct stat> Look(const std::string& folder) {
   return there ? std::optional(status) : std::nullopt;
 }
 
-template <typename Known>
-void RequireThere(const std::string& folder, const Known& known) {
-  const std::optional<struct stat> status = Look(folder);
-  if (!status || status->st_dev != known.device || status->st_ino != known.inode) {
-    throw FatalFailure(
-        "the folder {} was removed or replaced meanwhile, and the frames in it went along; the "
-        "same command with --resume makes what is missing",
-        folder);
-  }
-}
-
 }  // namespace
 
 OutputFolders::~OutputFolders() {
@@ -66,6 +55,16 @@ void OutputFolders::RequireAll() const {
   const std::lock_guard lock(m_mutex);
   for (const auto& [folder, known] : m_folders) {
     RequireThere(folder, known);
+  }
+}
+
+void OutputFolders::RequireThere(const std::string& folder, const Known& known) {
+  const std::optional<struct stat> status = Look(folder);
+  if (!status || status->st_dev != known.device || status->st_ino != known.inode) {
+    throw FatalFailure(
+        "the folder {} was removed or replaced meanwhile, and the frames in it went along; the "
+        "same command with --resume makes what is missing",
+        folder);
   }
 }
 

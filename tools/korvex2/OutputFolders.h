@@ -33,6 +33,7 @@ class OutputFolders {
   };
 
   void MakeAndRemember(const std::string& folder);
+  static void RequireThere(const std::string& folder, const Known& known);
 
   mutable std::mutex m_mutex;
   std::map<std::string, Known> m_folders;
