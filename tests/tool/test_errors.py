@@ -128,14 +128,14 @@ def test_a_png_that_claims_to_be_wide_takes_no_memory(tool):
     assert result.returncode == 1 and "in.png is truncated" in result.stderr
 
 
-@pytest.mark.parametrize("kind, head", [(b"zTXt", b"a\0\0"), (b"iTXt", b"a\0\1\0\0\0"), (b"iCCP", b"a\0\0")])
-def test_texts_and_profiles_of_a_png_take_no_memory(tool, kind, head):
+@pytest.mark.parametrize("kind, head", [(b"zTXt", b"a\0\0"), (b"iTXt", b"a\0\1\0\0\0")])
+def test_texts_of_a_png_take_no_memory(tool, kind, head):
     if "sanitizer" in tool.succeeds("info"):
         pytest.skip("SKIPPED: sanitizers need memory of their own")
     import zlib
     from pictures import chunk
     whole = png_bytes(PICTURE)
-    text = chunk(kind, head + zlib.compress(bytes(7_900_000), 9))
+    text = chunk(kind, head + zlib.compress(b"x" * 7_900_000, 9))
     end = whole.index(b"IDAT") - 4
     (tool.folder / "in.png").write_bytes(whole[:end] + 100 * text + whole[end:])
     code, memory = tool.takes("convert", "in.png", "out.raw", "--to", "rgb8")
