@@ -32,7 +32,7 @@ class Decoder : public LibRaw {
 
   int UnpackIntoClearedMemory() {
     const std::string loader = Loader();
-    // The latter LibRaw knows by its address; it tells of every sample that is missing.
+    // unpacked_load_raw() tells of every missing sample, and unpack() asks whether it is the one.
     if (!loader.empty() && loader != "unpacked_load_raw()") {
       m_loader = std::exchange(load_raw, static_cast<Function>(&Decoder::LoadIntoClearedMemory));
     }
@@ -248,7 +248,7 @@ void RequireWhole(Decoder& decoder, const InputFile& file) {
   const Bytes& bytes = file.Read();
   if ((loader == "lossless_dng_load_raw()" && !Tiles(decoder, bytes).AreWhole()) ||
       (loader == "lossless_jpeg_load_raw()" && !IsOneStream(decoder, bytes))) {
-    throw Failure("{} is a damaged raw file: its lossless JPEG does not hold {} x {} samples",
+    throw Failure("{} is a damaged raw file: its lossless JPEG is not that of {} x {} samples",
                   file.path(), decoder.imgdata.sizes.raw_width, decoder.imgdata.sizes.raw_height);
   }
 }
