@@ -209,6 +209,10 @@ Bytes PngOf(const PngVariant& variant) {
   return bytes;
 }
 
+// Of which nothing is read.
+constexpr std::uint8_t kText[] = {0, 0,   0,   6,   't', 'E', 'X', 't', 'a',
+                                  0, 'b', 'c', 'd', 'e', 0,   0,   0,   0};
+
 void AddPng(std::vector<Seed>& seeds) {
   for (const PngVariant& variant : kPngVariants) {
     seeds.push_back(Case(variant.name, ".png", PngOf(variant)));
@@ -217,6 +221,10 @@ void AddPng(std::vector<Seed>& seeds) {
   Bytes claim = PngOf(kPngVariants[0]);
   claim[17] = claim[21] = 0x0f;
   seeds.push_back(Case("large-claim", ".png", claim));
+  constexpr std::size_t kAfterHeader = 33;
+  Bytes file = PngOf(kPngVariants[0]);
+  file.insert(file.begin() + kAfterHeader, std::begin(kText), std::end(kText));
+  seeds.push_back(Case("text", ".png", file));
 }
 
 // --- TIFF, and DNG, which is one.
@@ -281,22 +289,40 @@ void WriteSamples(TIFF* tiff, const TiffVariant& variant, Size size) {
   }
 }
 
-// `describe` adds fields.
+// `describe` adds fields. `strip` is stored as it is, in place of samples.
 template <typename Describe>
-Bytes TiffOf(const TiffVariant& variant, Size size, const Folder& folder, Describe describe) {
+Bytes TiffOf(const TiffVariant& variant, Size size, const Folder& folder, Describe describe,
+             Bytes strip = {}) {
   const std::string path = folder.Path("made.tif");
   TIFF* tiff = TIFFOpen(path.c_str(), variant.mode);
   SetLayout(tiff, variant, size);
   describe(tiff);
-  WriteSamples(tiff, variant, size);
+  if (strip.empty()) {
+    WriteSamples(tiff, variant, size);
+  } else {
+    TIFFWriteRawStrip(tiff, 0, strip.data(), static_cast<tmsize_t>(strip.size()));
+  }
   TIFFClose(tiff);
   return folder.Read("made.tif");
+}
+
+// Gives a field of a word of a little-endian file another value.
+void SetWord(Bytes& tiff, std::uint16_t tag, const std::uint8_t (&value)[2]) {
+  const std::uint8_t field[] = {
+      static_cast<std::uint8_t>(tag), static_cast<std::uint8_t>(tag >> 8), 3, 0, 1, 0, 0, 0};
+  const auto found = std::search(tiff.begin(), tiff.end(), std::begin(field), std::end(field));
+  if (found == tiff.end()) Fail("a TIFF without a field");
+  std::copy(std::begin(value), std::end(value), found + std::size(field));
 }
 
 void AddTiff(std::vector<Seed>& seeds, const Folder& folder) {
   for (const TiffVariant& variant : kTiffVariants) {
     if (TIFFIsCODECConfigured(variant.compression) == 0) continue;
-    seeds.push_back(Case(variant.name, ".tif", TiffOf(variant, kPicture, folder, [](TIFF*) {})));
+    Bytes file = TiffOf(variant, kPicture, folder, [](TIFF*) {});
+    seeds.push_back(Case(variant.name, ".tif", file));
+    if (variant.compression != COMPRESSION_JPEG) continue;
+    SetWord(file, TIFFTAG_IMAGEWIDTH, {kWidth + 1, 0});
+    seeds.push_back(Case("jpeg-too-small", ".tif", file));
   }
 }
 
@@ -334,12 +360,35 @@ constexpr std::uint8_t kCompressions[][2] = {
     {0xff, 0x7f}, {0x02, 0x80}, {0x99, 0x87}, {0x4c, 0x88}, {0xff, 0xff},
 };
 
-// Gives the field 259 of a little-endian file another value.
-void SetCompression(Bytes& tiff, const std::uint8_t (&value)[2]) {
-  constexpr std::uint8_t kField[] = {0x03, 0x01, 3, 0, 1, 0, 0, 0};  // 259, a word, one of them
-  const auto found = std::search(tiff.begin(), tiff.end(), std::begin(kField), std::end(kField));
-  if (found == tiff.end()) Fail("a TIFF without its compression");
-  std::copy(std::begin(value), std::end(value), found + std::size(kField));
+// A frame of zero differences: one code, of one bit.
+Bytes LosslessJpegOf(std::uint8_t width, std::uint8_t height) {
+  Bytes stream = {0xff, 0xd8,                                                    // image
+                  0xff, 0xc4, 0, 20, 0,  1, 0,      0, 0,     0, 0, 0,    0, 0,  // table
+                  0,    0,    0, 0,  0,  0, 0,      0,                           //
+                  0xff, 0xc3, 0, 11, 16, 0, height, 0, width, 1, 1, 0x11, 0,     // frame
+                  0xff, 0xda, 0, 8,  1,  1, 0,      1, 0,     0};                // scan
+  stream.resize(stream.size() + std::size_t{width} * height / 8 + 1);
+  stream.insert(stream.end(), {0xff, 0xd9});
+  return stream;
+}
+
+// Streams of the frame's size, of a smaller and of a larger one, and one without an end.
+void AddLosslessJpeg(std::vector<Seed>& seeds, const Folder& folder) {
+  const auto add = [&](const char* name, const Bytes& stream) {
+    const TiffVariant mosaic = {
+        "mosaic", "wl", PHOTOMETRIC_CFA, 1, 16, COMPRESSION_NONE, PLANARCONFIG_CONTIG, false};
+    Bytes file = TiffOf(
+        mosaic, kMosaic, folder, [](TIFF* tiff) { DescribeMosaic(tiff, kCameras[0]); }, stream);
+    SetWord(file, TIFFTAG_COMPRESSION, {COMPRESSION_JPEG, 0});
+    seeds.push_back(Case(name, ".dng", file));
+  };
+  constexpr auto kRows = static_cast<std::uint8_t>(kMosaic.height);
+  constexpr auto kColumns = static_cast<std::uint8_t>(kMosaic.width);
+  const Bytes whole = LosslessJpegOf(kColumns, kRows);
+  add("lossless", whole);
+  add("lossless-small", LosslessJpegOf(kColumns, kRows / 2));
+  add("lossless-large", LosslessJpegOf(255, 255));
+  add("lossless-cut", Bytes(whole.begin(), whole.end() - 40));
 }
 
 void AddRaw(std::vector<Seed>& seeds, const Folder& folder) {
@@ -349,7 +398,7 @@ void AddRaw(std::vector<Seed>& seeds, const Folder& folder) {
         "mosaic", mode, PHOTOMETRIC_CFA, 1, 16, COMPRESSION_NONE, PLANARCONFIG_CONTIG, false};
     Bytes file =
         TiffOf(mosaic, kMosaic, folder, [&camera](TIFF* tiff) { DescribeMosaic(tiff, camera); });
-    if (compression[0] != 1) SetCompression(file, compression);
+    if (compression[0] != 1) SetWord(file, TIFFTAG_COMPRESSION, compression);
     for (const int said : {0, kSaysBlack | kSaysScale}) {
       ReaderHeader header = {};
       header.said = static_cast<std::uint8_t>(said);
@@ -376,6 +425,7 @@ std::vector<Seed> Seeds() {
   AddPng(seeds);
   AddTiff(seeds, folder);
   AddRaw(seeds, folder);
+  AddLosslessJpeg(seeds, folder);
   return seeds;
 }
 

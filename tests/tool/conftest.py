@@ -40,6 +40,14 @@ class Tool:
         assert self.contents() == before
         return result.stderr[len("korvex2: "):-1]
 
+    def takes(self, *arguments):
+        """The exit code, and the memory that was taken at the peak, in bytes."""
+        process = subprocess.Popen(
+            self.command(*arguments), cwd=self.folder, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        _, status, usage = os.wait4(process.pid, 0)
+        process.returncode = os.waitstatus_to_exitcode(status)
+        return process.returncode, usage.ru_maxrss * 1024
+
     def contents(self):
         return {path: path.read_bytes() for path in self.folder.rglob("*") if path.is_file()}
 

@@ -192,26 +192,28 @@ def tiff_field(order, kind, values):
     return packed, len(values) // (2 if kind == RATIONAL else 1)
 
 
-def tiff_bytes(array, photometric=None, order="<", tile=None, rows_per_strip=5, planar=False, extra=()):
-    """Uncompressed; `extra` are (tag, type, values) on top."""
+def tiff_bytes(array, photometric=None, order="<", tile=None, rows_per_strip=5, planar=False, extra=(),
+               compression=1, blocks=None):
+    """`extra` are (tag, type, values) on top; `blocks` are strips or tiles that were compressed elsewhere."""
     array = with_channels(array)
     height, width, channels = array.shape
     parts = [array[:, :, i:i + 1] for i in range(channels)] if planar else [array]
-    blocks = [block.astype(block.dtype.newbyteorder(order)).tobytes()
-              for part in parts for block in tiff_blocks(part, tile, rows_per_strip)]
+    if blocks is None:
+        blocks = [block.astype(block.dtype.newbyteorder(order)).tobytes()
+                  for part in parts for block in tiff_blocks(part, tile, rows_per_strip)]
     offsets = [8 + sum(map(len, blocks[:i])) for i in range(len(blocks))]
     sizes = [len(block) for block in blocks]
     if photometric is None:
         photometric = MIN_IS_BLACK if channels < 3 else TIFF_RGB
     fields = [(256, LONG, [width]), (257, LONG, [height]), (258, SHORT, [array.itemsize * 8] * channels),
-              (259, SHORT, [1]), (262, SHORT, [photometric]), (277, SHORT, [channels]),
+              (259, SHORT, [compression]), (262, SHORT, [photometric]), (277, SHORT, [channels]),
               (284, SHORT, [2 if planar else 1]), *extra]
     if channels in (2, 4):
         fields.append((338, SHORT, [2]))
     if tile is None:
         fields += [(273, LONG, offsets), (278, SHORT, [rows_per_strip]), (279, LONG, sizes)]
     else:
-        fields += [(322, SHORT, [tile[1]]), (323, SHORT, [tile[0]]), (324, LONG, offsets), (325, LONG, sizes)]
+        fields += [(322, LONG, [tile[1]]), (323, LONG, [tile[0]]), (324, LONG, offsets), (325, LONG, sizes)]
     data = b"".join(blocks)
     data += bytes(len(data) % 2)
     directory, tail = struct.pack(order + "H", len(fields)), b""
@@ -227,12 +229,37 @@ def tiff_bytes(array, photometric=None, order="<", tile=None, rows_per_strip=5, 
             + tail)
 
 
-def dng_bytes(samples, pattern, area=None, repeat=(2, 2), order="<", photometric=CFA):
+def dng_bytes(samples, pattern, area=None, repeat=(2, 2), order="<", photometric=CFA, fields=(), **options):
     """A mosaic of 16 bits; `pattern` has the filters of the active area, 0 1 2 for red green blue."""
     height, width = samples.shape[:2]
     extra = [(271, ASCII, b"Nobody"), (272, ASCII, b"Nothing"), (50706, BYTE, [1, 4, 0, 0]),
              (50708, ASCII, b"Nobody Nothing"), (50829, LONG, area or [0, 0, height, width]),
-             (50714, LONG, [100]), (50717, LONG, [16383])]
+             (50714, LONG, [100]), (50717, LONG, [16383]), *fields]
     if photometric == CFA:
         extra += [(33421, SHORT, repeat), (33422, BYTE, pattern)]
-    return tiff_bytes(samples, photometric, order, rows_per_strip=height, extra=extra)
+    return tiff_bytes(samples, photometric, order, **{"rows_per_strip": height, "extra": extra, **options})
+
+
+# --- Lossless JPEG, which is how DNG compresses. -------------------------------------------------------
+
+def jpeg_segment(marker, data):
+    return struct.pack(">BBH", 0xff, marker, len(data) + 2) + data
+
+
+def lossless_jpeg(samples, claim=None, end=b"\xff\xd9"):
+    """One component of 16 bits, each sample the difference from its neighbour on the left, codes of 5 bits.
+    `claim` is the height and width that the frame says instead of its own."""
+    left = np.concatenate([samples[:, :1], samples[:, :-1]], axis=1).astype(int)
+    left[:, 0] = np.concatenate([[1 << 15], samples[:-1, 0]])
+    bits = []
+    for difference in (samples.astype(int) - left).ravel().tolist():
+        length = abs(difference).bit_length()
+        bits.append(f"{length:05b}")
+        if 0 < length < 16:
+            bits.append(f"{difference if difference > 0 else difference + (1 << length) - 1:0{length}b}")
+    text = "".join(bits)
+    text += "1" * (-len(text) % 8)
+    entropy = int(text, 2).to_bytes(len(text) // 8, "big").replace(b"\xff", b"\xff\0")
+    return (b"\xff\xd8" + jpeg_segment(0xc4, bytes([0] + [0] * 4 + [17] + [0] * 11) + bytes(range(17)))
+            + jpeg_segment(0xc3, struct.pack(">BHHB", 16, *(claim or samples.shape), 1) + b"\1\x11\0")
+            + jpeg_segment(0xda, b"\1\1\0\1\0\0") + entropy + end)

@@ -128,6 +128,32 @@ def test_a_png_that_claims_to_be_wide_takes_no_memory(tool):
     assert result.returncode == 1 and "in.png is truncated" in result.stderr
 
 
+@pytest.mark.parametrize("kind, head", [(b"zTXt", b"a\0\0"), (b"iTXt", b"a\0\1\0\0\0")])
+def test_texts_of_a_png_take_no_memory(tool, kind, head):
+    if "sanitizer" in tool.succeeds("info"):
+        pytest.skip("SKIPPED: sanitizers need memory of their own")
+    import zlib
+    from pictures import chunk
+    whole = png_bytes(PICTURE)
+    text = chunk(kind, head + zlib.compress(b"x" * 7_900_000, 9))
+    end = whole.index(b"IDAT") - 4
+    (tool.folder / "in.png").write_bytes(whole[:end] + 100 * text + whole[end:])
+    code, memory = tool.takes("convert", "in.png", "out.raw", "--to", "rgb8")
+    assert code == 0 and memory < 300 << 20
+    assert (tool.folder / "out.raw").read_bytes() == PICTURE.tobytes()
+    (tool.folder / "after.png").write_bytes(whole[:-12] + 100 * text + whole[-12:])
+    code, memory = tool.takes("convert", "after.png", "out.raw", "--to", "rgb8")
+    assert code == 0 and memory < 300 << 20
+
+
+@pytest.mark.parametrize("name, data", [("in.pgm", b"P5 0 0 255\n"), ("in.pgm", b"P2 0 5 255\n"),
+                                        ("in.pam", b"P7\nWIDTH 0\nHEIGHT 1\nDEPTH 1\nMAXVAL 255\nENDHDR\n")])
+def test_an_empty_picture_is_named(tool, name, data):
+    (tool.folder / name).write_bytes(data)
+    (tool.folder / "b.png").write_bytes(png_bytes(PICTURE))
+    assert tool.fails(2, "diff", name, "b.png").startswith(f"{name} cannot be read: a picture of 0 x ")
+
+
 @pytest.mark.parametrize("data", [
     b"", b"P", b"P5", b"P5\n", b"P5 2", b"P5 2 2", b"P5 2 2 255", b"P5 2 2 255\n\1\2\3", b"P5 2 2 256\n1234567",
     b"P5 0 2 255\n", b"P5 2 0 255\n", b"P5 2 2 0\n1234", b"P5 2 2 65536\n12345678", b"P5 -2 2 255\n1234",
@@ -139,7 +165,7 @@ def test_a_png_that_claims_to_be_wide_takes_no_memory(tool):
 def test_damaged_pnm(tool, data):
     (tool.folder / "in.pnm").write_bytes(data)
     message = tool.fails(1, "convert", "in.pnm", "out.png", "--to", "mono8")
-    assert "in.pnm" in message or "picture of" in message
+    assert "in.pnm" in message
 
 
 def test_a_picture_under_the_wrong_extension(tool):

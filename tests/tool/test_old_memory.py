@@ -3,7 +3,10 @@ tool must write the same files."""
 
 import os
 
+import numpy as np
 import pytest
+
+from pictures import ASCII, BYTE, CFA, SHORT, tiff_bytes
 
 EXTENSIONS = {"mono8": ["raw", "png", "pgm", "tif", "npy", "y4m"], "mono12": ["raw"],
               "mono16": ["raw", "png", "pam", "tif", "npy"], "rgb8": ["raw", "png", "ppm", "tif", "npy"],
@@ -42,3 +45,28 @@ def test_pictures_of_mosaics_do_not_depend_on_old_memory(tool, rng, method):
     arguments = ("in.raw", "out.png", "--from", "raw8", "--tile", "gbrg", "--width", 38, "--height", 6,
                  "--method", method, "--to", "bgr")
     assert written(tool, 0xA5, *arguments) == written(tool, 0x5A, *arguments)
+
+
+CAMERAS = {"Nobody": "Nothing", "NIKON CORPORATION": "NIKON D70", "Canon": "Canon EOS 5D", "SONY": "DSLR-A100"}
+
+
+@pytest.mark.parametrize("compression", [6, 7, 32767, 34713])
+@pytest.mark.parametrize("maker", CAMERAS)
+@pytest.mark.parametrize("dng", [False, True])
+def test_raw_files_whose_samples_cannot_be_decoded_show_no_old_memory(tool, rng, maker, compression, dng):
+    """Noise in the place of compressed samples; a reader may refuse it."""
+    fields = [(271, ASCII, maker.encode()), (272, ASCII, CAMERAS[maker].encode()),
+              (33421, SHORT, [2, 2]), (33422, BYTE, [0, 1, 1, 2])]
+    if dng:
+        fields += [(50706, BYTE, [1, 4, 0, 0]), (50708, ASCII, b"Nobody Nothing")]
+    noise = rng.bytes(1536)
+    for block in (noise, noise[:700]):
+        data = tiff_bytes(np.zeros((24, 32), np.uint16), CFA, rows_per_strip=24, extra=fields, compression=compression,
+                          blocks=[block])
+        (tool.folder / "in.nef").write_bytes(data)
+        seen = []
+        for byte in (0xA5, 0x5A):
+            result = tool.run("convert", "in.nef", "out.raw", "--to", "raw16", env=environment(byte))
+            assert result.returncode in (0, 1)
+            seen.append((tool.folder / "out.raw").read_bytes() if result.returncode == 0 else result.stderr)
+        assert seen[0] == seen[1]

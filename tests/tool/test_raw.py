@@ -2,12 +2,13 @@
 shared/data beside the sources, has it."""
 
 import os
+import zlib
 from pathlib import Path
 
 import numpy as np
 import pytest
 
-from pictures import LINEAR_RAW, dng_bytes, mosaic, png_bytes, read_png, read_pnm
+from pictures import LINEAR_RAW, SHORT, dng_bytes, lossless_jpeg, mosaic, png_bytes, read_png, read_pnm, tiff_blocks
 
 DATA = Path(os.environ.get("KORVEX2_DATA", Path(__file__).parents[3] / "shared" / "data"))
 REAL = DATA / "raw" / "tinydng_colorchart.dng"
@@ -92,6 +93,84 @@ def test_truncated_at_many_lengths(tool, samples):
     for length in [*range(0, 64), *range(64, len(whole), 97), *range(len(whole) - 300, len(whole), 7)]:
         (tool.folder / "in.dng").write_bytes(whole[:length])
         assert "in.dng" in tool.fails(1, "convert", "in.dng", "out.png", "--to", "rgb8")
+
+
+LOSSLESS = 7
+TILES = {"one strip": None, "one tile": (40, 64), "tiles": (16, 32), "a column of tiles": (16, 64)}
+
+
+def compressed(samples, tile=None, claim=None, end=b"\xff\xd9", cut=None, order="<"):
+    """A DNG of lossless JPEG. `cut` is the shape that is left of each tile."""
+    parts = [part[:, :, 0] for part in tiff_blocks(samples[:, :, None], tile, len(samples))]
+    rows, columns = cut or (None, None)
+    blocks = [lossless_jpeg(part[:rows, :columns], claim, end) for part in parts]
+    return dng_bytes(samples, PATTERNS["rggb"], order=order, compression=LOSSLESS, tile=tile, blocks=blocks)
+
+
+@pytest.mark.parametrize("order", "<>")
+@pytest.mark.parametrize("tile", TILES)
+def test_lossless_jpeg(tool, samples, tile, order):
+    (tool.folder / "in.dng").write_bytes(compressed(samples, TILES[tile], order=order))
+    tool.succeeds("convert", "in.dng", "out.raw", "--to", "raw16")
+    assert (tool.folder / "out.raw").read_bytes() == samples.astype("<u2").tobytes()
+
+
+@pytest.mark.parametrize("lie", [
+    {"cut": (8, 32)}, {"cut": (16, 8)}, {"cut": (1, 1)},  # less than a tile
+    {"claim": (1 << 15, 64)}, {"claim": (65535, 65535)}, {"claim": (0, 32)},  # more than was compressed
+    {"claim": (16, 64)}, {"end": b""}, {"end": b"\xff"}, {"end": b"\xff\xd8"}])  # and no end
+@pytest.mark.parametrize("tile", ["one strip", "tiles"])
+def test_lossless_jpeg_of_another_size_than_its_tile(tool, samples, tile, lie):
+    (tool.folder / "in.dng").write_bytes(compressed(samples, TILES[tile], **lie))
+    message = tool.fails(1, "convert", "in.dng", "out.raw", "--to", "raw16")
+    assert "in.dng is a damaged raw file" in message
+
+
+@pytest.mark.parametrize("tile", TILES)
+def test_truncated_lossless_jpeg(tool, samples, tile):
+    whole = compressed(samples, TILES[tile])
+    for length in range(0, len(whole), len(whole) // 23):
+        (tool.folder / "in.dng").write_bytes(whole[:length])
+        assert "in.dng" in tool.fails(1, "convert", "in.dng", "out.raw", "--to", "raw16")
+
+
+def test_lossless_jpeg_whose_samples_end_early(tool, samples):
+    stream = lossless_jpeg(samples)
+    for length in (60, len(stream) // 2, len(stream) - 20):
+        for end in (b"", b"\xff\xd9"):
+            data = dng_bytes(samples, PATTERNS["rggb"], compression=LOSSLESS, blocks=[stream[:length] + end])
+            (tool.folder / "in.dng").write_bytes(data)
+            assert "in.dng is a damaged raw file" in tool.fails(1, "convert", "in.dng", "out.raw", "--to", "raw16")
+
+
+def test_tiles_that_share_a_stream(tool, samples):
+    """Else a small file could ask for any number of them."""
+    data = compressed(samples, (16, 32))
+    offset = (8).to_bytes(4, "little")
+    at = data.rindex(offset)  # of the first tile
+    (tool.folder / "in.dng").write_bytes(data[:at] + 6 * offset + data[at + 24:])
+    assert "in.dng is a damaged raw file" in tool.fails(1, "convert", "in.dng", "out.raw", "--to", "raw16")
+
+
+@pytest.mark.parametrize("compression, tile", [(1, None), (LOSSLESS, None), (LOSSLESS, (256, 256)), (8, (256, 256))])
+def test_a_small_file_that_claims_to_be_large_takes_no_memory(tool, compression, tile):
+    if "sanitizer" in tool.succeeds("info"):
+        pytest.skip("SKIPPED: sanitizers need memory of their own")
+    stream = lossless_jpeg(np.zeros((16, 64), np.uint16))
+    data = dng_bytes(np.broadcast_to(np.uint16(0), (15000, 30000)), PATTERNS["rggb"], compression=compression,
+                     tile=tile, blocks=[stream])
+    (tool.folder / "in.dng").write_bytes(data)
+    code, memory = tool.takes("convert", "in.dng", "out.raw", "--to", "raw16")
+    assert code == 1 and memory < 500 << 20
+
+
+@pytest.mark.parametrize("compression", [1, 8])
+def test_floating_point_samples_are_refused(tool, samples, compression):
+    block = zlib.compress(samples.tobytes()) if compression == 8 else samples.tobytes()
+    data = dng_bytes(samples, PATTERNS["rggb"], compression=compression, tile=(40, 64), blocks=[block],
+                     fields=[(339, SHORT, [3])])
+    (tool.folder / "in.dng").write_bytes(data)
+    assert "floating-point" in tool.fails(1, "convert", "in.dng", "out.raw", "--to", "raw16")
 
 
 def test_files_that_are_no_raw_files(tool, rng):

@@ -1,5 +1,7 @@
 """TIFF: as PIL writes it, in the variants that PIL does not write, and as PIL and libtiff read it."""
 
+import io
+
 import numpy as np
 import pytest
 from PIL import Image
@@ -157,3 +159,63 @@ def test_blue_first_formats_are_written_as_rgb(tool, rng, name, channels):
     tool.succeeds("convert", "in.png", "out.tiff", "--to", name)
     with Image.open(tool.folder / "out.tiff") as picture:
         assert np.array_equal(np.asarray(picture), samples)
+
+
+JPEG = 7
+
+
+def jpeg(samples):
+    stream = io.BytesIO()
+    Image.fromarray(samples).save(stream, "JPEG", quality=100)
+    return stream.getvalue()
+
+
+@pytest.mark.parametrize("layout", [{"tile": (64, 64)}, {"rows_per_strip": 64}])
+def test_jpeg_is_read_as_it_stands(tool, layout):
+    flat = np.full((64, 64), 77, np.uint8)
+    (tool.folder / "in.tif").write_bytes(tiff_bytes(flat, compression=JPEG, blocks=[jpeg(flat)], **layout))
+    tool.succeeds("convert", "in.tif", "out.png", "--to", "mono8")
+    assert np.array_equal(read_png(tool.folder / "out.png"), flat)
+
+
+@pytest.mark.parametrize("layout", [{"tile": (64, 64)}, {"rows_per_strip": 64}])
+@pytest.mark.parametrize("shape", [(16, 64), (64, 40), (8, 8)])
+def test_a_jpeg_smaller_than_its_block_is_damage(tool, layout, shape):
+    picture = np.zeros((64, 64), np.uint8)
+    data = tiff_bytes(picture, compression=JPEG, blocks=[jpeg(picture[:shape[0], :shape[1]])], **layout)
+    (tool.folder / "in.tif").write_bytes(data)
+    message = tool.fails(1, "convert", "in.tif", "out.png", "--to", "mono8")
+    assert message.startswith("in.tif is a damaged TIFF file: ") and "64x64" in message
+
+
+@pytest.mark.parametrize("layout", [{"tile": (64, 64)}, {"rows_per_strip": 64}])
+@pytest.mark.parametrize("part", [0.5, 0.9])
+def test_a_jpeg_cut_short_is_damage(tool, rng, layout, part):
+    noise = random(rng, 1, 8, (64, 64))
+    stream = jpeg(noise)
+    data = tiff_bytes(noise, compression=JPEG, blocks=[stream[:int(len(stream) * part)]], **layout)
+    (tool.folder / "in.tif").write_bytes(data)
+    assert "in.tif is a damaged TIFF file: " in tool.fails(1, "convert", "in.tif", "out.png", "--to", "mono8")
+
+
+@pytest.mark.parametrize("side", [1 << 16, 1 << 20, 1 << 31])
+@pytest.mark.parametrize("compression", [1, 8])
+def test_tiles_that_no_file_could_fill_are_named(tool, side, compression):
+    data = tiff_bytes(np.zeros((4, 4), np.uint8), tile=(side, side), blocks=[b"abc"], compression=compression)
+    (tool.folder / "in.tif").write_bytes(data)
+    message = tool.fails(1, "convert", "in.tif", "out.png", "--to", "mono8")
+    assert message.startswith("in.tif is a damaged TIFF file: ")
+    assert message.endswith(f"{len(data)} bytes cannot hold tiles of {side} x {side} pixels")
+    assert "in.tif" in tool.fails(2, "diff", "in.tif", "in.tif")
+
+
+def test_a_picture_too_large_for_a_frame_is_named(tool):
+    data = tiff_bytes(np.zeros((4, 4), np.uint8), blocks=[b"abc"])
+    size = (4).to_bytes(4, "little")
+    for tag in (256, 257):  # both sides
+        field = tag.to_bytes(2, "little") + b"\4\0\1\0\0\0"
+        data = data.replace(field + size, field + (1 << 20).to_bytes(4, "little"))
+    (tool.folder / "in.tif").write_bytes(data)
+    assert "in.tif" in tool.fails(2, "diff", "in.tif", "in.tif")
+    message = tool.fails(1, "convert", "in.tif", "out.png", "--to", "mono8")
+    assert "in.tif" in message and "1048576 x 1048576" in message

@@ -65,6 +65,8 @@ class Reader {
       return false;
     }
     png_set_user_limits(m_png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
+    // Of text, profiles and the like nothing is read: they may unpack to gigabytes.
+    png_set_keep_unknown_chunks(m_png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
     png_set_read_fn(m_png, &m_source, OnRead);
     png_read_info(m_png, m_info);
     return true;
@@ -99,9 +101,9 @@ class Reader {
     return true;
   }
 
-  Raster NewRaster() const {
-    return Raster(png_get_image_width(m_png, m_info), png_get_image_height(m_png, m_info),
-                  png_get_channels(m_png, m_info), png_get_bit_depth(m_png, m_info) / 8U);
+  Raster MakeRaster(const std::string& path) const {
+    return NewRaster(path, png_get_image_width(m_png, m_info), png_get_image_height(m_png, m_info),
+                     png_get_channels(m_png, m_info), png_get_bit_depth(m_png, m_info) / 8U);
   }
 
  private:
@@ -193,7 +195,7 @@ Raster ReadPng(const InputFile& file) {
   if (!reader.Begin()) {
     FailAsDamaged(file, reader);
   }
-  Raster raster = reader.NewRaster();
+  Raster raster = reader.MakeRaster(file.path());
   if (!reader.ReadRows(raster)) {
     FailAsDamaged(file, reader);
   }

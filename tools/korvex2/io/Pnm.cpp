@@ -218,7 +218,8 @@ Raster ReadPnm(const InputFile& file) {
   Parser parser(bytes, file.path());
   const Header header = parser.ReadHeader();
   RequireEnough(parser, header, file.path());
-  Raster raster(header.width, header.height, header.channels, header.bytesPerSample());
+  Raster raster =
+      NewRaster(file.path(), header.width, header.height, header.channels, header.bytesPerSample());
   if (header.IsText()) {
     ReadText(parser, header, raster);
   } else {

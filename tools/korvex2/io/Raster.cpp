@@ -109,8 +109,9 @@ bool IsOpaque(const Raster& raster) {
 }
 
 // No pixel format is grey with alpha.
-Raster WithoutGreyAlpha(const Raster& raster) {
-  Raster result(raster.width, raster.height, IsOpaque(raster) ? 1 : 4, raster.bytesPerSample);
+Raster WithoutGreyAlpha(const Raster& raster, const std::string& path) {
+  Raster result =
+      NewRaster(path, raster.width, raster.height, IsOpaque(raster) ? 1 : 4, raster.bytesPerSample);
   const std::size_t size = raster.bytesPerSample;
   const unsigned char* source = raster.Row(0);
   unsigned char* destination = result.Row(0);
@@ -133,19 +134,27 @@ std::string NamesOfShape(const Raster& raster) {
   return names;
 }
 
-std::size_t CheckedSize(std::uint32_t width, std::uint32_t height, unsigned pixelSize) {
+// Why no Image holds a picture of this shape; nothing where one does.
+std::string Obstacle(std::uint32_t width, std::uint32_t height, unsigned pixelSize) {
   constexpr std::uint64_t kLimit = std::numeric_limits<std::uint32_t>::max();
-  const std::uint64_t pixels = std::uint64_t{width} * height;
   if (width == 0 || height == 0) {
-    throw Failure("a picture of {} x {} pixels is empty; both sides must be at least 1", width,
-                  height);
+    return fmt::format("a picture of {} x {} pixels is empty; both sides must be at least 1", width,
+                       height);
   }
-  if (pixels > kLimit / pixelSize) {
-    throw Failure(
+  if (std::uint64_t{width} * height > kLimit / pixelSize) {
+    return fmt::format(
         "a picture of {} x {} pixels of {} bytes is too large; a frame has at most {} bytes", width,
         height, pixelSize, kLimit);
   }
-  return static_cast<std::size_t>(pixels * pixelSize);
+  return {};
+}
+
+std::size_t CheckedSize(std::uint32_t width, std::uint32_t height, unsigned pixelSize) {
+  const std::string obstacle = Obstacle(width, height, pixelSize);
+  if (!obstacle.empty()) {
+    throw Failure("{}", obstacle);
+  }
+  return std::size_t{width} * height * pixelSize;
 }
 
 }  // namespace
@@ -157,6 +166,15 @@ Raster::Raster(std::uint32_t columns, std::uint32_t rows, unsigned channelCount,
       channels(channelCount),
       bytesPerSample(sampleSize),
       bytes(CheckedSize(columns, rows, channelCount * sampleSize)) {}
+
+Raster NewRaster(const std::string& path, std::uint32_t width, std::uint32_t height,
+                 unsigned channels, unsigned bytesPerSample) {
+  const std::string obstacle = Obstacle(width, height, channels * bytesPerSample);
+  if (!obstacle.empty()) {
+    throw Failure("{} cannot be read: {}", path, obstacle);
+  }
+  return {width, height, channels, bytesPerSample};
+}
 
 unsigned RasterChannels(PixelFormat format) {
   const Correspondence* row = Find(format);
@@ -177,7 +195,7 @@ Image NewImage(std::uint32_t width, std::uint32_t height, const PixelFormatInfo&
 Image ToImage(Raster raster, const PixelFormatInfo* wanted, BayerTileFormat tile,
               const std::string& path) {
   if (raster.channels == 2) {
-    raster = WithoutGreyAlpha(raster);
+    raster = WithoutGreyAlpha(raster, path);
   }
   const Correspondence* row = wanted == nullptr ? &Natural(raster) : Find(wanted->format);
   if (row == nullptr || !SameShape(*row, raster)) {

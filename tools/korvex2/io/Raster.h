@@ -33,6 +33,11 @@ struct Raster {
   std::optional<SensorLevels> levels;  ///< of a camera's raw file
 };
 
+/// Memory for the picture that a file announces; a Failure that names the file where no Image can
+/// hold it.
+Raster NewRaster(const std::string& path, std::uint32_t width, std::uint32_t height,
+                 unsigned channels, unsigned bytesPerSample);
+
 /// How many channels a picture file needs for a format, losslessly; 0 when none can hold it.
 unsigned RasterChannels(PixelFormat format);
 

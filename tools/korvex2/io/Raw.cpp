@@ -3,21 +3,65 @@
 #include <libraw/libraw.h>
 
 #include <algorithm>
-#include <cstring>
+#include <climits>
+#include <cstdint>
 #include <memory>
 #include <new>
+#include <span>
 #include <string>
+#include <utility>
 
 #include "Failure.h"
+#include "io/LosslessJpeg.h"
 
 namespace Korvex2::Tool {
 namespace {
 
-struct Closer {
-  void operator()(libraw_data_t* raw) const { libraw_close(raw); }
-};
+// LibRaw does not clear the memory that it decodes into, and decoders that meet less than a frame
+// leave the rest as it was.
+class Decoder : public LibRaw {
+ public:
+  // The name of the function that decodes the samples; empty before a file is open.
+  std::string Loader() {
+    libraw_decoder_info_t info = {};
+    get_decoder_info(&info);
+    return info.decoder_name == nullptr ? "" : info.decoder_name;
+  }
 
-using Raw = std::unique_ptr<libraw_data_t, Closer>;
+  const unpacker_data_t& layout() const { return libraw_internal_data.unpacker_data; }
+
+  int UnpackIntoClearedMemory() {
+    const std::string loader = Loader();
+    // unpacked_load_raw() tells of every missing sample, and unpack() asks whether it is the one.
+    if (!loader.empty() && loader != "unpacked_load_raw()") {
+      m_loader = std::exchange(load_raw, static_cast<Function>(&Decoder::LoadIntoClearedMemory));
+    }
+    return unpack();
+  }
+
+  int get_decoder_info(libraw_decoder_info_t* info) override {
+    const Function current = std::exchange(load_raw, m_loader == nullptr ? load_raw : m_loader);
+    const int result = LibRaw::get_decoder_info(info);
+    load_raw = current;
+    return result;
+  }
+
+ private:
+  using Function = void (LibRaw::*)();
+
+  // In the place of LibRaw's own function, which is called when the memory has been allocated.
+  void LoadIntoClearedMemory() {
+    load_raw = std::exchange(m_loader, nullptr);
+    const libraw_rawdata_t& raw = imgdata.rawdata;
+    if (raw.raw_image != nullptr && raw.raw_image == raw.raw_alloc) {
+      const libraw_image_sizes_t& sizes = imgdata.sizes;
+      std::fill_n(raw.raw_image, std::size_t{sizes.raw_width} * sizes.raw_height, 0);
+    }
+    (this->*load_raw)();
+  }
+
+  Function m_loader = nullptr;
+};
 
 // LibRaw goes on with zeros where data is missing, and tells of it in passing only.
 extern "C" {
@@ -46,17 +90,18 @@ struct TileColours {
 constexpr TileColours kTiles[] = {{"RGGB", RGGB}, {"GRBG", GRBG}, {"GBRG", GBRG}, {"BGGR", BGGR}};
 
 // The tile at the top-left of the active area; NONE for sensors with other filters.
-BayerTileFormat TileOf(libraw_data_t* raw) {
+BayerTileFormat TileOf(Decoder& decoder) {
   constexpr unsigned kFirstBayer = 1000;  // smaller numbers stand for patterns larger than 2 x 8
-  if (raw->idata.filters < kFirstBayer || raw->rawdata.ioparams.fuji_width != 0) {
+  const libraw_iparams_t& parameters = decoder.imgdata.idata;
+  if (parameters.filters < kFirstBayer || decoder.is_fuji_rotated() != 0) {
     return NONE;
   }
   for (const TileColours& known : kTiles) {
     bool same = true;
     for (int row = 0; row < 8; ++row) {  // some patterns repeat later
       for (int column = 0; column < 2; ++column) {
-        const int colour = libraw_COLOR(raw, row, column) & 3;
-        same &= raw->idata.cdesc[colour] == known.colours[row % 2 * 2 + column];
+        const int colour = decoder.COLOR(row, column) & 3;
+        same &= parameters.cdesc[colour] == known.colours[row % 2 * 2 + column];
       }
     }
     if (same) {
@@ -66,9 +111,9 @@ BayerTileFormat TileOf(libraw_data_t* raw) {
   return NONE;
 }
 
-Raster ActiveArea(const libraw_data_t& raw) {
+Raster ActiveArea(const libraw_data_t& raw, const std::string& path) {
   const libraw_image_sizes_t& sizes = raw.sizes;
-  Raster raster(sizes.width, sizes.height, 1, 2);
+  Raster raster = NewRaster(path, sizes.width, sizes.height, 1, 2);
   for (std::size_t y = 0; y < raster.height; ++y) {
     const unsigned short* source = raw.rawdata.raw_image +
                                    (sizes.top_margin + y) * (sizes.raw_pitch / sizeof *source) +
@@ -83,8 +128,8 @@ Raster ActiveArea(const libraw_data_t& raw) {
 }
 
 // LibRaw keeps a part for all samples, one for each colour and one for each place of a pattern.
-SensorLevels LevelsOf(libraw_data_t* raw) {
-  const libraw_colordata_t& color = raw->color;
+SensorLevels LevelsOf(Decoder& decoder) {
+  const libraw_colordata_t& color = decoder.imgdata.color;
   const bool hasPattern =
       color.cblack[4] != 0 && color.cblack[5] != 0 &&
       std::uint64_t{color.cblack[4]} * color.cblack[5] <= std::size(color.cblack) - 6;
@@ -93,7 +138,7 @@ SensorLevels LevelsOf(libraw_data_t* raw) {
   SensorLevels levels{2 * rows, 2 * columns, {}, color.maximum};
   for (std::size_t y = 0; y < levels.rows; ++y) {
     for (std::size_t x = 0; x < levels.columns; ++x) {
-      const int colour = libraw_COLOR(raw, static_cast<int>(y), static_cast<int>(x)) & 3;
+      const int colour = decoder.COLOR(static_cast<int>(y), static_cast<int>(x)) & 3;
       const std::uint32_t ofPlace =
           hasPattern ? color.cblack[6 + y % rows * columns + x % columns] : 0;
       levels.black.push_back(color.black + color.cblack[colour] + ofPlace);
@@ -108,32 +153,140 @@ bool LiesInside(const libraw_image_sizes_t& sizes) {
          sizes.raw_pitch >= sizes.raw_width * sizeof(unsigned short);
 }
 
+// --- Whether the file holds what it announces, before memory is taken and time spent -------------
+
+std::uint64_t Pixels(const Decoder& decoder) {
+  return std::uint64_t{decoder.imgdata.sizes.raw_width} * decoder.imgdata.sizes.raw_height;
+}
+
+// No compression that is read stores less for a frame.
+std::uint64_t LeastSize(Decoder& decoder) {
+  constexpr std::uint64_t kBestRatio = 1032;
+  const std::uint64_t pixels = Pixels(decoder);
+  const std::string loader = decoder.Loader();
+  return loader == "packed_dng_load_raw()"      ? pixels * decoder.layout().tiff_bps / 8
+         : loader == "lossless_jpeg_load_raw()" ? pixels / 8
+                                                : pixels * sizeof(unsigned short) / kBestRatio;
+}
+
+std::span<const unsigned char> From(const Bytes& bytes, std::uint64_t begin) {
+  const std::uint64_t from = std::min<std::uint64_t>(begin, bytes.size);
+  return {bytes.data.get() + from, static_cast<std::size_t>(bytes.size - from)};
+}
+
+// The streams of lossless JPEG where LibRaw will look for them.
+class Tiles {
+ public:
+  Tiles(const Decoder& decoder, const Bytes& bytes)
+      : m_bytes(bytes),
+        m_layout(decoder.layout()),
+        m_columns(decoder.imgdata.sizes.raw_width),
+        m_rows(decoder.imgdata.sizes.raw_height) {}
+
+  // A stream ends where its samples do, has those of its tile and not many more, and lies apart
+  // from the others.
+  bool AreWhole() const {
+    std::uint64_t entry = static_cast<std::uint64_t>(m_layout.data_offset);
+    std::uint64_t left = m_bytes.size;
+    for (std::uint64_t top = 0; top < m_rows; top += m_layout.tile_length) {
+      for (std::uint64_t x = 0; x < m_columns; x += m_layout.tile_width, entry += 4) {
+        const auto stream = FindLosslessJpeg(From(m_bytes, IsTiled() ? Offset(entry) : entry));
+        if (!stream || stream->size == 0 || stream->size > left ||
+            stream->samples > 8 * stream->size || !Fills(stream->samples, top)) {
+          return false;
+        }
+        left -= stream->size;
+      }
+    }
+    return true;
+  }
+
+ private:
+  bool IsTiled() const { return m_layout.tile_length < INT_MAX; }
+
+  std::uint64_t Offset(std::uint64_t entry) const {
+    const auto field = From(m_bytes, entry);
+    if (field.size() < 4) {
+      return m_bytes.size;
+    }
+    const bool lowByteFirst = m_layout.order == 0x4949;
+    std::uint64_t offset = 0;
+    for (std::size_t i = 0; i < 4; ++i) {
+      offset = offset << 8 | field[lowByteFirst ? 3 - i : i];
+    }
+    return offset;
+  }
+
+  // The lowest tiles may go on below the picture.
+  bool Fills(std::uint64_t samples, std::uint64_t top) const {
+    const std::uint64_t row = std::min<std::uint64_t>(m_layout.tile_width, m_columns) *
+                              (m_layout.tiff_samples == 2 ? 2 : 1);
+    const std::uint64_t length = m_layout.tile_length;
+    return samples >= row * std::min(length, m_rows - top) &&
+           samples <= 2 * row * std::min(length, m_rows);
+  }
+
+  const Bytes& m_bytes;
+  const unpacker_data_t& m_layout;
+  std::uint64_t m_columns;
+  std::uint64_t m_rows;
+};
+
+// Other cameras than those of DNG cut a stream into slices; it has the samples of the sensor then.
+bool IsOneStream(const Decoder& decoder, const Bytes& bytes) {
+  const auto offset = static_cast<std::uint64_t>(decoder.layout().data_offset);
+  const auto stream = FindLosslessJpeg(From(bytes, offset));
+  return stream && stream->samples <= 4 * Pixels(decoder);
+}
+
+void RequireWhole(Decoder& decoder, const InputFile& file) {
+  if (LeastSize(decoder) > file.size()) {
+    throw Failure("{} is a damaged raw file: {} bytes cannot hold {} x {} samples", file.path(),
+                  file.size(), decoder.imgdata.sizes.raw_width, decoder.imgdata.sizes.raw_height);
+  }
+  const std::string loader = decoder.Loader();
+  const Bytes& bytes = file.Read();
+  if ((loader == "lossless_dng_load_raw()" && !Tiles(decoder, bytes).AreWhole()) ||
+      (loader == "lossless_jpeg_load_raw()" && !IsOneStream(decoder, bytes))) {
+    throw Failure("{} is a damaged raw file: its lossless JPEG is not that of {} x {} samples",
+                  file.path(), decoder.imgdata.sizes.raw_width, decoder.imgdata.sizes.raw_height);
+  }
+}
+
+[[noreturn]] void FailForKind(const InputFile& file, const char* kind) {
+  throw Failure("{} {}; such raw files need a raw developer", file.path(), kind);
+}
+
 }  // namespace
 
 Raster ReadRaw(const InputFile& file) {
   const Bytes& bytes = file.Read();
-  const Raw raw(libraw_init(0));
-  if (raw == nullptr) {
-    throw std::bad_alloc();
-  }
+  const auto decoder = std::make_unique<Decoder>();
   bool damaged = false;
-  libraw_set_dataerror_handler(raw.get(), OnDataError, &damaged);
-  Require(libraw_open_buffer(raw.get(), bytes.data.get(), bytes.size), file);
-  Require(libraw_unpack(raw.get()), file);
+  decoder->set_dataerror_handler(OnDataError, &damaged);
+  Require(decoder->open_buffer(bytes.data.get(), bytes.size), file);
+  const BayerTileFormat tile = TileOf(*decoder);
+  if (tile == NONE) {
+    FailForKind(file, "holds no Bayer mosaic");
+  }
+  if (decoder->is_floating_point() != 0) {
+    FailForKind(file, "holds floating-point samples");
+  }
+  RequireWhole(*decoder, file);
+  Require(decoder->UnpackIntoClearedMemory(), file);
   if (damaged) {
     throw Failure("{} is a damaged raw file: samples are missing", file.path());
   }
-  const BayerTileFormat tile = TileOf(raw.get());
-  if (raw->rawdata.raw_image == nullptr || tile == NONE) {
-    throw Failure("{} holds no Bayer mosaic; such raw files need a raw developer", file.path());
+  if (decoder->imgdata.rawdata.raw_image == nullptr) {
+    FailForKind(file, "holds no Bayer mosaic");
   }
-  if (!LiesInside(raw->sizes)) {
+  if (!LiesInside(decoder->imgdata.sizes)) {
     throw Failure("{} is a damaged raw file: the active area is larger than the sensor",
                   file.path());
   }
-  Raster raster = ActiveArea(*raw);
+  Raster raster = ActiveArea(decoder->imgdata, file.path());
   raster.tile = tile;
-  raster.levels = LevelsOf(raw.get());
+  raster.levels = LevelsOf(*decoder);
   return raster;
 }
 

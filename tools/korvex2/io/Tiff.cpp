@@ -3,12 +3,16 @@
 #include <tiffio.h>
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <new>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "Failure.h"
@@ -18,11 +22,27 @@ namespace {
 
 // --- The file, which libtiff sees through these functions ----------------------------------------
 
+using Message = std::array<char, 200>;  // libtiff's functions let no exception through
+
 struct Source {
   const Bytes& bytes;
   std::uint64_t position = 0;
-  char message[200] = "";
+  Message message{};
+  bool damaged = false;  // though libtiff goes on
+
+  // Keeps the first message, which names the cause.
+  void Note(const char* text) {
+    if (message[0] == '\0') {
+      std::snprintf(message.data(), message.size(), "%s", text);
+    }
+  }
 };
+
+Message Formatted(const char* format, va_list arguments) {
+  Message text{};
+  std::vsnprintf(text.data(), text.size(), format, arguments);
+  return text;
+}
 
 extern "C" {
 
@@ -59,16 +79,25 @@ static toff_t OnSize(thandle_t handle) {
   return static_cast<Source*>(handle)->bytes.size;
 }
 
-// Keeps the first message, which names the cause.
 static int OnError(TIFF*, void* handle, const char*, const char* format, va_list arguments) {
-  auto* source = static_cast<Source*>(handle);
-  if (source->message[0] == '\0') {
-    std::vsnprintf(source->message, sizeof source->message, format, arguments);
-  }
+  static_cast<Source*>(handle)->Note(Formatted(format, arguments).data());
   return 1;
 }
 
-static int OnWarning(TIFF*, void*, const char*, const char*, va_list) {
+// What libtiff only warns of and goes on: samples are missing, and it makes some up or leaves them
+// unwritten.
+constexpr std::string_view kDamage[] = {"Improper JPEG strip/tile size", "Premature end of JPEG",
+                                        "Corrupt JPEG data"};
+
+static int OnWarning(TIFF*, void* handle, const char*, const char* format, va_list arguments) {
+  auto* source = static_cast<Source*>(handle);
+  const Message text = Formatted(format, arguments);
+  if (std::ranges::any_of(kDamage, [&](std::string_view damage) {
+        return std::string_view(text.data()).starts_with(damage);
+      })) {
+    source->Note(text.data());
+    source->damaged = true;
+  }
   return 1;
 }
 
@@ -192,26 +221,56 @@ void Place(const Part& part, const Layout& layout, unsigned channel, Raster& ras
   }
 }
 
-// libtiff's sizes are signed and 0 on failure.
-std::size_t CheckedSize(tmsize_t size, std::size_t atLeast) {
-  if (size <= 0 || static_cast<std::size_t>(size) < atLeast) {
-    throw Failure("the layout is impossible");
+// Where libtiff decodes to: zero wherever it leaves a sample out. Pages that no sample reached were
+// never taken.
+class Block {
+ public:
+  explicit Block(std::size_t size)
+      : m_bytes(static_cast<unsigned char*>(std::calloc(size, 1))), m_size(size) {
+    if (m_bytes == nullptr) {
+      throw std::bad_alloc();
+    }
   }
-  return static_cast<std::size_t>(size);
+
+  unsigned char* data() const { return m_bytes.get(); }
+  void Clear() { std::memset(m_bytes.get(), 0, m_size); }
+
+ private:
+  struct Free {
+    void operator()(unsigned char* bytes) const { std::free(bytes); }
+  };
+
+  std::unique_ptr<unsigned char[], Free> m_bytes;
+  std::size_t m_size;
+};
+
+// libtiff's sizes are signed and 0 on failure.
+bool IsSize(tmsize_t size, std::size_t atLeast) {
+  return size > 0 && static_cast<std::size_t>(size) >= atLeast;
 }
 
 bool ReadLines(TIFF* tiff, const Layout& layout, unsigned channel, Raster& raster) {
   const std::size_t channels = layout.planes == PLANARCONFIG_CONTIG ? layout.channels : 1;
-  const std::size_t size =
-      CheckedSize(TIFFScanlineSize(tiff), layout.width * channels * layout.BytesPerSample());
-  const Bytes line(size);
+  const tmsize_t size = TIFFScanlineSize(tiff);
+  if (!IsSize(size, layout.width * channels * layout.BytesPerSample())) {
+    return false;
+  }
+  Block line(static_cast<std::size_t>(size));
   for (std::uint32_t y = 0; y < layout.height; ++y) {
-    if (TIFFReadScanline(tiff, line.data.get(), y, static_cast<std::uint16_t>(channel)) < 0) {
+    if (TIFFReadScanline(tiff, line.data(), y, static_cast<std::uint16_t>(channel)) < 0) {
       return false;
     }
-    Place({line.data.get(), 0, y, layout.width, 1, size}, layout, channel, raster);
+    Place({line.data(), 0, y, layout.width, 1, static_cast<std::size_t>(size)}, layout, channel,
+          raster);
+    line.Clear();
   }
   return true;
+}
+
+// A tile may be larger than its picture, but not by much unless the file can fill it.
+bool IsPlausibleTile(std::uint64_t size, const Raster& raster, std::uint64_t fileSize) {
+  constexpr std::uint64_t kBestRatio = 1032;  // of deflate
+  return size / 4 <= raster.bytes.size || size / kBestRatio <= fileSize;
 }
 
 bool ReadTiles(TIFF* tiff, const Layout& layout, unsigned channel, Raster& raster) {
@@ -221,19 +280,27 @@ bool ReadTiles(TIFF* tiff, const Layout& layout, unsigned channel, Raster& raste
   TIFFGetField(tiff, TIFFTAG_TILELENGTH, &height);
   const std::size_t channels = layout.planes == PLANARCONFIG_CONTIG ? layout.channels : 1;
   const std::size_t stride = width * channels * layout.BytesPerSample();
-  if (width == 0 || height == 0) {
+  const tmsize_t size = TIFFTileSize(tiff);
+  if (width == 0 || height == 0 || !IsSize(size, stride * height)) {
     return false;
   }
-  const Bytes tile(CheckedSize(TIFFTileSize(tiff), stride * height));
+  Source& source = *static_cast<Source*>(TIFFClientdata(tiff));
+  if (!IsPlausibleTile(static_cast<std::uint64_t>(size), raster, source.bytes.size)) {
+    source.Note(fmt::format("{} bytes cannot hold tiles of {} x {} pixels", source.bytes.size,
+                            width, height)
+                    .c_str());
+    return false;
+  }
+  Block tile(static_cast<std::size_t>(size));
   for (std::uint64_t y = 0; y < layout.height; y += height) {
     for (std::uint64_t x = 0; x < layout.width; x += width) {
       const auto left = static_cast<std::uint32_t>(x);
       const auto top = static_cast<std::uint32_t>(y);
-      if (TIFFReadTile(tiff, tile.data.get(), left, top, 0, static_cast<std::uint16_t>(channel)) <
-          0) {
+      if (TIFFReadTile(tiff, tile.data(), left, top, 0, static_cast<std::uint16_t>(channel)) < 0) {
         return false;
       }
-      Place({tile.data.get(), left, top, width, height, stride}, layout, channel, raster);
+      Place({tile.data(), left, top, width, height, stride}, layout, channel, raster);
+      tile.Clear();
     }
   }
   return true;
@@ -381,13 +448,15 @@ Raster ReadTiff(const InputFile& file) {
   const Tiff tiff = marked ? Open(source) : nullptr;
   if (tiff == nullptr) {
     throw Failure("{} is not a TIFF file{}{}", file.path(), marked ? ", or damaged: " : "",
-                  source.message);
+                  source.message.data());
   }
   const Layout layout = LayoutOf(tiff.get());
   RequireSupported(layout, file.path());
-  Raster raster(layout.width, layout.height, layout.channels, layout.BytesPerSample());
-  if (!ReadSamples(tiff.get(), layout, raster)) {
-    throw Failure("{} is a damaged TIFF file: {}", file.path(), source.message);
+  Raster raster =
+      NewRaster(file.path(), layout.width, layout.height, layout.channels, layout.BytesPerSample());
+  if (!ReadSamples(tiff.get(), layout, raster) || source.damaged) {
+    throw Failure("{} is a damaged TIFF file: {}", file.path(),
+                  source.message[0] == '\0' ? "its layout is impossible" : source.message.data());
   }
   ToHighByteFirst(raster);
   if (layout.photometric == PHOTOMETRIC_MINISWHITE) {
