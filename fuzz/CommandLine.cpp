@@ -43,7 +43,7 @@ constexpr std::string_view kWords[] = {
     "--jobs", "--json-progress", "--format", "--best", "--amplify",
     "--crop", "--white-balance", "--stretch", "--gamma", "--black-level", "--scale", "file", "grey",
     "{index}.pgm", "{name}.raw", "in*.p?m", "in.npy", "out.npy", "out.tif", "out.y4m", "-", "y4m:-",
-    "--size", "16x12", "--cpu", "plain",
+    "--size", "16x12", "--cpu", "plain", "--fps", "30000/1001",
     // clang-format on
 };
 static_assert(kFirstWord + std::size(kWords) <= 256);
@@ -258,6 +258,7 @@ std::vector<Seed> Seeds() {
       "jobs\n16",
       "bench\n--size\n16x12\n--from\nrgb8\n--to\nmono8\n--json",
       "bench\n--size\n4294967295x4294967295\n--cpu\nplain",
+      "convert\nin.png\nout.y4m\n--to\nyuv444\n--fps\n30000/1001",
   };
   std::vector<Seed> seeds;
   for (const std::string_view line : kLines) {

@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -18,6 +19,7 @@
 #include <vector>
 
 #include "Failure.h"
+#include "OutputFolders.h"
 #include "io/Temporary.h"
 
 namespace Korvex2::Tool {
@@ -102,6 +104,58 @@ TEST_F(Files, ThatAreGivenUpLeaveWhatWasThere) {
   }
   EXPECT_EQ(Names(), (std::set<std::string>{"out.raw"}));
   EXPECT_EQ(Read("out.raw"), "old");
+}
+
+TEST_F(Files, ThatAreRemovedBeforeTheyAreCompleteAreAFailure) {
+  OutputFile file(Path("out.raw"));
+  fs::remove(Path(*Names().begin()));
+  EXPECT_THROW(file.Commit(), FatalFailure);
+  EXPECT_TRUE(Names().empty());
+}
+
+TEST_F(Files, GetTheirFolderOnceAndNeverAgain) {
+  OutputFolders folders;
+  const std::string file = Path("a/b/out.raw");
+  for (int i = 0; i < 2; ++i) {
+    folders.Prepare(file);
+    folders.RequireAll();
+    EXPECT_TRUE(fs::is_directory(Path("a/b")));
+  }
+  fs::remove(Path("a/b"));
+  EXPECT_THROW(folders.Prepare(file), FatalFailure);
+  EXPECT_THROW(folders.RequireAll(), FatalFailure);
+  EXPECT_FALSE(fs::exists(Path("a/b")));
+}
+
+// File systems like to give the number of what was removed to what is made next.
+TEST_F(Files, TellTheirFolderFromAnotherOfItsName) {
+  OutputFolders folders;
+  const std::string file = Path("a/out.raw");
+  folders.Prepare(file);
+  for (int i = 0; i < 20; ++i) {
+    fs::remove(Path("a"));
+    fs::create_directory(Path("a"));
+    EXPECT_THROW(folders.Prepare(file), FatalFailure);
+  }
+}
+
+TEST_F(Files, CanHaveMoreFoldersThanAProcessMayOpenFiles) {
+  rlimit before;
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+  const rlimit few = {300, before.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+  {
+    OutputFolders folders;
+    for (int i = 0; i < 310; ++i) {
+      const std::string file = Path(std::to_string(i) + "/out.raw");
+      folders.Prepare(file);
+      OutputFile(file).Commit();
+    }
+    folders.RequireAll();
+    fs::remove_all(Path("309"));
+    EXPECT_THROW(folders.RequireAll(), FatalFailure);
+  }
+  setrlimit(RLIMIT_NOFILE, &before);
 }
 
 TEST_F(Files, KeepThePermissionsOfWhatTheyReplace) {

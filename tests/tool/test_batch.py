@@ -3,6 +3,7 @@
 import json
 import os
 import pty
+import re
 import signal
 import subprocess
 import time
@@ -232,7 +233,38 @@ def test_frames_of_other_sizes_do_not_follow_each_other_in_one_file(tool, rng):
     (tool.folder / "b.png").write_bytes(png_bytes(rng.integers(0, 256, (4, 5), dtype=np.uint8)))
     result = tool.run("convert", "a.png", "b.png", "out.raw", "--to", "mono8")
     assert result.returncode == 1 and "b.png: 5 x 4 pixels cannot follow" in result.stderr
-    assert (tool.folder / "out.raw").stat().st_size == 16
+    assert not (tool.folder / "out.raw").exists()
+
+
+@pytest.mark.parametrize("options", [["--jobs", 2], ["--jobs", 1, "--fail-fast"]])
+def test_one_file_of_all_frames_is_not_written_without_one(partly_broken, options):
+    tool = partly_broken
+    (tool.folder / "all.y4m").write_bytes(b"old")
+    result = tool.run("convert", "in", "all.y4m", "--to", "mono8", *options)
+    assert result.returncode == 1 and result.stdout == ""
+    last = result.stderr.splitlines()[-1]
+    assert "frames failed" in last and "all.y4m is not written" in last and "{index:06}" in last
+    assert ("2 of 9 frames" in last) == ("--fail-fast" not in options)
+    assert (tool.folder / "all.y4m").read_bytes() == b"old"
+    assert sorted(path.name for path in tool.folder.iterdir()) == ["all.y4m", "in"]
+
+
+def test_standard_input_that_cannot_be_read_fails_once(dump):
+    result = subprocess.run([TOOL, "convert", "-", "{index}.raw", "--from", "mono8", *map(str, SHAPE), "--frames", "all",
+                             "--to", "mono8"], cwd=dump.folder, stdin=os.open(dump.folder, os.O_RDONLY),
+                            capture_output=True, text=True, timeout=120)
+    assert (result.returncode, result.stdout) == (1, "")
+    assert result.stderr == "korvex2: cannot read standard input: Is a directory\n"
+
+
+def test_a_folder_that_cannot_be_made(dump):
+    (dump.folder / "file").write_bytes(b"")
+    result = dump.run("convert", "dump.raw", "file/{index}.raw", "--from", "mono8", *SHAPE, "--frames", 2, "--to",
+                      "mono8")
+    assert result.returncode == 1
+    assert sorted(result.stderr.splitlines()) == [
+        "korvex2: 2 of 2 frames failed",
+        *(f"korvex2: frame {i} of dump.raw: cannot make the folder file: Not a directory" for i in range(2))]
 
 
 # --- Going on, stopping, progress. ------------------------------------------------------------------
@@ -291,6 +323,37 @@ def test_an_interrupt_finishes_what_is_begun_and_resume_goes_on(tool, rng):
         path.unlink()
     assert subprocess.run(arguments, cwd=tool.folder, capture_output=True).returncode == 0
     assert tool.contents() == resumed
+
+
+@pytest.mark.parametrize("extension", ["raw", "y4m"])
+def test_an_interrupt_leaves_no_part_of_one_file(tool, rng, extension):
+    output = tool.folder / f"all.{extension}"
+    output.write_bytes(b"old")
+    process = subprocess.Popen(
+        [TOOL, "convert", "-", output.name, "--from", "mono8", *map(str, SHAPE), "--frames", "all", "--to", "mono8"],
+        cwd=tool.folder, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+    while not list(tool.folder.glob(".all.*.tmp")):
+        time.sleep(0.002)
+    process.send_signal(signal.SIGINT)
+    said, message = process.communicate(frames_of(rng, 3).tobytes(), timeout=120)  # it waits for these, and looks up
+    assert process.returncode == -signal.SIGINT and said == b""
+    assert message.startswith(b"korvex2: stopped by SIGINT after ") and message.count(b"\n") == 1
+    assert f"{output.name} is not written" in message.decode() and b"--resume" in message
+    assert tool.contents() == {output: b"old"}
+
+
+def test_an_interrupt_ends_a_pipe_after_a_whole_frame(tool, rng):
+    frames = rng.integers(0, 256, (60, 300, 400), dtype=np.uint8)
+    (tool.folder / "dump.raw").write_bytes(frames.tobytes())
+    process = subprocess.Popen(
+        [TOOL, "convert", "dump.raw", "-", "--from", "mono8", "--width", "400", "--height", "300", "--frames", "all",
+         "--to", "mono8", "--jobs", "2"], cwd=tool.folder, stdout=subprocess.PIPE, stderr=subprocess.PIPE, bufsize=0)
+    first = process.stdout.read(1)  # the rest is more than a pipe holds
+    process.send_signal(signal.SIGINT)
+    rest, message = process.communicate(timeout=120)
+    count = int(re.search(rb"the (\d+) frames of 60 .*--skip \1 and another output", message)[1])
+    assert process.returncode == -signal.SIGINT
+    assert first + rest == frames[:count].tobytes() and 0 < count < 60
 
 
 def test_json_progress(dump):

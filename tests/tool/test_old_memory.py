@@ -5,10 +5,13 @@ import os
 
 import pytest
 
-EXTENSIONS = {"mono8": ["raw", "png", "pgm"], "mono12": ["raw"], "mono16": ["raw", "png", "pam"],
-              "rgb8": ["raw", "png", "ppm"], "rgbu": ["raw", "png", "pam"], "rgb16": ["raw", "png", "ppm"],
-              "bgr": ["raw", "png"], "bgru": ["raw", "png"], "bgr16": ["raw", "png"], "bgru16": ["raw", "pam"],
-              "yuv411": ["raw"], "yuv422": ["raw"], "yuv444": ["raw"]}
+EXTENSIONS = {"mono8": ["raw", "png", "pgm", "tif", "npy", "y4m"], "mono12": ["raw"],
+              "mono16": ["raw", "png", "pam", "tif", "npy"], "rgb8": ["raw", "png", "ppm", "tif", "npy"],
+              "rgbu": ["raw", "png", "pam", "tif", "npy"], "rgb16": ["raw", "png", "ppm", "tif", "npy"],
+              "bgr": ["raw", "png", "tif", "npy"], "bgru": ["raw", "png", "tif", "npy"],
+              "bgr16": ["raw", "png", "tif", "npy"], "bgru16": ["raw", "pam", "tif", "npy"],
+              "yuv411": ["raw"], "yuv422": ["raw"], "yuv444": ["raw", "npy", "y4m"]}
+WHOLE_GROUPS = {"mono12": ["npy"], "yuv411": ["npy", "y4m"], "yuv422": ["npy", "y4m"]}  # in each row
 
 
 def environment(byte):
@@ -23,12 +26,12 @@ def written(tool, byte, *arguments):
     return (tool.folder / arguments[1]).read_bytes()
 
 
-@pytest.mark.parametrize("size", [(1, 1), (3, 5), (7, 33)])
+@pytest.mark.parametrize("size", [(1, 1), (3, 5), (7, 33), (5, 36)])
 @pytest.mark.parametrize("target", EXTENSIONS)
 def test_files_do_not_depend_on_old_memory(tool, rng, target, size):
     rows, cols = size
     (tool.folder / "in.raw").write_bytes(rng.integers(0, 256, rows * cols * 3, dtype="uint8").tobytes())
-    for extension in EXTENSIONS[target]:
+    for extension in EXTENSIONS[target] + (WHOLE_GROUPS.get(target, []) if cols % 4 == 0 else []):
         arguments = ("in.raw", f"out.{extension}", "--from", "rgb8", "--width", cols, "--height", rows, "--to", target)
         assert written(tool, 0xA5, *arguments) == written(tool, 0x5A, *arguments), extension
 

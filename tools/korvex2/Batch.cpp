@@ -6,13 +6,16 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <unordered_map>
 #include <utility>
 
 #include "Failure.h"
 #include "FileSet.h"
+#include "OutputFolders.h"
 #include "Report.h"
 #include "io/Dump.h"
 #include "io/File.h"
@@ -95,6 +98,15 @@ void RequireOneFileWillDo(const FrameList& frames, const BatchOptions& options) 
   }
 }
 
+// A file of all frames gets its name only when none of them is missing.
+bool NeedsAllFrames(const std::string& output) {
+  return !OutputPattern::IsPattern(output) && !IsStandardStream(output);
+}
+
+std::string NotWritten(const std::string& output) {
+  return output + " is not written, since frames would be missing; ";
+}
+
 // --- The run -------------------------------------------------------------------------------------
 
 class Batch {
@@ -138,13 +150,18 @@ class Batch {
                 Try(*frame, [&] { Write(*frame); });
               }));
     });
+    m_progress.Finish();
     Conclude();
     return m_progress.tally();
   }
 
  private:
   FramePointer Next() {
-    if (m_interrupt.WasInterrupted() || (m_frames.count() && m_next == *m_frames.count())) {
+    if (m_frames.count() && m_next == *m_frames.count()) {
+      return nullptr;
+    }
+    if (m_interrupt.WasInterrupted()) {
+      m_wasCut = true;
       return nullptr;
     }
     auto frame = std::make_shared<Frame>();
@@ -213,6 +230,7 @@ class Batch {
   void Convert(Frame& frame) {
     if (IsThere(frame)) {
       if (IsWhole(frame)) {
+        m_folders.Prepare(frame.output);
         frame.ended = true;
         m_progress.Skipped();
         return;
@@ -258,20 +276,39 @@ class Batch {
 
   void Write(Frame& frame) {
     const Image& image = *frame.result;
-    if (m_stream) {
-      RequireSameShape(image);
-      WriteImage(image, ContainerOf(m_options.output), *m_stream, m_options.write);
-    } else {
-      RequireNoInput(m_inputs, frame.place, frame.output);
-      const fs::path folder = fs::path(frame.output).parent_path();
-      if (!folder.empty()) {
-        fs::create_directories(folder);
-      }
-      WriteImage(image, frame.output, m_options.write);
-    }
+    m_stream ? Append(image) : WriteFile(image, frame);
     frame.ended = true;
     m_progress.Converted(m_bytes.exchange(0) + BytesOf(image));
     frame.result.reset();
+  }
+
+  void Append(const Image& image) {
+    RequireSameShape(image);
+    try {
+      WriteImage(image, ContainerOf(m_options.output), *m_stream, m_options.write);
+    } catch (const Failure& failure) {
+      if (std::ferror(m_stream->stream()) != 0) {
+        throw FatalFailure("{}", failure.what());
+      }
+      throw;
+    }
+  }
+
+  void WriteFile(const Image& image, const Frame& frame) {
+    const std::string& path = frame.output;
+    RequireNoInput(m_inputs, frame.place, path);
+    m_folders.Prepare(path);
+    try {
+      WriteImage(image, path, m_options.write);
+    } catch (const FatalFailure& failure) {
+      m_folders.Prepare(path);
+      throw FatalFailure(
+          "{}; others of the folder may be gone too, which the same command with --resume makes",
+          failure.what());
+    } catch (const Failure&) {
+      m_folders.Prepare(path);
+      throw;
+    }
   }
 
   void RequireSameShape(const Image& image) {
@@ -284,14 +321,16 @@ class Batch {
     }
   }
 
-  // One frame's failure is no other's.
+  // One frame's failure is no other's, unless it is fatal.
   template <typename Step>
   void Try(Frame& frame, Step step) {
-    if (frame.ended) {
+    if (frame.ended || m_isFatal) {
       return;
     }
     try {
       step();
+    } catch (const FatalFailure& failure) {
+      End(failure.what());
     } catch (const std::bad_alloc&) {
       Fail(frame, "out of memory");
     } catch (const std::exception& failure) {
@@ -308,23 +347,43 @@ class Batch {
     m_stopped = m_stopped || m_options.failFast;
   }
 
+  // Said once, when the frames that are on their way have come to rest.
+  void End(const std::string& reason) {
+    const std::lock_guard lock(m_fatalMutex);
+    if (!m_isFatal) {
+      m_fatal = reason;
+    }
+    m_isFatal = m_stopped = true;
+  }
+
   void Conclude() {
-    const Tally tally = m_progress.tally();
-    if (m_stream && tally.converted != 0) {
+    if (m_isFatal) {
+      throw Failure("{}", m_fatal);
+    }
+    m_folders.RequireAll();
+    const bool isWhole = !m_wasCut && m_progress.tally().failed == 0 && m_next != 0;
+    if (m_stream && (isWhole || IsStandardStream(m_options.output))) {
       m_stream->Commit();
     }
     m_stream.reset();
-    m_progress.Finish();
-    if (m_interrupt.WasInterrupted() && (!m_frames.count() || m_next < *m_frames.count())) {
+    if (m_wasCut) {
       Report(HowToGoOn());
       m_interrupt.End();
     }
   }
 
   std::string HowToGoOn() const {
-    const std::string done =
-        fmt::format("stopped by SIGINT; the {} frames{} that were begun are finished", m_next,
+    const std::string begun =
+        fmt::format("{} frames{}", m_next,
                     m_frames.count() ? fmt::format(" of {}", *m_frames.count()) : std::string());
+    if (NeedsAllFrames(m_options.output)) {
+      return fmt::format(
+          "stopped by SIGINT after {}; {}start again, or put {{index:06}} into its name, so that "
+          "--resume can go on",
+          begun, NotWritten(m_options.output));
+    }
+    const std::string done =
+        fmt::format("stopped by SIGINT; the {} that were begun are finished", begun);
     return done + (m_pattern ? std::string("; the same command with --resume goes on")
                              : fmt::format("; go on with --skip {} and another output",
                                            m_layout.skip + m_next * m_layout.every));
@@ -338,13 +397,30 @@ class Batch {
   FinishWhenInterrupted m_interrupt;
   Progress m_progress;
   std::optional<OutputPattern> m_pattern;
+  OutputFolders m_folders;                         // then
   std::unique_ptr<OutputFile> m_stream;            // else
   std::pair<unsigned, unsigned> m_shape = {0, 0};  // of its frames
   std::uint64_t m_next = 0;
   std::uint64_t m_position = 0;            // in standard input
   std::atomic<std::uint64_t> m_bytes = 0;  // read and not yet counted
   std::atomic<bool> m_stopped = false;
+  bool m_wasCut = false;  // by an interrupt, before the last frame
+  std::atomic<bool> m_isFatal = false;
+  std::mutex m_fatalMutex;
+  std::string m_fatal;  // what ended it all
 };
+
+void RequireNoFailure(const Tally& tally, const BatchOptions& options) {
+  if (tally.failed == 0) {
+    return;
+  }
+  const bool dropsOthers = NeedsAllFrames(options.output) && tally.converted != 0;
+  throw Failure("{} of {} frames failed{}{}", tally.failed, tally.Ended(),
+                options.failFast ? ", and --fail-fast left out what had not begun" : "",
+                dropsOthers ? fmt::format("; {}put {{index:06}} into its name to keep the others",
+                                          NotWritten(options.output))
+                            : "");
+}
 
 }  // namespace
 
@@ -364,10 +440,7 @@ Tally RunBatch(const std::vector<std::string>& files, const FrameLayout& layout,
     throw Failure("there is no frame to convert: --skip passes over all of them");
   }
   const Tally tally = Batch(frames, inputs, layout, options, work).Run();
-  if (tally.failed != 0) {
-    throw Failure("{} of {} frames failed{}", tally.failed, tally.Ended(),
-                  options.failFast ? ", and --fail-fast left out what had not begun" : "");
-  }
+  RequireNoFailure(tally, options);
   if (tally.Ended() == 0) {
     throw Failure("standard input held no frame");
   }

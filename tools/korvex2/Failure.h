@@ -17,6 +17,12 @@ class Failure : public std::runtime_error {
       : std::runtime_error(fmt::format(format, std::forward<Args>(args)...)) {}
 };
 
+/// Of many frames the others would fail as well: the run ends.
+class FatalFailure : public Failure {
+ public:
+  using Failure::Failure;
+};
+
 /// The command line makes no sense as it stands: exit code 2.
 class UsageFailure : public Failure {
  public:

@@ -82,11 +82,12 @@ rounded once, at the end.
 Many frames: give many inputs (folders and quoted globs among them), and an output with {name} (of
 the input), {index:06} (counts what is converted) or {frame} (counts in the file), each from 0. A
 headerless file holds many frames when --frames, --skip, --every, --header-bytes or --frame-bytes
-is given. A .raw or .y4m output without {} takes all frames one after the other. Folders of outputs
-are made. At most 2 frames for each job are in memory. A frame that fails is named and counted, and
-the others go on; the exit code is then 1. Ctrl-C ends the frames that are begun, a second one ends
-at once. --resume takes a file that is there and whole as done, whatever it was made from: one that
-can be read, and of .raw and .y4m one of the right size.
+is given. A .raw or .y4m output without {} takes all frames one after the other, and is written
+only when none of them is missing. Folders of outputs are made, each once: one that goes away
+meanwhile ends the run. At most 2 frames for each job are in memory. A frame that fails is named and
+counted, and the others go on; the exit code is then 1. Ctrl-C ends the frames that are begun, a
+second one ends at once. --resume takes a file that is there and whole as done, whatever it was made
+from: one that can be read, and of .raw and .y4m one of the right size.
 
 Examples:
   korvex2 convert photo.png photo.pgm --to mono8

@@ -100,7 +100,8 @@ Bytes ReadStandardInput(std::uint64_t size) {
     content.resize(done + count);
   }
   if (std::ferror(stdin) != 0) {
-    FailWithErrno("read", "standard input");
+    const int reason = errno;
+    throw FatalFailure("cannot read standard input: {}", std::strerror(reason));
   }
   Bytes bytes(content.size());
   std::copy(content.begin(), content.end(), bytes.data.get());
@@ -243,9 +244,13 @@ void OutputFile::Close() {
 
 void OutputFile::Commit() {
   Close();
-  if (m_temporary && !m_temporary->MoveTo(m_target)) {
-    FailWithErrno("write", m_path);
+  if (!m_temporary || m_temporary->MoveTo(m_target)) {
+    return;
   }
+  if (errno == ENOENT) {
+    throw FatalFailure("cannot write {}: it was removed before it was complete", m_path);
+  }
+  FailWithErrno("write", m_path);
 }
 
 }  // namespace Korvex2::Tool

@@ -64,7 +64,8 @@ class InputFile {
 /// The size of a regular file; a Failure for anything else.
 std::uint64_t SizeOfFile(const std::string& path);
 
-/// Standard input, `size` bytes of it or as many as are left.
+/// Standard input, `size` bytes of it or as many as are left. A FatalFailure when it cannot be
+/// read.
 Bytes ReadStandardInput(std::uint64_t size);
 
 /// A file under a temporary name in the folder of `path`, or where a symbolic link there leads.
@@ -83,6 +84,7 @@ class OutputFile {
   bool empty() const { return m_empty; }  ///< Write has not been called
 
   void Write(const void* data, std::size_t size);
+  /// A FatalFailure when someone removed the file under its temporary name, or the folder.
   void Commit();
 
  private:

@@ -28,9 +28,9 @@ struct Place {
 
 Place g_places[TemporaryFile::kMost];
 
-// Files that other threads are about to create. They are waited for before the list is read, and
-// none is begun afterwards.
-std::atomic<int> g_creating;
+// Files that other threads are about to create or to move. They are waited for before the list is
+// read, and none is begun afterwards.
+std::atomic<int> g_placing;
 std::atomic<bool> g_stopping;
 
 static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
@@ -59,7 +59,7 @@ sigset_t StoppingSignals() {
 
 extern "C" void RemoveFilesAndDie(int number) {
   g_stopping = true;
-  while (g_creating > 0) {
+  while (g_placing > 0) {
     sched_yield();
   }
   for (const Place& place : g_places) {
@@ -85,25 +85,26 @@ extern "C" void FinishOrDie(int number) {
   }
 }
 
-// While one lives, this thread creates a file and takes no signal that would wait for that.
-class Creating {
+// While one lives, this thread creates or moves a file and takes no signal that would wait for
+// that.
+class Placing {
  public:
-  Creating() {
+  Placing() {
     const sigset_t signals = StoppingSignals();
     pthread_sigmask(SIG_BLOCK, &signals, &m_before);
-    ++g_creating;
+    ++g_placing;
     if (g_stopping) {
-      --g_creating;
+      --g_placing;
       for (;;) {
         pause();  // the process ends any moment
       }
     }
   }
-  Creating(const Creating&) = delete;
-  Creating& operator=(const Creating&) = delete;
-  ~Creating() {
+  Placing(const Placing&) = delete;
+  Placing& operator=(const Placing&) = delete;
+  ~Placing() {
     const int reason = errno;
-    --g_creating;
+    --g_placing;
     pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
     errno = reason;
   }
@@ -138,7 +139,7 @@ int CreateAt(Place& place, const std::string& path) {
     errno = ENAMETOOLONG;
     return -1;
   }
-  const Creating creating;
+  const Placing placing;
   std::memcpy(place.path, path.c_str(), path.size() + 1);
   const int fd = open(place.path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
   place.listed = fd >= 0;
@@ -209,6 +210,7 @@ TemporaryFile::~TemporaryFile() {
 
 bool TemporaryFile::MoveTo(const std::string& target) {
   Place& place = g_places[m_place];
+  const Placing placing;
   if (std::rename(place.path, target.c_str()) != 0) {
     return false;
   }
