@@ -43,6 +43,13 @@ def skip_under_sanitizers(tool):
         pytest.skip("SKIPPED: sanitizers need more memory than the limit")
 
 
+@pytest.fixture
+def no_emulator():
+    with open(TOOL, "rb") as file:
+        if file.read(2) == b"#!":
+            pytest.skip("SKIPPED: an emulator opens files of its own where streams are closed")
+
+
 def names(folder):
     return sorted(path.name for path in folder.iterdir())
 
@@ -50,7 +57,7 @@ def names(folder):
 # --- Streams that are closed, broken or full. ---------------------------------------------------------
 
 @pytest.mark.parametrize("closed, code", [("2>&-", 0), (">&-", 1), ("<&-", 0), ("<&- >&- 2>&-", 1), (">&- 2>&-", 1)])
-def test_closed_streams_are_not_written_into_the_picture(png, closed, code):
+def test_closed_streams_are_not_written_into_the_picture(no_emulator, png, closed, code):
     png.succeeds("convert", "in.png", "expected.pgm", "--to", "mono8")
     result = in_shell(png, f'"$1" convert in.png out.pgm --to mono8 {closed}')
     assert result.returncode == code
@@ -60,7 +67,7 @@ def test_closed_streams_are_not_written_into_the_picture(png, closed, code):
     assert (png.folder / "out.pgm").read_bytes() == (png.folder / "in-out.pgm").read_bytes() == expected
 
 
-def test_progress_without_a_stderr_is_not_written_among_the_pixels(tool):
+def test_progress_without_a_stderr_is_not_written_among_the_pixels(no_emulator, tool):
     (tool.folder / "in.raw").write_bytes(bytes(range(24)))
     result = in_shell(tool, '(cat in.raw; sleep 0.7; cat in.raw) | "$1" convert - out.raw --from mono8 --width 6 '
                             '--height 4 --frames all --to mono8 --json-progress 2>&-')
@@ -69,7 +76,7 @@ def test_progress_without_a_stderr_is_not_written_among_the_pixels(tool):
 
 
 @pytest.mark.parametrize("streams", ["- {png} <&-", "in.png - >&-", "in.png png:- >&-"])
-def test_closed_streams_cannot_be_read_or_written(png, streams):
+def test_closed_streams_cannot_be_read_or_written(no_emulator, png, streams):
     arguments = streams.format(png="out.pgm --from mono8 --width 1 --height 1")
     names_before = names(png.folder)
     result = in_shell(png, f'"$1" convert --to mono8 {arguments}')
@@ -77,13 +84,13 @@ def test_closed_streams_cannot_be_read_or_written(png, streams):
     assert names(png.folder) == names_before
 
 
-def test_messages_without_a_stderr_leave_the_exit_code(png):
+def test_messages_without_a_stderr_leave_the_exit_code(no_emulator, png):
     assert in_shell(png, '"$1" convert missing.png out.png --to mono8 2>&-').returncode == 1
     assert in_shell(png, '"$1" convert in.png out.png --to nothing 2>&-').returncode == 2
 
 
 @pytest.mark.parametrize("stdin", ["</", "<&-"])
-def test_frames_of_a_stream_that_cannot_be_read_end(tool, stdin):
+def test_frames_of_a_stream_that_cannot_be_read_end(no_emulator, tool, stdin):
     result = in_shell(tool, 'timeout 20 "$1" convert - "out/{index}.png" --from mono8 --width 1 --height 1 '
                             f'--frames all --to mono8 {stdin}')
     assert result.returncode == 1
@@ -175,8 +182,8 @@ def test_a_file_of_frames_without_end_is_begun_at_once(tool):
     os.truncate(tool.folder / "in.raw", 1 << 40)  # sparse
     for pattern in ("out/{index}.pgm", "out/{frame}.pgm"):
         process = subprocess.Popen(
-            [TOOL, "convert", "in.raw", pattern, *map(str, PIXELS), "--frames", "all", "--to", "mono8", "--jobs", "1",
-             "--json-progress"], cwd=tool.folder, stderr=subprocess.PIPE, text=True, preexec_fn=with_memory(1 << 30))
+            ["timeout", "60", TOOL, "convert", "in.raw", pattern, *map(str, PIXELS), "--frames", "all", "--to", "mono8",
+             "--jobs", "1", "--json-progress"], cwd=tool.folder, stderr=subprocess.PIPE, text=True, preexec_fn=with_memory(1 << 30))
         reports = [json.loads(process.stderr.readline()) for _ in range(2)]
         process.send_signal(signal.SIGTERM)
         process.communicate(timeout=120)
@@ -184,12 +191,12 @@ def test_a_file_of_frames_without_end_is_begun_at_once(tool):
 
 
 def test_an_input_is_not_overwritten_by_any_of_many_frames(tool):
-    (tool.folder / "30000.raw").write_bytes(bytes(range(256)) * 150)
-    result = tool.run("convert", "30000.raw", "{index}.raw", *PIXELS, "--frames", 30002, "--skip", 1, "--to", "mono8")
+    (tool.folder / "16500.raw").write_bytes(bytes(20000))
+    result = tool.run("convert", "16500.raw", "{index}.raw", *PIXELS, "--frames", 16502, "--skip", 1, "--to", "mono8")
     assert result.returncode == 1 and len(result.stderr.splitlines()) == 2
-    assert "would be written over the input 30000.raw" in result.stderr
-    assert (tool.folder / "30000.raw").stat().st_size == 256 * 150
-    assert len(names(tool.folder)) == 30002
+    assert "would be written over the input 16500.raw" in result.stderr
+    assert (tool.folder / "16500.raw").stat().st_size == 20000
+    assert len(names(tool.folder)) == 16502
 
 
 # --- Links. -------------------------------------------------------------------------------------------

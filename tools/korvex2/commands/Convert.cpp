@@ -69,8 +69,8 @@ A raw source needs --tile, its top-left 2x2 in reading order, a --from that says
 a camera's raw file:
   rggb: R G   grbg: G R   gbrg: G B   bggr: B G   none: no mosaic, the samples
         G B         B G         R G         G R         are taken as grey
-An output that exists is replaced once the new one is complete, and links are followed. "-" is standard input or output
-without a header, "png:-" one with the file format of that extension.
+An output that exists is replaced once the new one is complete, and symbolic links are followed.
+"-" is standard input or output without a header, "png:-" one with the file format of that extension.
 
 Y4M for players and encoders: --to yuv444, yuv422, yuv411 or mono8; --fps if not 25.
 
