@@ -142,7 +142,7 @@ def _bag_parts(frames: Any, folder: Path, name: str) -> list[Any]:
     _check_name(name, {"block": 0, "index": 0}, {"block": 0, "index": 1}, {"block": 1, "index": 0})
     parts = []
     for block, partition in enumerate(frames.to_delayed()):
-        names = _read_receipt(folder, block)
+        names = _read_receipt(folder, name, block)
         if names is not None and all(_is_whole(folder / each) for each in names):
             parts.append(Written([], names))
         else:
@@ -170,11 +170,14 @@ def _write_receipt(folder: Path, block: int, names: list[str]) -> None:
         file.write(json.dumps(names).encode())
 
 
-def _read_receipt(folder: Path, block: int) -> list[str] | None:
+def _read_receipt(folder: Path, name: str, block: int) -> list[str] | None:
     try:
-        return list(json.loads(_receipt(folder, block).read_bytes()))
-    except (OSError, ValueError):
+        names = json.loads(_receipt(folder, block).read_bytes())
+    except (OSError, ValueError, RecursionError):
         return None
+    if not isinstance(names, list) or names != [name.format(block=block, index=index) for index in range(len(names))]:
+        return None  # of other names, or no receipt at all
+    return names
 
 
 def _write_frame(frame: npt.NDArray[Any], folder: Path, name: str) -> Written:
@@ -187,8 +190,8 @@ def _write_frame(frame: npt.NDArray[Any], folder: Path, name: str) -> Written:
 
 def _is_whole(path: Path, shape: tuple[int, ...] | None = None, dtype: np.dtype[Any] | None = None) -> bool:
     try:
-        array = np.load(path, mmap_mode="r")
-    except (OSError, ValueError, EOFError):  # not there, cut off, or something else
+        array = np.lib.format.open_memmap(path, mode="r")
+    except Exception:  # not there, cut off, or something else: NumPy lets out whatever its parsers raise
         return False
     return shape is None or (array.shape == shape and array.dtype == dtype)
 

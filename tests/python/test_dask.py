@@ -1,6 +1,8 @@
 """korvex2.dask: in threads, and on a cluster of two worker processes of which one is killed."""
 
 import contextlib
+import itertools
+import json
 import os
 import signal
 import time
@@ -174,6 +176,43 @@ def test_a_frame_that_fails_leaves_no_file_and_the_others(tmp_path):
     assert not [name for name in files(tmp_path) if name.endswith(".part")]
     result = korvex2.dask.write_frames(array, tmp_path, "frame-{index}.npy").compute()
     assert len(result.written) + len(result.skipped) == COUNT and len(files(tmp_path)) == COUNT
+
+
+def npy(header):
+    header = header.encode().ljust(117) + b"\n"
+    return b"\x93NUMPY\x01\0" + len(header).to_bytes(2, "little") + header + bytes(ROWS * COLS)
+
+
+@pytest.mark.parametrize("content", [
+    b"PK\x03\x04abc", b"\x80\x04N.", npy("{" * 16), npy("("), npy("{'descr': 'O', 'fortran_order': False, 'shape': (6, 8), }"),
+    npy("{'descr': '|u1', 'fortran_order': False, 'shape': (99999999999999999999999, 8), }"),
+    npy("{'descr': '|u1', 'fortran_order': False, 'shape': (-6, 8), }"), npy("{'descr': 5}"), npy("\xff"),
+    b"\x93NUMPY\x09\0\x10\0" + bytes(16), "zip"], ids=itertools.count())
+def test_foreign_files_are_written_anew(tmp_path, content):
+    frames = mosaics(2)
+    array = dask.array.from_array(frames, chunks=(1, ROWS, COLS))
+    if content == "zip":
+        with open(tmp_path / "000000.npy", "wb") as file:
+            np.savez(file, frames)
+    else:
+        (tmp_path / "000000.npy").write_bytes(content)
+    result = korvex2.dask.write_frames(array, tmp_path).compute()
+    assert result == (["000000.npy", "000001.npy"], [])
+    assert np.array_equal(np.load(tmp_path / "000000.npy"), frames[0])
+
+
+@pytest.mark.parametrize("receipt", [
+    b"5", b"[1]", b"null", b"[null]", b'{"0000-000000.npy": 1}', b'["../other.npy"]', b'["0000-000001.npy"]', b"\xff",
+    b"[" * 100000], ids=itertools.count())
+def test_foreign_receipts_are_written_anew(tmp_path, receipt):
+    out = tmp_path / "out"
+    bag = dask.bag.from_sequence(list(mosaics(2)), npartitions=1)
+    names = ["0000-000000.npy", "0000-000001.npy"]
+    assert korvex2.dask.write_frames(bag, out).compute() == (names, [])
+    np.save(tmp_path / "other.npy", mosaics(1))
+    (out / ".0000.written").write_bytes(receipt)
+    assert korvex2.dask.write_frames(bag, out).compute() == ([], names)
+    assert json.loads((out / ".0000.written").read_text()) == names
 
 
 @pytest.mark.parametrize("name", ["frame.npy", "{index}.png", "{frame}.npy", "sub/{index}.npy", "{index.npy", "{}.npy"])

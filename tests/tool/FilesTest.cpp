@@ -165,6 +165,14 @@ TEST_F(Files, KeepThePermissionsOfWhatTheyReplace) {
   EXPECT_EQ(fs::status(Path("out.raw")).permissions(), fs::perms(0640));
 }
 
+TEST_F(Files, GiveNobodyTheRightsOfTheirNewOwner) {
+  const std::string path = Write("out.raw", "old");
+  ASSERT_EQ(chmod(path.c_str(), 06755), 0);
+  OutputFile file(path);
+  file.Commit();
+  EXPECT_EQ(fs::status(path).permissions(), fs::perms(0755));
+}
+
 TEST_F(Files, ManyAtOnceFromManyThreadsHaveNamesOfTheirOwn) {
   constexpr int kThreads = 8;
   constexpr int kEach = 50;
@@ -227,6 +235,26 @@ TEST_F(Files, OfManyThreadsAreGoneWhenTheProcessIsStopped) {
       ASSERT_EQ(Read(name), "complete");
     }
   }
+}
+
+TEST_F(Files, AreGoneWhenThePipeThatTakesTheMessagesIsBroken) {
+  Write("out.raw", "old");
+  const pid_t child = fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    int ends[2];
+    if (pipe(ends) != 0) _exit(1);
+    close(ends[0]);
+    RemoveUnfinishedFilesWhenStopped();
+    OutputFile file(Path("out.raw"));
+    (void)!write(ends[1], "message", 7);
+    _exit(2);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGPIPE) << status;
+  EXPECT_EQ(Names(), (std::set<std::string>{"out.raw"}));
+  EXPECT_EQ(Read("out.raw"), "old");
 }
 
 }  // namespace

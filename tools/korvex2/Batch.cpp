@@ -11,10 +11,10 @@
 #include <memory>
 #include <mutex>
 #include <unordered_map>
-#include <unordered_set>
 #include <utility>
 
 #include "Failure.h"
+#include "FileSet.h"
 #include "OutputFolders.h"
 #include "Report.h"
 #include "io/Dump.h"
@@ -43,34 +43,32 @@ std::uint64_t BytesOf(const Image& image) {
 
 // --- What is refused before any frame is touched -------------------------------------------------
 
-// Files by what they are, whatever leads to them.
-std::string Identity(const std::string& path) {
-  std::error_code ignored;
-  return fs::weakly_canonical(path, ignored).string();
+void RequireNoInput(const FileSet& inputs, const FramePlace& place, const std::string& output) {
+  if (inputs.Contains(output)) {
+    throw UsageFailure(
+        "{} would be written over the input {}; let the pattern lead to another folder",
+        place.label, output);
+  }
 }
 
-void RequireApart(const FrameList& frames, const OutputPattern& pattern) {
-  const bool unique = pattern.HasIndex();
+// Of outputs that cannot be the same no more than these are looked at before any is written, and
+// each one again then: files of single pixels have names without end.
+constexpr std::uint64_t kForeseen = 1 << 14;
+
+void RequireApart(const FrameList& frames, const OutputPattern& pattern, const FileSet& inputs) {
   if (!frames.count()) {
     if (!pattern.TellsFramesApart()) {
       throw UsageFailure("the frames of standard input would all get one name; write {{index:06}}");
     }
     return;
   }
-  std::unordered_map<std::string, std::unordered_set<std::string>> inputs;  // by their last name
-  for (const std::string& file : frames.files()) {
-    inputs[fs::path(file).filename()].insert(Identity(file));
-  }
+  const bool unique =
+      pattern.HasIndex() || (frames.files().size() == 1 && pattern.TellsFramesApart());
   std::unordered_map<std::string, std::uint64_t> outputs;
-  for (std::uint64_t i = 0; i < *frames.count(); ++i) {
+  for (std::uint64_t i = 0; i < *frames.count() && (!unique || i < kForeseen); ++i) {
     const FramePlace place = frames[i];
     const std::string output = pattern.Fill(place);
-    const auto namesake = inputs.find(fs::path(output).filename());
-    if (namesake != inputs.end() && namesake->second.contains(Identity(output))) {
-      throw UsageFailure(
-          "{} would be written over the input {}; let the pattern lead to another folder",
-          place.label, output);
-    }
+    RequireNoInput(inputs, place, output);
     if (unique) {
       continue;
     }
@@ -113,9 +111,10 @@ std::string NotWritten(const std::string& output) {
 
 class Batch {
  public:
-  Batch(const FrameList& frames, const FrameLayout& layout, const BatchOptions& options,
-        const FrameWork& work)
+  Batch(const FrameList& frames, const FileSet& inputs, const FrameLayout& layout,
+        const BatchOptions& options, const FrameWork& work)
       : m_frames(frames),
+        m_inputs(inputs),
         m_layout(layout),
         m_options(options),
         m_work(work),
@@ -167,11 +166,13 @@ class Batch {
     }
     auto frame = std::make_shared<Frame>();
     frame->place = m_frames[m_next];
-    if (m_pattern) {
-      frame->output = m_pattern->Fill(frame->place);
-    }
-    bool more = true;
-    Try(*frame, [&] { more = Read(*frame); });
+    bool more = !IsStream(frame->place);  // nobody knows where a stream stands that failed
+    Try(*frame, [&] {
+      if (m_pattern) {
+        frame->output = m_pattern->Fill(frame->place);
+      }
+      more = Read(*frame);
+    });
     if (!more) {
       return nullptr;
     }
@@ -180,13 +181,17 @@ class Batch {
   }
 
   bool IsThere(const Frame& frame) const {
-    return m_options.resume && !frame.output.empty() && fs::exists(frame.output);
+    std::error_code isNone;
+    return m_options.resume && !frame.output.empty() && fs::exists(frame.output, isNone);
+  }
+
+  static bool IsStream(const FramePlace& place) {
+    return IsStandardStream(place.path) && place.isPart;
   }
 
   // False: standard input has no more frames.
   bool Read(Frame& frame) {
-    const FramePlace& place = frame.place;
-    if (IsStandardStream(place.path) && place.isPart) {
+    if (IsStream(frame.place)) {
       return ReadStream(frame);
     }
     if (!IsThere(frame)) {
@@ -197,17 +202,17 @@ class Batch {
 
   void Open(Frame& frame) const {
     const FramePlace& place = frame.place;
-    frame.file = place.isPart
-                     ? std::make_unique<InputFile>(place.path, place.begin, place.size, place.label)
-                     : std::make_unique<InputFile>(place.path);
+    frame.file =
+        place.isPart
+            ? std::make_unique<InputFile>(place.path, place.begin, place.size, place.label)
+            : std::make_unique<InputFile>(place.path, MostBytes(place.path, m_options.shape));
     (void)frame.file->Read();
   }
 
   bool ReadStream(Frame& frame) {
     const FramePlace& place = frame.place;
-    const std::uint64_t begin = m_layout.headerBytes + place.number * m_layout.frameBytes;
-    for (constexpr std::uint64_t kStep = 1 << 20; m_position < begin;) {
-      const Bytes passed = ReadStandardInput(std::min(kStep, begin - m_position));
+    for (constexpr std::uint64_t kStep = 1 << 20; m_position < place.begin;) {
+      const Bytes passed = ReadStandardInput(std::min(kStep, place.begin - m_position));
       m_position += passed.size;
       if (passed.size == 0) {
         return false;
@@ -271,7 +276,7 @@ class Batch {
 
   void Write(Frame& frame) {
     const Image& image = *frame.result;
-    m_stream ? Append(image) : WriteFile(image, frame.output);
+    m_stream ? Append(image) : WriteFile(image, frame);
     frame.ended = true;
     m_progress.Converted(m_bytes.exchange(0) + BytesOf(image));
     frame.result.reset();
@@ -289,7 +294,9 @@ class Batch {
     }
   }
 
-  void WriteFile(const Image& image, const std::string& path) {
+  void WriteFile(const Image& image, const Frame& frame) {
+    const std::string& path = frame.output;
+    RequireNoInput(m_inputs, frame.place, path);
     m_folders.Prepare(path);
     try {
       WriteImage(image, path, m_options.write);
@@ -383,6 +390,7 @@ class Batch {
   }
 
   const FrameList& m_frames;
+  const FileSet& m_inputs;
   const FrameLayout& m_layout;
   const BatchOptions& m_options;
   const FrameWork& m_work;
@@ -419,18 +427,19 @@ void RequireNoFailure(const Tally& tally, const BatchOptions& options) {
 Tally RunBatch(const std::vector<std::string>& files, const FrameLayout& layout,
                const BatchOptions& options, const FrameWork& work) {
   const FrameList frames(files, layout);
+  const FileSet inputs(files);
   if (OutputPattern::IsPattern(options.output)) {
     if (IsStandardStream(options.output)) {
       throw UsageFailure("standard output has no name to put {} into", options.output);
     }
-    RequireApart(frames, OutputPattern(options.output));
+    RequireApart(frames, OutputPattern(options.output), inputs);
   } else {
     RequireOneFileWillDo(frames, options);
   }
   if (frames.count() == 0U) {
     throw Failure("there is no frame to convert: --skip passes over all of them");
   }
-  const Tally tally = Batch(frames, layout, options, work).Run();
+  const Tally tally = Batch(frames, inputs, layout, options, work).Run();
   RequireNoFailure(tally, options);
   if (tally.Ended() == 0) {
     throw Failure("standard input held no frame");

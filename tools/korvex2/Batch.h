@@ -21,6 +21,7 @@ constexpr unsigned kMostJobs = 64;
 
 struct BatchOptions {
   std::string output;  ///< a pattern, or one file that takes all frames one after the other
+  InputShape shape;    ///< of the inputs
   PixelFormat target = UNSPECIFIED_PIXEL_FORMAT;
   unsigned jobs = 1;  ///< 1 to kMostJobs
   bool resume = false;

@@ -41,7 +41,8 @@ constexpr const char* kExamples = R"(Examples:
       measure conversions on this machine
 
 Exit codes: 0 done, 1 failed, 2 the command line is wrong; of diff: 0 the same, 1 different,
-2 trouble. A failure leaves no output file.)";
+2 trouble. What cannot be made leaves no output file; a file that is made stays, even if stdout
+does not take the line that says so and the exit code is 1.)";
 
 std::string HelpHint(const CLI::App& app) {
   for (const CLI::App* sub : app.get_subcommands()) {
@@ -93,13 +94,17 @@ int Run(int argc, char** argv) {
   AddManCommand(app);
 
   const int result = Parse(app, argc, argv);
-  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-    throw Failure("cannot write to standard output");
-  }
+  FlushStandardOutput();
   return result;
 }
 
 }  // namespace
+
+void FlushStandardOutput() {
+  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+    throw Failure("cannot write to standard output");
+  }
+}
 
 int RunCommandLine(int argc, char** argv) noexcept {
   try {

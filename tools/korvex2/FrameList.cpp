@@ -54,11 +54,23 @@ bool ComesBefore(const std::string& left, const std::string& right) {
   return a.empty() != b.empty() ? a.empty() : left < right;
 }
 
+// Links that lead nowhere count as files, which fail when they are read: pictures are missing.
+bool MayBeFile(const fs::directory_entry& entry) {
+  std::error_code error;
+  const fs::file_status status = entry.status(error);
+  return fs::is_regular_file(status) || !fs::exists(status);
+}
+
 std::vector<std::string> FilesIn(const std::string& folder) {
+  std::error_code error;
+  const fs::directory_iterator entries(folder, error);
+  if (error) {
+    throw Failure("cannot read the folder {}: {}", folder, error.message());
+  }
   std::vector<std::string> files;
-  for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+  for (const fs::directory_entry& entry : entries) {
     const std::string name = entry.path().filename().string();
-    if (name.front() != '.' && entry.is_regular_file() && HasContainer(name)) {
+    if (name.front() != '.' && HasContainer(name) && MayBeFile(entry)) {
       files.push_back(entry.path().string());
     }
   }
@@ -82,16 +94,37 @@ std::vector<std::string> FilesLike(const std::string& pattern) {
 }
 
 std::vector<std::string> Expand(const std::string& input) {
-  if (fs::is_directory(input)) {
+  std::error_code isNone;
+  if (fs::is_directory(input, isNone)) {
     return FilesIn(input);
   }
-  if (input.find_first_of("*?[") != std::string::npos && !fs::exists(input)) {
+  if (input.find_first_of("*?[") != std::string::npos && !fs::exists(input, isNone)) {
     return FilesLike(input);
   }
   return {input};
 }
 
+constexpr std::uint64_t kEndless = std::numeric_limits<std::uint64_t>::max();
+
+std::uint64_t Sum(std::uint64_t a, std::uint64_t b) {
+  return a > kEndless - b ? kEndless : a + b;
+}
+
+std::uint64_t Product(std::uint64_t a, std::uint64_t b) {
+  return b != 0 && a > kEndless / b ? kEndless : a * b;
+}
+
+// Names that are folders where a pattern has them to itself: "." and "..".
+std::ptrdiff_t DotsIn(const fs::path& path) {
+  return std::ranges::count_if(path,
+                               [](const fs::path& name) { return name == "." || name == ".."; });
+}
+
 }  // namespace
+
+std::uint64_t FrameLayout::BeginOf(std::uint64_t number) const {
+  return Sum(headerBytes, Product(number, frameBytes));
+}
 
 std::vector<std::string> ExpandInputs(const std::vector<std::string>& inputs) {
   std::vector<std::string> files;
@@ -113,7 +146,7 @@ FrameList::FrameList(std::vector<std::string> inputs, const FrameLayout& layout)
   std::uint64_t all = 0;
   for (const std::string& file : m_files) {
     m_first.push_back(all);
-    all += FramesIn(file);
+    all = Sum(all, FramesIn(file));
   }
   const std::uint64_t left = all - std::min(all, layout.skip);
   const std::uint64_t taken = left / layout.every + (left % layout.every != 0 ? 1 : 0);
@@ -142,13 +175,13 @@ std::uint64_t FrameList::FramesIn(const std::string& path) {
 }
 
 FramePlace FrameList::operator[](std::uint64_t index) const {
-  const std::uint64_t ordinal = m_layout.skip + index * m_layout.every;
+  const std::uint64_t ordinal = Sum(m_layout.skip, Product(index, m_layout.every));
   if (m_first.empty()) {
     return {m_files.front(),
             index,
             ordinal,
             true,
-            0,
+            m_layout.BeginOf(ordinal),
             m_layout.pixelBytes,
             fmt::format("frame {} of standard input", ordinal)};
   }
@@ -159,7 +192,7 @@ FramePlace FrameList::operator[](std::uint64_t index) const {
     return {path, index, 0, false, 0, 0, path};
   }
   const std::uint64_t number = ordinal - m_first[file];
-  const std::uint64_t begin = m_layout.headerBytes + number * m_layout.frameBytes;
+  const std::uint64_t begin = m_layout.BeginOf(number);
   const std::uint64_t left = m_sizes[file] - std::min(m_sizes[file], begin);
   return {path,
           index,
@@ -172,7 +205,9 @@ FramePlace FrameList::operator[](std::uint64_t index) const {
 
 OutputPattern::OutputPattern(std::string text) : m_text(std::move(text)) {
   try {
-    (void)Fill("name", 0, 0);
+    if (Fill("name", 0, 0).find('\0') != std::string::npos) {
+      throw fmt::format_error("a number is no character");
+    }
   } catch (const fmt::format_error& error) {
     throw UsageFailure(
         "the output pattern {} is wrong ({}); write {{name}}, {{index:06}} or {{frame:06}}", m_text,
@@ -188,7 +223,12 @@ bool OutputPattern::IsPattern(const std::string& text) {
 std::string OutputPattern::Fill(const FramePlace& place) const {
   const std::string name =
       IsStandardStream(place.path) ? "stdin" : fs::path(place.path).stem().string();
-  return Fill(name, place.index, place.number);
+  std::string filled = Fill(name, place.index, place.number);
+  if (name.front() == '.' && DotsIn(filled) != DotsIn(Fill("name", place.index, place.number))) {
+    throw UsageFailure("{} has no name for {}; put {{index:06}} into the pattern", place.label,
+                       m_text);
+  }
+  return filled;
 }
 
 std::string OutputPattern::Fill(const std::string& name, std::uint64_t index,

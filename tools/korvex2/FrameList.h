@@ -18,6 +18,9 @@ struct FrameLayout {
   std::uint64_t skip = 0;             ///< frames passed over at the begin
   std::uint64_t every = 1;            ///< then each n-th is taken
   std::optional<std::uint64_t> most;  ///< and no more than this
+
+  /// Where a frame of a file begins, in bytes, or the largest number: in no file.
+  std::uint64_t BeginOf(std::uint64_t number) const;
 };
 
 /// Where a frame lies.
@@ -33,7 +36,7 @@ struct FramePlace {
 
 /// Files, folders and globs as the files that they stand for. A folder stands for the files in it
 /// whose extension is known, in the order of their names, numbers in them counted as numbers. A
-/// Failure when one stands for none.
+/// Failure when one stands for none. What cannot be looked at stands for itself.
 std::vector<std::string> ExpandInputs(const std::vector<std::string>& inputs);
 
 class FrameList {
@@ -68,6 +71,7 @@ class OutputPattern {
 
   static bool IsPattern(const std::string& text);
 
+  /// A UsageFailure when the file's name would lead out of the folders of the pattern.
   std::string Fill(const FramePlace& place) const;
   /// Whether no two frames of one file can get the same name.
   bool TellsFramesApart() const;

@@ -12,19 +12,14 @@ std::mutex g_mutex;
 std::string g_status;
 std::set<std::string> g_warnings;  // that were given
 
-std::string OneLine(std::string_view message) {
-  std::string line(message);
-  while (!line.empty() && (line.back() == '\n' || line.back() == ' ')) {
-    line.pop_back();
-  }
-  for (char& c : line) {
-    if (c == '\n') {
-      c = ' ';
-    } else if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) {
-      c = '?';
-    }
-  }
-  return line;
+bool IsControl(char c) {
+  return static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
+}
+
+// U+0080 to U+009F, in UTF-8.
+bool IsControl(char first, char second) {
+  return first == '\xc2' && static_cast<unsigned char>(second) >= 0x80 &&
+         static_cast<unsigned char>(second) < 0xa0;
 }
 
 // Over the status, which is shown again below.
@@ -37,6 +32,23 @@ void Print(const std::string& line) {
 }
 
 }  // namespace
+
+std::string OneLine(std::string_view message) {
+  std::string line(message);
+  while (!line.empty() && (line.back() == '\n' || line.back() == ' ')) {
+    line.pop_back();
+  }
+  for (std::size_t i = 0; i < line.size(); ++i) {
+    if (line[i] == '\n') {
+      line[i] = ' ';
+    } else if (IsControl(line[i])) {
+      line[i] = '?';
+    } else if (i + 1 < line.size() && IsControl(line[i], line[i + 1])) {
+      line[i] = line[i + 1] = '?';
+    }
+  }
+  return line;
+}
 
 void Report(std::string_view message) {
   const std::lock_guard lock(g_mutex);

@@ -2,9 +2,13 @@
 
 /// What goes to stderr. Any thread may call these.
 
+#include <string>
 #include <string_view>
 
 namespace Korvex2::Tool {
+
+/// The text as a terminal may show it: one line, without what would steer the terminal.
+std::string OneLine(std::string_view message);
 
 /// Why the tool gave up. Always one line, whatever a file name or a library put into the message.
 void Report(std::string_view message);

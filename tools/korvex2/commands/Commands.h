@@ -5,8 +5,12 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <cmath>
+#include <cstdlib>
 #include <string>
 #include <utility>
+
+#include "Report.h"
 
 namespace Korvex2::Tool {
 
@@ -14,14 +18,22 @@ namespace Korvex2::Tool {
 struct Globals {
   bool quiet = false;
 
-  /// Tells the user on stdout what was done, unless --quiet was given.
+  /// Tells the user on stdout in one line what was done, unless --quiet was given.
   template <typename... Args>
   void Say(fmt::format_string<Args...> format, Args&&... args) const {
     if (!quiet) {
-      fmt::print("{}\n", fmt::format(format, std::forward<Args>(args)...));
+      fmt::print("{}\n", OneLine(fmt::format(format, std::forward<Args>(args)...)));
     }
   }
 };
+
+/// A Failure unless all that was printed on stdout has arrived there.
+void FlushStandardOutput();
+
+/// Refuses what no comparison with a limit refuses.
+inline std::string IsNumber(const std::string& value) {
+  return std::isnan(std::strtod(value.c_str(), nullptr)) ? value + " is no number" : "";
+}
 
 /// Refuses an empty value, which would otherwise count as an option that was not given.
 inline std::string NotEmpty(const std::string& value) {

@@ -69,8 +69,8 @@ A raw source needs --tile, its top-left 2x2 in reading order, a --from that says
 a camera's raw file:
   rggb: R G   grbg: G R   gbrg: G B   bggr: B G   none: no mosaic, the samples
         G B         B G         R G         G R         are taken as grey
-An output that exists is replaced once the new one is complete. "-" is standard input or output
-without a header, "png:-" one with the file format of that extension.
+An output that exists is replaced once the new one is complete, and symbolic links are followed.
+"-" is standard input or output without a header, "png:-" one with the file format of that extension.
 
 Y4M for players and encoders: --to yuv444, yuv422, yuv411 or mono8; --fps if not 25.
 
@@ -230,7 +230,7 @@ void RunOne(const Options& options, const Globals& globals) {
   RequireHolds(options.output(), conversion.target);
 
   const Container& container = ContainerOf(input);
-  Image source = conversion.Read(InputFile(input), container);
+  Image source = conversion.Read(InputFile(input, MostBytes(input, conversion.shape)), container);
   const std::string described = Describe(source);
   WriteImage(conversion.Convert(std::move(source)), options.output(), conversion.write);
   if (!IsStandardStream(options.output())) {
@@ -269,6 +269,7 @@ FrameLayout LayoutOf(const Options& options, const InputShape& shape, bool hasHe
   if (shape.format == nullptr || !shape.width || !shape.height) {
     throw UsageFailure("a headerless file of many frames needs --from, --width and --height");
   }
+  RequireFrame(*shape.format, *shape.width, *shape.height);
   const std::uint64_t pixels = std::uint64_t{*shape.width} * *shape.height;
   layout.pixelBytes = DumpSize(*shape.format, pixels);
   layout.frameBytes = options.frameBytes.value_or(layout.pixelBytes);
@@ -315,6 +316,7 @@ void RunMany(const Options& options, const Globals& globals) {
 
   BatchOptions batch;
   batch.output = options.output();
+  batch.shape = conversion.shape;
   batch.target = conversion.target;
   batch.jobs = options.jobs.value_or(DefaultJobs());
   batch.resume = options.resume;
@@ -362,6 +364,7 @@ void AddLookOptions(CLI::App& command, Options& options) {
                   "low,high: the percentiles that become black and white")
       ->check(NotEmpty);
   command.add_option("--gamma", options.gamma, "Brightens by the exponent 1/gamma, such as 2.2")
+      ->check(IsNumber)
       ->check(CLI::Range(0.01, 100.0));
 }
 

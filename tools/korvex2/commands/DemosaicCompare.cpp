@@ -189,9 +189,10 @@ void Run(Options options, const Globals& globals) {
   }
   PrintText(outcomes);
   if (!options.sheet.empty()) {
-    globals.Say("\n{} ({} x {}, {}), {} x {} pixels at {}, {} -> {}", options.input,
-                truth.GetCols(), truth.GetRows(), options.tile, detail.width, detail.height,
-                detail.x, detail.y, options.sheet);
+    globals.Say("");
+    globals.Say("{} ({} x {}, {}), {} x {} pixels at {}, {} -> {}", options.input, truth.GetCols(),
+                truth.GetRows(), options.tile, detail.width, detail.height, detail.x, detail.y,
+                options.sheet);
   }
 }
 

@@ -1,7 +1,9 @@
 // korvex2 diff: how far two pictures are apart.
 
 #include <cmath>
+#include <exception>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 
@@ -154,7 +156,10 @@ void Run(const Options& options, const Globals& globals) {
   bool same = false;
   try {
     same = CompareFiles(options, globals).IsNone();
-  } catch (const Failure& failure) {
+    FlushStandardOutput();
+  } catch (const std::bad_alloc&) {
+    throw UsageFailure("out of memory");
+  } catch (const std::exception& failure) {
     throw UsageFailure("{}", failure.what());
   }
   if (!same) {
@@ -197,6 +202,7 @@ void AddDiffCommand(CLI::App& app, const Globals& globals) {
   command->add_option("--picture", options->picture, "A picture of the differences to write")
       ->check(NotEmpty);
   command->add_option("--amplify", options->amplify, "What the differences are multiplied by there")
+      ->check(IsNumber)
       ->check(CLI::Range(1.0, 65535.0))
       ->capture_default_str();
   command->add_flag("--json", options->json, "Print JSON");

@@ -135,7 +135,8 @@ void Run(const Options& options, const Globals& globals) {
   }
   PrintText(best);
   if (!options.sheet.empty()) {
-    globals.Say("\n{} ({} bytes) -> {}", options.input, file.size, options.sheet);
+    globals.Say("");
+    globals.Say("{} ({} bytes) -> {}", options.input, file.size, options.sheet);
   }
 }
 

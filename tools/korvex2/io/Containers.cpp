@@ -182,9 +182,18 @@ void RequireHolds(const std::string& path, PixelFormat format) {
   }
 }
 
+std::uint64_t MostBytes(const std::string& path, const InputShape& shape) {
+  const bool isTold = shape.format != nullptr && shape.width && shape.height;
+  if (!isTold || !IsHeaderless(ContainerOf(path))) {
+    return kLargestFile;
+  }
+  RequireFrame(*shape.format, *shape.width, *shape.height);
+  return DumpSize(*shape.format, std::uint64_t{*shape.width} * *shape.height);
+}
+
 Image ReadImage(const std::string& path, const InputShape& shape) {
   const Container& container = ContainerOf(path);
-  return ReadImage(InputFile(path), container, shape);
+  return ReadImage(InputFile(path, MostBytes(path, shape)), container, shape);
 }
 
 Image ReadImage(const InputFile& file, const Container& container, const InputShape& shape) {

@@ -62,6 +62,10 @@ struct InputShape {
   LevelRequest levels;
 };
 
+/// How many bytes of standard input can be of use. A Failure for a headerless frame that no image
+/// can hold.
+std::uint64_t MostBytes(const std::string& path, const InputShape& shape);
+
 Image ReadImage(const std::string& path, const InputShape& shape);
 Image ReadImage(const InputFile& file, const Container& container, const InputShape& shape);
 

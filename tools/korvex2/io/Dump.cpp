@@ -53,6 +53,12 @@ std::string FormatsOfSize(Size size, std::uint64_t fileSize) {
     advice += fmt::format("; as {} it would be {}", format.name, sizes);
   }
   const std::uint64_t frame = DumpSize(format, std::uint64_t{size.width} * size.height);
+  if (file.goesOn()) {
+    throw Failure(
+        "{} has more than the {} bytes of {} x {} pixels of {}; 'korvex2 convert --frames "
+        "all' takes one frame after the other",
+        file.path(), frame, size.width, size.height, format.name);
+  }
   if (file.size() > frame && file.size() % frame == 0) {
     advice +=
         fmt::format("; 'korvex2 convert --frames all' takes it as {} frames", file.size() / frame);
@@ -67,6 +73,14 @@ std::uint64_t DumpSize(const PixelFormatInfo& format, std::uint64_t pixels) {
   const std::uint64_t groups = (pixels + format.pixelsPerGroup - 1) / format.pixelsPerGroup;
   constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
   return groups > kMost / format.bytesPerGroup ? kMost : groups * format.bytesPerGroup;
+}
+
+void RequireFrame(const PixelFormatInfo& format, std::uint32_t width, std::uint32_t height) {
+  const unsigned stride = PackedStride(width, format.bitsPerPixel);
+  const Error error = Image::CheckDimensions(height, width, stride, format.format);
+  if (error != VORERROR_OK) {
+    throw Failure("no frame of {} x {} {}: {}", width, height, format.name, error.GetMessage());
+  }
 }
 
 std::string CommonSizes(const PixelFormatInfo& format, std::uint64_t size) {
@@ -86,7 +100,7 @@ bool IsCommonSize(std::uint32_t width, std::uint32_t height) {
 
 Image ReadDump(const InputFile& file, const PixelFormatInfo& format, std::uint32_t width,
                std::uint32_t height, BayerTileFormat tile) {
-  if (!Fits(format, {width, height}, file.size())) {
+  if (file.goesOn() || !Fits(format, {width, height}, file.size())) {
     FailForSize(file, format, {width, height});
   }
   Image image = NewImage(width, height, format, tile);

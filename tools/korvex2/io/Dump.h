@@ -13,6 +13,9 @@ namespace Korvex2::Tool {
 /// 4:1:1) is stored whole, since its pixels share their bytes.
 std::uint64_t DumpSize(const PixelFormatInfo& format, std::uint64_t pixels);
 
+/// A Failure for a frame that no image can hold.
+void RequireFrame(const PixelFormatInfo& format, std::uint32_t width, std::uint32_t height);
+
 /// The file as a frame. A Failure unless its size is that of the frame to the byte; the message
 /// says which sizes and formats would fit.
 Image ReadDump(const InputFile& file, const PixelFormatInfo& format, std::uint32_t width,

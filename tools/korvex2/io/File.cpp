@@ -9,6 +9,7 @@
 #include <cstring>
 #include <filesystem>
 #include <optional>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -16,9 +17,6 @@
 
 namespace Korvex2::Tool {
 namespace {
-
-// An image has at most 4 GiB - 1 bytes; the rest leaves room for headers and for text formats.
-constexpr std::uint64_t kLargestFile = std::uint64_t{16} << 30;
 
 [[noreturn]] void FailWithErrno(const char* action, const std::string& path) {
   const int reason = errno;
@@ -67,6 +65,20 @@ class Descriptor {
   struct stat m_status {};
 };
 
+// Of a path where no file is. Opening would make the file that a link leads to.
+std::string WhereLinksLead(std::filesystem::path path) {
+  constexpr int kMostLinks = 40;  // as many as the system follows
+  std::error_code isNone;
+  for (int i = 0; i < kMostLinks; ++i) {
+    const std::filesystem::path next = std::filesystem::read_symlink(path, isNone);
+    if (isNone) {
+      break;
+    }
+    path = path.parent_path() / next;
+  }
+  return path.string();
+}
+
 }  // namespace
 
 bool IsStandardStream(std::string_view path) {
@@ -96,12 +108,13 @@ Bytes ReadStandardInput(std::uint64_t size) {
   return bytes;
 }
 
-InputFile::InputFile(const std::string& path) : m_path(path) {
+InputFile::InputFile(const std::string& path, std::uint64_t most) : m_path(path) {
   if (IsStandardStream(path)) {
     m_path = "standard input";
-    m_content = ReadStandardInput(kLargestFile + 1);
-    m_size = m_content->size;
-    RequireReadable(m_size, m_path);
+    m_content = ReadStandardInput(std::min(most, kLargestFile) + 1);
+    RequireReadable(m_content->size, m_path);
+    m_size = std::min<std::uint64_t>(m_content->size, most);
+    m_goesOn = m_size != m_content->size;
     return;
   }
   Descriptor descriptor(path);
@@ -158,7 +171,8 @@ const Bytes& InputFile::Read() const {
   return *m_content;
 }
 
-// A new file has the permissions that the process gives, a replaced one those that it had.
+// A new file has the permissions that the process gives, a replaced one those that it had, without
+// the bits that would let anyone run it as its new owner.
 struct OutputFile::Target {
   std::string path;  // symbolic links followed
   std::optional<mode_t> mode;
@@ -169,10 +183,13 @@ struct OutputFile::Target {
       return {path, std::nullopt};
     }
     if (stat(path.c_str(), &status) != 0) {
-      return {path, std::nullopt};
+      if (errno != ENOENT) {
+        FailWithErrno("write", path);
+      }
+      return {WhereLinksLead(path), std::nullopt};
     }
     RequireRegular(status, path);
-    return {std::filesystem::canonical(path).string(), status.st_mode & 07777};
+    return {std::filesystem::canonical(path).string(), status.st_mode & 0777};
   }
 };
 

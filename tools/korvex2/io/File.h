@@ -26,11 +26,15 @@ struct Bytes {
 /// there.
 bool IsStandardStream(std::string_view path);
 
-/// A regular file, a part of one, or all of standard input; anything else is a Failure. One thread
-/// at a time.
+// An image has at most 4 GiB - 1 bytes; the rest leaves room for headers and for text formats.
+constexpr std::uint64_t kLargestFile = std::uint64_t{16} << 30;
+
+/// A regular file, a part of one, or standard input; anything else is a Failure. One thread at a
+/// time.
 class InputFile {
  public:
-  explicit InputFile(const std::string& path);
+  /// Of standard input `most` bytes are kept, and one more is asked for to see whether it ends.
+  explicit InputFile(const std::string& path, std::uint64_t most = kLargestFile);
   /// `size` bytes from `begin` on, called `name` in messages.
   InputFile(const std::string& path, std::uint64_t begin, std::uint64_t size, std::string name);
   /// What was read elsewhere.
@@ -41,6 +45,7 @@ class InputFile {
 
   const std::string& path() const { return m_path; }
   std::uint64_t size() const { return m_size; }
+  bool goesOn() const { return m_goesOn; }  ///< standard input, which has more than size() bytes
 
   /// Fills the first size() bytes of `buffer`.
   void ReadInto(unsigned char* buffer) const;
@@ -52,6 +57,7 @@ class InputFile {
   int m_fd = -1;
   std::uint64_t m_begin = 0;
   std::uint64_t m_size = 0;
+  bool m_goesOn = false;
   mutable std::optional<Bytes> m_content;
 };
 
@@ -62,9 +68,10 @@ std::uint64_t SizeOfFile(const std::string& path);
 /// read.
 Bytes ReadStandardInput(std::uint64_t size);
 
-/// A file under a temporary name in the folder of `path`. Commit moves it to its name; without
-/// that, or when the process is told to stop, it vanishes and what stood at `path` stays. For a
-/// standard stream it is standard output, where nothing can be taken back.
+/// A file under a temporary name in the folder of `path`, or where a symbolic link there leads.
+/// Commit moves it to its name; without that, or when the process is told to stop, it vanishes and
+/// what stood at `path` stays. For a standard stream it is standard output, where nothing can be
+/// taken back.
 class OutputFile {
  public:
   explicit OutputFile(const std::string& path);

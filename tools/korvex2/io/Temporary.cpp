@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <string_view>
 
 namespace Korvex2::Tool {
 namespace {
@@ -36,7 +37,7 @@ static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_alw
 
 struct StoppingSignal {
   int number;
-  const char* message;
+  std::string_view message;
 };
 
 constexpr StoppingSignal kSignals[] = {
@@ -44,6 +45,7 @@ constexpr StoppingSignal kSignals[] = {
     {SIGTERM, "korvex2: stopped by SIGTERM; no unfinished file is left\n"},
     {SIGHUP, "korvex2: stopped by SIGHUP; no unfinished file is left\n"},
     {SIGQUIT, "korvex2: stopped by SIGQUIT; no unfinished file is left\n"},
+    {SIGPIPE, ""},  // which is how most pipelines end
 };
 
 sigset_t StoppingSignals() {
@@ -65,9 +67,10 @@ extern "C" void RemoveFilesAndDie(int number) {
       unlink(place.path);
     }
   }
+  std::signal(SIGPIPE, SIG_IGN);  // of the message
   for (const StoppingSignal& signal : kSignals) {
-    if (signal.number == number) {
-      (void)!write(STDERR_FILENO, signal.message, std::strlen(signal.message));
+    if (signal.number == number && !signal.message.empty()) {
+      (void)!write(STDERR_FILENO, signal.message.data(), signal.message.size());
     }
   }
   std::signal(number, SIG_DFL);

@@ -11,8 +11,9 @@
 namespace Korvex2::Tool {
 
 /// From now on SIGINT, SIGTERM, SIGHUP and SIGQUIT first remove every unfinished file and say so in
-/// one line on stderr, and then end the process as they would have; signals that were ignored stay
-/// ignored. A file that grows past the limit of the process fails to be written, as on a full disk.
+/// one line on stderr, and then end the process as they would have; so does SIGPIPE, without a
+/// word. Signals that were ignored stay ignored. A file that grows past the limit of the process
+/// fails to be written, as on a full disk.
 void RemoveUnfinishedFilesWhenStopped();
 
 /// While one lives, the first SIGINT ends nothing: it is for the program to see it and to finish
