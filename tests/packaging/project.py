@@ -13,7 +13,7 @@ CMAKE = os.environ.get("CMAKE", "cmake")
 # What each part of the build asks for, and what vcpkg and Conan call it.
 PARTS = {"library": "src", "simd": ".", "tools": "tools/korvex2", "python": "python"}
 PORTS = {"Boost": "boost-thread", "hwy": "highway", "CLI11": "cli11", "fmt": "fmt", "PNG": "libpng", "TIFF": "tiff",
-         "TBB": "tbb", "raw": "libraw"}
+         "TBB": "tbb", "raw_r": "libraw"}
 RECIPES = {**PORTS, "Boost": "boost", "TIFF": "libtiff", "TBB": "onetbb", "pybind11": "pybind11"}
 FROM_THE_SYSTEM = {"Python3"}
 

@@ -191,7 +191,8 @@ void Run(const Options& options, const Globals& globals) {
     return;
   }
   PrintText(outcomes);
-  globals.Say("\n{} x {} pixels, {}, one thread, into a reused image", size.width, size.height,
+  globals.Say("");
+  globals.Say("{} x {} pixels, {}, one thread, into a reused image", size.width, size.height,
               GetInstructionSet());
 }
 
