@@ -246,13 +246,15 @@ def jpeg_segment(marker, data):
     return struct.pack(">BBH", 0xff, marker, len(data) + 2) + data
 
 
-def lossless_jpeg(samples, claim=None, end=b"\xff\xd9"):
-    """One component of 16 bits, each sample the difference from its neighbour on the left, codes of 5 bits.
-    `claim` is the height and width that the frame says instead of its own."""
-    left = np.concatenate([samples[:, :1], samples[:, :-1]], axis=1).astype(int)
-    left[:, 0] = np.concatenate([[1 << 15], samples[:-1, 0]])
+def lossless_jpeg(samples, claim=None, end=b"\xff\xd9", components=1, gap=b""):
+    """Of 16 bits, each sample the difference from its neighbour on the left, codes of 5 bits. Neighbours in a row
+    are `components`. `claim` is the height and width that the frame says instead of its own, `gap` follows it."""
+    pixels = samples.reshape(len(samples), -1, components).astype(int)
+    left = np.concatenate([pixels[:, :1], pixels[:, :-1]], axis=1)
+    left[1:, 0] = pixels[:-1, 0]
+    left[0, 0] = 1 << 15
     bits = []
-    for difference in (samples.astype(int) - left).ravel().tolist():
+    for difference in (pixels - left).ravel().tolist():
         length = abs(difference).bit_length()
         bits.append(f"{length:05b}")
         if 0 < length < 16:
@@ -261,5 +263,7 @@ def lossless_jpeg(samples, claim=None, end=b"\xff\xd9"):
     text += "1" * (-len(text) % 8)
     entropy = int(text, 2).to_bytes(len(text) // 8, "big").replace(b"\xff", b"\xff\0")
     return (b"\xff\xd8" + jpeg_segment(0xc4, bytes([0] + [0] * 4 + [17] + [0] * 11) + bytes(range(17)))
-            + jpeg_segment(0xc3, struct.pack(">BHHB", 16, *(claim or samples.shape), 1) + b"\1\x11\0")
-            + jpeg_segment(0xda, b"\1\1\0\1\0\0") + entropy + end)
+            + jpeg_segment(0xc3, struct.pack(">BHHB", 16, *(claim or pixels.shape[:2]), components)
+                           + b"".join(bytes([i + 1, 0x11, 0]) for i in range(components))) + gap
+            + jpeg_segment(0xda, bytes([components]) + b"".join(bytes([i + 1, 0]) for i in range(components))
+                           + b"\1\0\0") + entropy + end)

@@ -8,7 +8,8 @@ from pathlib import Path
 import numpy as np
 import pytest
 
-from pictures import LINEAR_RAW, SHORT, dng_bytes, lossless_jpeg, mosaic, png_bytes, read_png, read_pnm, tiff_blocks
+from pictures import (ASCII, BYTE, CFA, LINEAR_RAW, SHORT, dng_bytes, lossless_jpeg, mosaic, png_bytes, read_png, read_pnm,
+                      tiff_blocks, tiff_bytes)
 
 DATA = Path(os.environ.get("KORVEX2_DATA", Path(__file__).parents[3] / "shared" / "data"))
 REAL = DATA / "raw" / "tinydng_colorchart.dng"
@@ -99,11 +100,11 @@ LOSSLESS = 7
 TILES = {"one strip": None, "one tile": (40, 64), "tiles": (16, 32), "a column of tiles": (16, 64)}
 
 
-def compressed(samples, tile=None, claim=None, end=b"\xff\xd9", cut=None, order="<"):
+def compressed(samples, tile=None, claim=None, end=b"\xff\xd9", cut=None, order="<", components=1):
     """A DNG of lossless JPEG. `cut` is the shape that is left of each tile."""
     parts = [part[:, :, 0] for part in tiff_blocks(samples[:, :, None], tile, len(samples))]
     rows, columns = cut or (None, None)
-    blocks = [lossless_jpeg(part[:rows, :columns], claim, end) for part in parts]
+    blocks = [lossless_jpeg(part[:rows, :columns], claim, end, components) for part in parts]
     return dng_bytes(samples, PATTERNS["rggb"], order=order, compression=LOSSLESS, tile=tile, blocks=blocks)
 
 
@@ -118,12 +119,89 @@ def test_lossless_jpeg(tool, samples, tile, order):
 @pytest.mark.parametrize("lie", [
     {"cut": (8, 32)}, {"cut": (16, 8)}, {"cut": (1, 1)},  # less than a tile
     {"claim": (1 << 15, 64)}, {"claim": (65535, 65535)}, {"claim": (0, 32)},  # more than was compressed
-    {"claim": (16, 64)}, {"end": b""}, {"end": b"\xff"}, {"end": b"\xff\xd8"}])  # and no end
+    {"claim": (48, 64)}, {"end": b""}, {"end": b"\xff"}, {"end": b"\xff\xd8"}])  # and no end
 @pytest.mark.parametrize("tile", ["one strip", "tiles"])
 def test_lossless_jpeg_of_another_size_than_its_tile(tool, samples, tile, lie):
     (tool.folder / "in.dng").write_bytes(compressed(samples, TILES[tile], **lie))
     message = tool.fails(1, "convert", "in.dng", "out.raw", "--to", "raw16")
     assert "in.dng is a damaged raw file" in message
+
+
+@pytest.mark.parametrize("tile, components", [
+    (None, 2), (None, 4), ((40, 72), 2), ((16, 24), 2), ((16, 36), 4), ((16, 48), 2), ((16, 48), 1), ((48, 72), 1),
+    ((96, 72), 1), ((96, 72), 2), ((48, 24), 1)])
+def test_components_and_tiles_beyond_the_picture(tool, rng, tile, components):
+    samples = rng.integers(0, 16384, (40, 72), dtype=np.uint16)
+    (tool.folder / "in.dng").write_bytes(compressed(samples, tile, components=components))
+    tool.succeeds("convert", "in.dng", "out.raw", "--to", "raw16")
+    assert (tool.folder / "out.raw").read_bytes() == samples.astype("<u2").tobytes()
+
+
+@pytest.mark.parametrize("tile, components", [
+    ((16, 36), 2), ((40, 36), 2), ((16, 24), 3),  # as many columns of tiles as components
+    ((40, 80), 1), ((16, 80), 1), ((40, 144), 1), ((16, 144), 2), ((40, 256), 1)])  # wider than the picture
+def test_tiles_that_libraw_misplaces_are_refused(tool, rng, tile, components):
+    samples = rng.integers(0, 16384, (40, 72), dtype=np.uint16)
+    (tool.folder / "in.dng").write_bytes(compressed(samples, tile, components=components))
+    message = tool.fails(1, "convert", "in.dng", "out.raw", "--to", "raw16")
+    assert "LibRaw puts samples" in message and "in wrong places" in message and "damaged" not in message
+
+
+@pytest.mark.parametrize("width", [80, 144])
+def test_a_strip_of_longer_lines_is_refused(tool, rng, width):
+    samples = rng.integers(0, 16384, (40, width), dtype=np.uint16)
+    data = dng_bytes(samples[:, :72], PATTERNS["rggb"], compression=LOSSLESS, blocks=[lossless_jpeg(samples)])
+    (tool.folder / "in.dng").write_bytes(data)
+    assert "in wrong places" in tool.fails(1, "convert", "in.dng", "out.raw", "--to", "raw16")
+
+
+@pytest.mark.parametrize("tile", [None, (16, 32)])
+def test_several_rows_in_a_line(tool, samples, tile):
+    parts = [part[:, :, 0] for part in tiff_blocks(samples[:, :, None], tile, len(samples))]
+    blocks = [lossless_jpeg(part.reshape(len(part) // 2, -1)) for part in parts]
+    data = dng_bytes(samples, PATTERNS["rggb"], compression=LOSSLESS, tile=tile, blocks=blocks)
+    (tool.folder / "in.dng").write_bytes(data)
+    tool.succeeds("convert", "in.dng", "out.raw", "--to", "raw16")
+    assert (tool.folder / "out.raw").read_bytes() == samples.astype("<u2").tobytes()
+
+
+@pytest.mark.parametrize("tile", TILES)
+@pytest.mark.parametrize("end", [b"\xff\xff\xd9", b"\xff\xff\xff\xd9"])
+def test_bytes_that_fill_up_before_the_end(tool, samples, tile, end):
+    (tool.folder / "in.dng").write_bytes(compressed(samples, TILES[tile], end=end))
+    tool.succeeds("convert", "in.dng", "out.raw", "--to", "raw16")
+    assert (tool.folder / "out.raw").read_bytes() == samples.astype("<u2").tobytes()
+
+
+CANON = [(271, ASCII, b"Canon"), (272, ASCII, b"Canon EOS 5D"), (33421, SHORT, [2, 2]), (33422, BYTE, [0, 1, 1, 2])]
+
+
+def not_dng(stream, shape, fields=CANON):
+    return tiff_bytes(np.zeros(shape, np.uint16), CFA, rows_per_strip=shape[0], extra=fields, compression=LOSSLESS,
+                      blocks=[stream])
+
+
+@pytest.mark.parametrize("options", [{"components": 2}, {"components": 4}, {"gap": b"\0"}, {"gap": b"\x55"}])
+def test_lossless_jpeg_outside_dng(tool, samples, options):
+    (tool.folder / "in.cr2").write_bytes(not_dng(lossless_jpeg(samples, **options), samples.shape))
+    tool.succeeds("convert", "in.cr2", "out.raw", "--to", "raw16")
+    assert (tool.folder / "out.raw").read_bytes() == samples.astype("<u2").tobytes()
+
+
+@pytest.mark.parametrize("rows, options", [(8, {"components": 2}), (39, {"components": 2}), (1, {"gap": b"\0"}), (40, {})])
+def test_lossless_jpeg_outside_dng_of_which_libraw_decodes_too_little(tool, samples, rows, options):
+    stream = lossless_jpeg(samples[:rows], **options)
+    (tool.folder / "in.cr2").write_bytes(not_dng(stream, samples.shape) + bytes(4000))
+    assert "in.cr2 is a damaged raw file" in tool.fails(1, "convert", "in.cr2", "out.raw", "--to", "raw16")
+
+
+@pytest.mark.parametrize("maker", [b"Canon", b"Hasselblad"])
+def test_lossless_jpeg_outside_dng_that_has_no_samples(tool, rng, samples, maker):
+    stream = lossless_jpeg(samples, components=2)
+    header = stream[:stream.index(b"\xff\xda")]
+    for block in (rng.bytes(4000), header + bytes(4000)):
+        (tool.folder / "in.cr2").write_bytes(not_dng(block, samples.shape, [(271, ASCII, maker), *CANON[1:]]))
+        assert "in.cr2 is a damaged raw file" in tool.fails(1, "convert", "in.cr2", "out.raw", "--to", "raw16")
 
 
 @pytest.mark.parametrize("tile", TILES)

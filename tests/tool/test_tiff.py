@@ -198,6 +198,20 @@ def test_a_jpeg_cut_short_is_damage(tool, rng, layout, part):
     assert "in.tif is a damaged TIFF file: " in tool.fails(1, "convert", "in.tif", "out.png", "--to", "mono8")
 
 
+@pytest.mark.parametrize("layout", [{"tile": (64, 64)}, {"rows_per_strip": 64}])
+@pytest.mark.parametrize("surplus", [b"\0\0\0\0", b"\x11\x22" * 4])
+def test_more_bytes_than_a_jpeg_needs_are_no_damage(tool, rng, layout, surplus):
+    noise = random(rng, 1, 8, (64, 64))
+    seen = []
+    for more in (b"", surplus):
+        stream = jpeg(noise)
+        data = tiff_bytes(noise, compression=JPEG, blocks=[stream[:-2] + more + stream[-2:]], **layout)
+        (tool.folder / "in.tif").write_bytes(data)
+        tool.succeeds("convert", "in.tif", "out.png", "--to", "mono8")
+        seen.append(read_png(tool.folder / "out.png"))
+    assert np.array_equal(*seen)
+
+
 @pytest.mark.parametrize("side", [1 << 16, 1 << 20, 1 << 31])
 @pytest.mark.parametrize("compression", [1, 8])
 def test_tiles_that_no_file_could_fill_are_named(tool, side, compression):

@@ -17,6 +17,7 @@ enum Marker : unsigned char {
   kStartOfImage = 0xd8,
   kEndOfImage = 0xd9,
   kStartOfScan = 0xda,
+  kFill = 0xff,
 };
 
 std::size_t Word(std::span<const unsigned char> bytes, std::size_t at) {
@@ -35,7 +36,8 @@ bool IsPlainFrame(std::span<const unsigned char> segment) {
          segment[7] <= 4 && segment[9] == kOneByOne;
 }
 
-// Where the marker lies that ends the samples from `at` on: a 0xff among them is followed by 0.
+// Where the marker lies that ends the samples from `at` on: a 0xff among them is followed by 0, and
+// any number of them may stand before a marker.
 std::size_t EndOfSamples(std::span<const unsigned char> bytes, std::size_t at) {
   while (true) {
     const auto mark = std::find(bytes.begin() + static_cast<std::ptrdiff_t>(at), bytes.end(), 0xff);
@@ -44,25 +46,29 @@ std::size_t EndOfSamples(std::span<const unsigned char> bytes, std::size_t at) {
       return bytes.size();
     }
     const unsigned char marker = bytes[at + 1];
-    if (marker != 0 && (marker < kFirstRestart || marker > kLastRestart)) {
+    if (marker == kFill) {
+      ++at;
+    } else if (marker == 0 || (marker >= kFirstRestart && marker <= kLastRestart)) {
+      at += 2;
+    } else {
       return at;
     }
-    at += 2;
   }
 }
 
 }  // namespace
 
-std::optional<LosslessJpeg> FindLosslessJpeg(std::span<const unsigned char> bytes) {
+std::optional<LosslessJpeg> FindLosslessJpeg(std::span<const unsigned char> bytes,
+                                             std::size_t gap) {
   if (bytes.size() < 2 || bytes[0] != 0xff || bytes[1] != kStartOfImage) {
     return std::nullopt;
   }
   std::optional<LosslessJpeg> found;
-  for (std::size_t at = 2; bytes.size() - at >= 4 && bytes[at] == 0xff;) {
+  for (std::size_t at = 2; at + 4 <= bytes.size() && bytes[at] == 0xff;) {
     const unsigned char marker = bytes[at + 1];
     const std::size_t length = Word(bytes, at + 2);
     if (length < 2 || length > bytes.size() - at - 2) {
-      return found;
+      return std::nullopt;
     }
     const std::span<const unsigned char> segment = bytes.subspan(at + 2, length);
     at += 2 + length;
@@ -70,7 +76,8 @@ std::optional<LosslessJpeg> FindLosslessJpeg(std::span<const unsigned char> byte
       if (marker != kStartOfLosslessFrame || found || !IsPlainFrame(segment)) {
         return std::nullopt;
       }
-      found = {std::uint64_t{Word(segment, 3)} * Word(segment, 5) * segment[7], 0};
+      found = {Word(segment, 3), Word(segment, 5), segment[7], 0};
+      at += found->components == 1 ? gap : 0;
     }
     if (marker == kStartOfScan) {
       at = EndOfSamples(bytes, at);
@@ -80,7 +87,7 @@ std::optional<LosslessJpeg> FindLosslessJpeg(std::span<const unsigned char> byte
       return found;
     }
   }
-  return found;
+  return std::nullopt;
 }
 
 }  // namespace Korvex2::Tool

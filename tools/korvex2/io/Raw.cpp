@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <new>
+#include <optional>
 #include <span>
 #include <string>
 #include <utility>
@@ -186,22 +187,43 @@ class Tiles {
   // A stream ends where its samples do, has those of its tile and not many more, and lies apart
   // from the others.
   bool AreWhole() const {
-    std::uint64_t entry = static_cast<std::uint64_t>(m_layout.data_offset);
     std::uint64_t left = m_bytes.size;
+    return Every([&](const std::optional<LosslessJpeg>& stream, std::uint64_t top) {
+      if (!stream || stream->size == 0 || stream->size > left ||
+          stream->Samples() > 8 * stream->size || !Fills(stream->Samples(), top)) {
+        return false;
+      }
+      left -= stream->size;
+      return true;
+    });
+  }
+
+  // Whether LibRaw puts the samples of streams that are whole where they belong: it lets them flow
+  // from row to row, of the tile or of a narrower picture.
+  bool ArePlaced() const {
+    if (IsTiled() && m_layout.tile_width > m_columns) {
+      return false;
+    }
+    return Every([&](const std::optional<LosslessJpeg>& stream, std::uint64_t) {
+      return FlowsIntoRows(*stream) && !IsTakenForWhole(*stream);
+    });
+  }
+
+ private:
+  // Whether `holds(stream, top row of its tile)` is true of every tile.
+  template <typename Condition>
+  bool Every(Condition holds) const {
+    std::uint64_t entry = static_cast<std::uint64_t>(m_layout.data_offset);
     for (std::uint64_t top = 0; top < m_rows; top += m_layout.tile_length) {
       for (std::uint64_t x = 0; x < m_columns; x += m_layout.tile_width, entry += 4) {
-        const auto stream = FindLosslessJpeg(From(m_bytes, IsTiled() ? Offset(entry) : entry));
-        if (!stream || stream->size == 0 || stream->size > left ||
-            stream->samples > 8 * stream->size || !Fills(stream->samples, top)) {
+        if (!holds(FindLosslessJpeg(From(m_bytes, IsTiled() ? Offset(entry) : entry)), top)) {
           return false;
         }
-        left -= stream->size;
       }
     }
     return true;
   }
 
- private:
   bool IsTiled() const { return m_layout.tile_length < INT_MAX; }
 
   std::uint64_t Offset(std::uint64_t entry) const {
@@ -217,13 +239,32 @@ class Tiles {
     return offset;
   }
 
-  // The lowest tiles may go on below the picture.
+  std::uint64_t SamplesOf(std::uint64_t columns) const {
+    return columns * (m_layout.tiff_samples == 2 ? 2 : 1);
+  }
+
+  std::uint64_t Row() const {
+    return SamplesOf(std::min<std::uint64_t>(m_layout.tile_width, m_columns));
+  }
+
+  // Tiles may go on beside and below the picture. LibRaw forgets the size of a single one.
   bool Fills(std::uint64_t samples, std::uint64_t top) const {
-    const std::uint64_t row = std::min<std::uint64_t>(m_layout.tile_width, m_columns) *
-                              (m_layout.tiff_samples == 2 ? 2 : 1);
     const std::uint64_t length = m_layout.tile_length;
-    return samples >= row * std::min(length, m_rows - top) &&
-           samples <= 2 * row * std::min(length, m_rows);
+    return samples >= Row() * std::min(length, m_rows - top) &&
+           (!IsTiled() || samples <= 2 * SamplesOf(m_layout.tile_width) * length);
+  }
+
+  // Parts of a row, or several in a line; lines that are padded are as many as rows.
+  bool FlowsIntoRows(const LosslessJpeg& stream) const {
+    const std::uint64_t line = stream.SamplesOfLine();
+    const std::uint64_t rows = std::min<std::uint64_t>(m_layout.tile_length, m_rows);
+    return line <= Row() ? Row() % line == 0 : line % Row() == 0 && stream.lines < rows;
+  }
+
+  // LibRaw takes a line for components times as long where that were a row of the picture.
+  bool IsTakenForWhole(const LosslessJpeg& stream) const {
+    return stream.components > 1 && m_layout.tiff_samples == 1 &&
+           stream.components * stream.SamplesOfLine() == m_columns;
   }
 
   const Bytes& m_bytes;
@@ -232,11 +273,24 @@ class Tiles {
   std::uint64_t m_rows;
 };
 
-// Other cameras than those of DNG cut a stream into slices; it has the samples of the sensor then.
-bool IsOneStream(const Decoder& decoder, const Bytes& bytes) {
+// What other files than DNG have; LibRaw decodes no single component without the gap there.
+std::optional<LosslessJpeg> OneStream(const Decoder& decoder, const Bytes& bytes) {
+  constexpr std::size_t kGap = 1;
   const auto offset = static_cast<std::uint64_t>(decoder.layout().data_offset);
-  const auto stream = FindLosslessJpeg(From(bytes, offset));
-  return stream && stream->samples <= 4 * Pixels(decoder);
+  return FindLosslessJpeg(From(bytes, offset), kGap);
+}
+
+// Though a camera may cut it into slices, the stream has the samples of the sensor.
+bool IsOfSensor(const std::optional<LosslessJpeg>& stream, const Decoder& decoder) {
+  return stream && stream->Samples() >= Pixels(decoder) && stream->Samples() <= 4 * Pixels(decoder);
+}
+
+bool IsWhole(Decoder& decoder, const Bytes& bytes) {
+  const std::string loader = decoder.Loader();
+  return loader == "lossless_dng_load_raw()"    ? Tiles(decoder, bytes).AreWhole()
+         : loader == "lossless_jpeg_load_raw()" ? IsOfSensor(OneStream(decoder, bytes), decoder)
+         : loader == "hasselblad_load_raw()"    ? OneStream(decoder, bytes).has_value()
+                                                : true;
 }
 
 void RequireWhole(Decoder& decoder, const InputFile& file) {
@@ -244,12 +298,16 @@ void RequireWhole(Decoder& decoder, const InputFile& file) {
     throw Failure("{} is a damaged raw file: {} bytes cannot hold {} x {} samples", file.path(),
                   file.size(), decoder.imgdata.sizes.raw_width, decoder.imgdata.sizes.raw_height);
   }
-  const std::string loader = decoder.Loader();
-  const Bytes& bytes = file.Read();
-  if ((loader == "lossless_dng_load_raw()" && !Tiles(decoder, bytes).AreWhole()) ||
-      (loader == "lossless_jpeg_load_raw()" && !IsOneStream(decoder, bytes))) {
+  if (!IsWhole(decoder, file.Read())) {
     throw Failure("{} is a damaged raw file: its lossless JPEG is not that of {} x {} samples",
                   file.path(), decoder.imgdata.sizes.raw_width, decoder.imgdata.sizes.raw_height);
+  }
+}
+
+void RequirePlaced(Decoder& decoder, const InputFile& file) {
+  if (decoder.Loader() == "lossless_dng_load_raw()" && !Tiles(decoder, file.Read()).ArePlaced()) {
+    throw Failure("{} cannot be read: LibRaw puts samples of such lossless JPEG in wrong places",
+                  file.path());
   }
 }
 
@@ -273,6 +331,7 @@ Raster ReadRaw(const InputFile& file) {
     FailForKind(file, "holds floating-point samples");
   }
   RequireWhole(*decoder, file);
+  RequirePlaced(*decoder, file);
   Require(decoder->UnpackIntoClearedMemory(), file);
   if (damaged) {
     throw Failure("{} is a damaged raw file: samples are missing", file.path());

@@ -89,12 +89,19 @@ static int OnError(TIFF*, void* handle, const char*, const char* format, va_list
 constexpr std::string_view kDamage[] = {"Improper JPEG strip/tile size", "Premature end of JPEG",
                                         "Corrupt JPEG data"};
 
+// Part of what begins like the last one, though nothing is missing then.
+constexpr std::string_view kSurplus = "extraneous bytes before marker";
+
+bool IsDamage(std::string_view warning) {
+  return std::ranges::any_of(kDamage, [&](std::string_view damage) {
+    return warning.starts_with(damage) && warning.find(kSurplus) == warning.npos;
+  });
+}
+
 static int OnWarning(TIFF*, void* handle, const char*, const char* format, va_list arguments) {
   auto* source = static_cast<Source*>(handle);
   const Message text = Formatted(format, arguments);
-  if (std::ranges::any_of(kDamage, [&](std::string_view damage) {
-        return std::string_view(text.data()).starts_with(damage);
-      })) {
+  if (IsDamage(text.data())) {
     source->Note(text.data());
     source->damaged = true;
   }
