@@ -59,8 +59,8 @@ def seen(tool, name):
 def test_samples_that_slices_leave_out_are_zero(tool, rng):
     """The stream has all samples, but a slice twice as wide as the picture takes only half of its rows."""
     samples = rng.integers(1, 16384, (24, 32), dtype=np.uint16)
-    fields = [(271, ASCII, b"Canon"), (272, ASCII, b"Canon EOS 5D"), (33421, SHORT, [2, 2]), (33422, BYTE, [0, 1, 1, 2]),
-              (50752, SHORT, [1, 4, 64])]
+    fields = [(271, ASCII, b"Canon"), (272, ASCII, b"Canon EOS 5D"), (33421, SHORT, [2, 2]),
+              (33422, BYTE, [0, 1, 1, 2]), (50752, SHORT, [1, 4, 64])]
     data = tiff_bytes(samples, CFA, rows_per_strip=24, extra=fields, compression=7,
                       blocks=[lossless_jpeg(samples, components=2)])
     (tool.folder / "in.cr2").write_bytes(data)
@@ -70,10 +70,11 @@ def test_samples_that_slices_leave_out_are_zero(tool, rng):
     assert np.all(picture[0, :4] == samples[0, :4]) and np.all(picture[12:, 4:] == 0)
 
 
-CAMERAS = {"Nobody": "Nothing", "NIKON CORPORATION": "NIKON D70", "Canon": "Canon EOS 5D", "SONY": "DSLR-A100"}
+CAMERAS = {"Nobody": "Nothing", "NIKON CORPORATION": "NIKON D70", "Canon": "Canon EOS 5D", "SONY": "DSLR-A100",
+           "Hasselblad": "H3D", "PENTAX": "PENTAX K10D"}
 
 
-@pytest.mark.parametrize("compression", [6, 7, 32767, 34713])
+@pytest.mark.parametrize("compression", [6, 7, 32767, 34713, 65535])
 @pytest.mark.parametrize("maker", CAMERAS)
 @pytest.mark.parametrize("dng", [False, True])
 def test_raw_files_whose_samples_cannot_be_decoded_show_no_old_memory(tool, rng, maker, compression, dng):

@@ -8,8 +8,8 @@ from pathlib import Path
 import numpy as np
 import pytest
 
-from pictures import (ASCII, BYTE, CFA, LINEAR_RAW, SHORT, dng_bytes, lossless_jpeg, mosaic, png_bytes, read_png, read_pnm,
-                      tiff_blocks, tiff_bytes)
+from pictures import (ASCII, BYTE, CFA, LINEAR_RAW, SHORT, dng_bytes, lossless_jpeg, mosaic, png_bytes, read_png,
+                      read_pnm, tiff_blocks, tiff_bytes)
 
 DATA = Path(os.environ.get("KORVEX2_DATA", Path(__file__).parents[3] / "shared" / "data"))
 REAL = DATA / "raw" / "tinydng_colorchart.dng"
@@ -119,7 +119,7 @@ def test_lossless_jpeg(tool, samples, tile, order):
 @pytest.mark.parametrize("lie", [
     {"cut": (8, 32)}, {"cut": (16, 8)}, {"cut": (1, 1)},  # less than a tile
     {"claim": (1 << 15, 64)}, {"claim": (65535, 65535)}, {"claim": (0, 32)},  # more than was compressed
-    {"claim": (48, 64)}, {"end": b""}, {"end": b"\xff"}, {"end": b"\xff\xd8"}])  # and no end
+    {"end": b""}, {"end": b"\xff"}, {"end": b"\xff\xd8"}])  # and no end
 @pytest.mark.parametrize("tile", ["one strip", "tiles"])
 def test_lossless_jpeg_of_another_size_than_its_tile(tool, samples, tile, lie):
     (tool.folder / "in.dng").write_bytes(compressed(samples, TILES[tile], **lie))
@@ -152,6 +152,11 @@ def test_a_strip_of_longer_lines_is_refused(tool, rng, width):
     samples = rng.integers(0, 16384, (40, width), dtype=np.uint16)
     data = dng_bytes(samples[:, :72], PATTERNS["rggb"], compression=LOSSLESS, blocks=[lossless_jpeg(samples)])
     (tool.folder / "in.dng").write_bytes(data)
+    assert "in wrong places" in tool.fails(1, "convert", "in.dng", "out.raw", "--to", "raw16")
+
+
+def test_tiles_that_claim_longer_lines_are_refused(tool, samples):
+    (tool.folder / "in.dng").write_bytes(compressed(samples, (16, 32), claim=(16, 64)))
     assert "in wrong places" in tool.fails(1, "convert", "in.dng", "out.raw", "--to", "raw16")
 
 
@@ -188,7 +193,8 @@ def test_lossless_jpeg_outside_dng(tool, samples, options):
     assert (tool.folder / "out.raw").read_bytes() == samples.astype("<u2").tobytes()
 
 
-@pytest.mark.parametrize("rows, options", [(8, {"components": 2}), (39, {"components": 2}), (1, {"gap": b"\0"}), (40, {})])
+@pytest.mark.parametrize("rows, options", [
+    (8, {"components": 2}), (39, {"components": 2}), (1, {"gap": b"\0"}), (40, {})])
 def test_lossless_jpeg_outside_dng_of_which_libraw_decodes_too_little(tool, samples, rows, options):
     stream = lossless_jpeg(samples[:rows], **options)
     (tool.folder / "in.cr2").write_bytes(not_dng(stream, samples.shape) + bytes(4000))
@@ -202,6 +208,13 @@ def test_lossless_jpeg_outside_dng_that_has_no_samples(tool, rng, samples, maker
     for block in (rng.bytes(4000), header + bytes(4000)):
         (tool.folder / "in.cr2").write_bytes(not_dng(block, samples.shape, [(271, ASCII, maker), *CANON[1:]]))
         assert "in.cr2 is a damaged raw file" in tool.fails(1, "convert", "in.cr2", "out.raw", "--to", "raw16")
+
+
+def test_codes_without_their_table(tool, rng, samples):
+    """LibRaw would decode with what its memory held before."""
+    data = tiff_bytes(samples, CFA, rows_per_strip=40, extra=CANON, compression=65535, blocks=[rng.bytes(8000)])
+    (tool.folder / "in.nef").write_bytes(data)
+    assert "table of its codes is missing" in tool.fails(1, "convert", "in.nef", "out.raw", "--to", "raw16")
 
 
 @pytest.mark.parametrize("tile", TILES)

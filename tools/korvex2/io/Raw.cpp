@@ -298,6 +298,10 @@ void RequireWhole(Decoder& decoder, const InputFile& file) {
     throw Failure("{} is a damaged raw file: {} bytes cannot hold {} x {} samples", file.path(),
                   file.size(), decoder.imgdata.sizes.raw_width, decoder.imgdata.sizes.raw_height);
   }
+  // The table lies among the maker's notes.
+  if (decoder.Loader() == "pentax_load_raw()" && decoder.layout().meta_offset == 0) {
+    throw Failure("{} is a damaged raw file: the table of its codes is missing", file.path());
+  }
   if (!IsWhole(decoder, file.Read())) {
     throw Failure("{} is a damaged raw file: its lossless JPEG is not that of {} x {} samples",
                   file.path(), decoder.imgdata.sizes.raw_width, decoder.imgdata.sizes.raw_height);
