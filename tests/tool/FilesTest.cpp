@@ -243,7 +243,7 @@ TEST_F(Files, AreGoneWhenThePipeThatTakesTheMessagesIsBroken) {
   ASSERT_GE(child, 0);
   if (child == 0) {
     int ends[2];
-    if (pipe(ends) != 0) _exit(1);
+    if (pipe(ends) != 0 || std::signal(SIGPIPE, SIG_DFL) == SIG_ERR) _exit(1);
     close(ends[0]);
     RemoveUnfinishedFilesWhenStopped();
     OutputFile file(Path("out.raw"));

@@ -250,9 +250,11 @@ def test_one_file_of_all_frames_is_not_written_without_one(partly_broken, option
 
 
 def test_standard_input_that_cannot_be_read_fails_once(dump):
-    result = subprocess.run([TOOL, "convert", "-", "{index}.raw", "--from", "mono8", *map(str, SHAPE), "--frames", "all",
-                             "--to", "mono8"], cwd=dump.folder, stdin=os.open(dump.folder, os.O_RDONLY),
-                            capture_output=True, text=True, timeout=120)
+    folder = os.open(dump.folder, os.O_RDONLY)
+    result = subprocess.run([TOOL, "convert", "-", "{index}.raw", "--from", "mono8", *map(str, SHAPE), "--to", "mono8",
+                             "--frames", "all"], cwd=dump.folder, stdin=folder, capture_output=True, text=True,
+                            timeout=120)
+    os.close(folder)
     assert (result.returncode, result.stdout) == (1, "")
     assert result.stderr == "korvex2: cannot read standard input: Is a directory\n"
 
@@ -285,6 +287,22 @@ def test_resume_leaves_whole_files_and_makes_the_others(dump, extension):
     assert dump.contents() == whole
     for path, before in times.items():
         assert (path.stat().st_mtime_ns == before) == (path.name != f"5.{extension}")
+
+
+def test_resume_while_outputs_come_and_go(tool, rng):
+    """What was there at a first look may be gone at the next; then it is made."""
+    (tool.folder / "dump.raw").write_bytes(frames_of(rng, 12).tobytes())
+    arguments = ["dump.raw", "out/{index}.raw", "--from", "mono8", *SHAPE, "--frames", "all", "--to", "mono8"]
+    tool.succeeds("convert", *arguments)
+    outputs = {path: path.read_bytes() for path in (tool.folder / "out").iterdir()}
+    for _ in range(10):
+        process = subprocess.Popen([TOOL, "convert", *map(str, arguments), "--resume", "--jobs", "1", "--quiet"],
+                                   cwd=tool.folder, stderr=subprocess.PIPE)
+        while process.poll() is None:
+            for path, content in outputs.items():
+                path.unlink(missing_ok=True)
+                path.write_bytes(content)
+        assert (process.communicate(timeout=120)[1], process.returncode) == (b"", 0)
 
 
 def test_resume_knows_the_size_of_headerless_outputs_of_pictures(tool, rng):
@@ -332,7 +350,7 @@ def test_an_interrupt_leaves_no_part_of_one_file(tool, rng, extension):
     process = subprocess.Popen(
         [TOOL, "convert", "-", output.name, "--from", "mono8", *map(str, SHAPE), "--frames", "all", "--to", "mono8"],
         cwd=tool.folder, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-    while not list(tool.folder.glob(".all.*.tmp")):
+    while not list(tool.folder.glob(".all.*.tmp")) and process.poll() is None:
         time.sleep(0.002)
     process.send_signal(signal.SIGINT)
     said, message = process.communicate(frames_of(rng, 3).tobytes(), timeout=120)  # it waits for these, and looks up

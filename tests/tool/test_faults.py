@@ -387,20 +387,25 @@ def test_a_folder_that_is_removed_after_its_last_frame(work, jobs):
     assert names(work.out) == ["later"]
 
 
+def test_an_input_that_was_truncated_before(work):
+    work.prepare()
+    os.truncate(work.folder / work.input, 1000)
+    assert check_tells_of_the_truncation(work, work.start()) == 1
+
+
 def test_an_input_that_is_truncated_at_any_moment(work):
-    failed = 0
     for process in work.started(MOMENTS, until=0.5):
         os.truncate(work.folder / work.input, 1000)
-        _, message = process.communicate(timeout=120)
-        work.check(process.returncode == 0)
-        if process.returncode != 0:
-            failed += 1
-            assert process.returncode == 1
-            check_tells_of_the_truncation(work, message.splitlines())
-    assert failed > 0
+        assert check_tells_of_the_truncation(work, process) in (0, 1)
 
 
-def check_tells_of_the_truncation(work, lines):
+def check_tells_of_the_truncation(work, process):
+    """If it failed; the exit code."""
+    _, message = process.communicate(timeout=120)
+    work.check(process.returncode == 0)
+    lines = message.splitlines()
+    if process.returncode == 0:
+        return 0
     if work.kind != "one":
         last = lines.pop()
         assert re.match(r"korvex2: \d+ of \d+ frames failed", last), last
@@ -408,6 +413,7 @@ def check_tells_of_the_truncation(work, lines):
     assert lines
     for line in lines:
         assert work.input in line and re.search("became shorter|truncated|has 1000 bytes|do not fit", line), line
+    return process.returncode
 
 
 def test_an_input_that_is_removed_meanwhile(work):

@@ -151,8 +151,8 @@ def test_frames_larger_than_any_are_refused_before_reading(tool, frames):
 def test_a_frame_of_an_endless_stream_is_refused_at_once(tool, output):
     skip_under_sanitizers(tool)
     with open("/dev/zero", "rb") as endless:
-        result = tool.run("convert", "-", output, *PIXELS, "--to", "mono8", stdin=endless,
-                          preexec_fn=with_memory(1 << 30))
+        result = tool.run("convert", "-", output, *PIXELS, "--to", "mono8", "--jobs", 1, stdin=endless,
+                          preexec_fn=with_memory(1 << 30))  # each thread takes some
     assert result.returncode == 1
     assert "standard input has more than the 1 bytes of 1 x 1 pixels of mono8" in result.stderr
     assert "--frames all" in result.stderr and names(tool.folder) == []
@@ -183,7 +183,8 @@ def test_a_file_of_frames_without_end_is_begun_at_once(tool):
     for pattern in ("out/{index}.pgm", "out/{frame}.pgm"):
         process = subprocess.Popen(
             ["timeout", "60", TOOL, "convert", "in.raw", pattern, *map(str, PIXELS), "--frames", "all", "--to", "mono8",
-             "--jobs", "1", "--json-progress"], cwd=tool.folder, stderr=subprocess.PIPE, text=True, preexec_fn=with_memory(1 << 30))
+             "--jobs", "1", "--json-progress"], cwd=tool.folder, stderr=subprocess.PIPE,
+            text=True, preexec_fn=with_memory(1 << 30))
         reports = [json.loads(process.stderr.readline()) for _ in range(2)]
         process.send_signal(signal.SIGTERM)
         process.communicate(timeout=120)

@@ -228,16 +228,14 @@ class Batch {
   }
 
   void Convert(Frame& frame) {
-    if (IsThere(frame)) {
-      if (IsWhole(frame)) {
-        m_folders.Prepare(frame.output);
-        frame.ended = true;
-        m_progress.Skipped();
-        return;
-      }
-      if (frame.file == nullptr) {
-        Open(frame);
-      }
+    if (IsThere(frame) && IsWhole(frame)) {
+      m_folders.Prepare(frame.output);
+      frame.ended = true;
+      m_progress.Skipped();
+      return;
+    }
+    if (frame.file == nullptr) {  // its output was there when the frame was to be read
+      Open(frame);
     }
     const std::uint64_t size = frame.file->size();
     frame.result = m_work.convert(*frame.file, ContainerOf(frame.place.path));
@@ -251,7 +249,8 @@ class Batch {
     const Container& container = ContainerOf(frame.output);
     if (container.size != nullptr) {
       const FrameSize size = SizeOfResult(frame);
-      return fs::file_size(frame.output) ==
+      std::error_code isGone;  // the answer is no file's size then
+      return fs::file_size(frame.output, isGone) ==
              container.size(target, size.cols, size.rows, m_options.write);
     }
     try {

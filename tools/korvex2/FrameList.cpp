@@ -224,7 +224,7 @@ std::string OutputPattern::Fill(const FramePlace& place) const {
   const std::string name =
       IsStandardStream(place.path) ? "stdin" : fs::path(place.path).stem().string();
   std::string filled = Fill(name, place.index, place.number);
-  if (name.front() == '.' && DotsIn(filled) != DotsIn(Fill("name", place.index, place.number))) {
+  if (name.starts_with('.') && DotsIn(filled) != DotsIn(Fill("name", place.index, place.number))) {
     throw UsageFailure("{} has no name for {}; put {{index:06}} into the pattern", place.label,
                        m_text);
   }

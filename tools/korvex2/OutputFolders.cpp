@@ -1,9 +1,11 @@
 #include "OutputFolders.h"
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <optional>
 #include <system_error>
@@ -15,8 +17,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A process may open a limited number of files, and the frames need some of them.
-constexpr std::size_t kMostPins = 256;
+// A process may open a limited number of files, and the frames need most of them.
+std::size_t MostPins() {
+  constexpr rlim_t kEnough = 256;
+  rlimit limit;
+  return getrlimit(RLIMIT_NOFILE, &limit) == 0 ? std::min(kEnough, limit.rlim_cur / 4) : 0;
+}
 
 std::string FolderOf(const std::string& file) {
   const std::string folder = fs::path(file).parent_path().string();
@@ -77,7 +83,7 @@ void OutputFolders::MakeAndRemember(const std::string& folder) {
                   error ? error.message() : "it was removed meanwhile");
   }
   const int pin =
-      m_folders.size() < kMostPins ? open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC) : -1;
+      m_folders.size() < MostPins() ? open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC) : -1;
   m_folders[folder] = {status->st_dev, status->st_ino, pin};
 }
 
