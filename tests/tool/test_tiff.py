@@ -6,6 +6,7 @@ import numpy as np
 import pytest
 from PIL import Image
 
+from conftest import some
 from pictures import MIN_IS_WHITE, SHORT, dng_bytes, mosaic, png_bytes, read_png, read_pnm, tiff_bytes
 
 NAMES = {(1, 8): "mono8", (3, 8): "rgb8", (4, 8): "rgbu", (1, 16): "mono16", (3, 16): "rgb16", (4, 16): "bgru16"}
@@ -84,7 +85,7 @@ def test_the_first_picture_counts(tool, rng):
 @pytest.mark.parametrize("layout", LAYOUTS)
 def test_truncated_at_every_length(tool, rng, layout):
     whole = tiff_bytes(random(rng, 3, 8, (5, 4)), **LAYOUTS[layout])
-    for length in range(0, len(whole), 1 if len(whole) < 400 else 13):
+    for length in some(range(0, len(whole), 1 if len(whole) < 400 else 13)):
         (tool.folder / "in.tif").write_bytes(whole[:length])
         message = tool.fails(1, "convert", "in.tif", "out.png", "--to", "mono8")
         assert "in.tif" in message and "TIFF" in message
@@ -105,7 +106,7 @@ def test_truncated_samples(tool, rng, compression):
 
 def test_any_damaged_byte_fails_or_is_read_whole(tool, rng):
     whole = tiff_bytes(random(rng, 3, 8, (5, 4)))
-    for at in range(len(whole)):
+    for at in some(range(len(whole))):
         for flip in (0x01, 0x80, 0xff):
             (tool.folder / "in.tif").write_bytes(whole[:at] + bytes([whole[at] ^ flip]) + whole[at + 1:])
             result = tool.run("convert", "in.tif", "out.pgm", "--to", "mono8")
