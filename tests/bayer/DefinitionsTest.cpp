@@ -33,20 +33,9 @@ class DefinitionsTest : public testing::TestWithParam<std::tuple<BayerMethod, Ba
     }
   }
 
-  // Random samples in every format; what saturates and what ties at every depth.
   static void compareContents(int rows, int cols) {
-    const auto seed = static_cast<std::uint32_t>(rows * 1000 + cols);
-    for (const BayerPixelFormat input : kInputFormats) {
-      const std::uint16_t most = input == BAYER_PIXEL_FORMAT_RAW8 ? 255 : 65535;
-      const Mosaic random = randomMosaic(rows, cols, most, seed);
-      const Mosaic extreme = extremeMosaic(rows, cols, most, seed);
-      const Mosaic dim = randomMosaic(rows, cols, 3, seed);
-      for (const BayerPixelFormat output : kOutputFormats) compare(random, input, output);
-      for (const BayerPixelFormat output : {BAYER_PIXEL_FORMAT_BGR8, BAYER_PIXEL_FORMAT_RGB16}) {
-        compare(extreme, input, output);
-        compare(dim, input, output);
-      }
-    }
+    forEachContent(rows, cols,
+                   [&](const Mosaic& mosaic, auto... formats) { compare(mosaic, formats...); });
   }
 };
 

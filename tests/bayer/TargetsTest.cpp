@@ -38,23 +38,13 @@ class TargetsTest : public testing::TestWithParam<std::tuple<BayerMethod, Target
   }
 
   void compareContents(int rows, int cols) const {
-    const auto seed = static_cast<std::uint32_t>(rows * 1000 + cols);
-    for (const BayerPixelFormat input : kInputFormats) {
-      const std::uint16_t most = input == BAYER_PIXEL_FORMAT_RAW8 ? 255 : 65535;
-      const Mosaic random = randomMosaic(rows, cols, most, seed);
-      const Mosaic extreme = extremeMosaic(rows, cols, most, seed);
-      const Mosaic dim = randomMosaic(rows, cols, 3, seed);
-      for (const BayerPixelFormat output : kOutputFormats) compare(random, input, output);
-      for (const BayerPixelFormat output : {BAYER_PIXEL_FORMAT_BGR8, BAYER_PIXEL_FORMAT_BGR16}) {
-        compare(extreme, input, output);
-        compare(dim, input, output);
-      }
-    }
+    forEachContent(rows, cols,
+                   [&](const Mosaic& mosaic, auto... formats) { compare(mosaic, formats...); });
   }
 };
 
-// The writers of the formats are the same for all methods, so the slowest method goes through all of
-// them at the small sizes only.
+// The writers of the formats are the same for all methods, so the slowest method goes through all
+// of them at the small sizes only.
 TEST_P(TargetsTest, GiveThePlainBytesAtEverySize) {
   Walk walk;
   const bool slow = std::get<0>(GetParam()) == BAYER_METHOD_RIGOROUS;

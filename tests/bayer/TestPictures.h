@@ -124,6 +124,24 @@ Mosaic randomMosaic(int rows, int cols, std::uint16_t most, std::uint32_t seed);
 /// Samples that are 0 or `most`.
 Mosaic extremeMosaic(int rows, int cols, std::uint16_t most, std::uint32_t seed);
 
+/// Calls compare(mosaic, input, output) with random samples in every format, and with what
+/// saturates and what ties at every depth.
+template <typename Compare>
+void forEachContent(int rows, int cols, Compare compare) {
+  const auto seed = static_cast<std::uint32_t>(rows * 1000 + cols);
+  for (const BayerPixelFormat input : kInputFormats) {
+    const std::uint16_t most = input == BAYER_PIXEL_FORMAT_RAW8 ? 255 : 65535;
+    const Mosaic random = randomMosaic(rows, cols, most, seed);
+    const Mosaic extreme = extremeMosaic(rows, cols, most, seed);
+    const Mosaic dim = randomMosaic(rows, cols, 3, seed);
+    for (const BayerPixelFormat output : kOutputFormats) compare(random, input, output);
+    for (const BayerPixelFormat output : {BAYER_PIXEL_FORMAT_BGR8, BAYER_PIXEL_FORMAT_RGB16}) {
+      compare(extreme, input, output);
+      compare(dim, input, output);
+    }
+  }
+}
+
 /// A made-up 8-bit scene: shaded ground, discs with soft edges, gratings, grain, colours that
 /// follow the brightness as those of real scenes do. Looks the same everywhere, the border
 /// included.
