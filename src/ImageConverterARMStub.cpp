@@ -341,6 +341,10 @@ Error ImageConverter::ConvertBayerImageToBGR(const Image* pSrc, Image* pDst) con
   unsigned int cols = 0;
   unsigned int stride = 0;
   pSrc->GetDimensions(&rows, &cols, &stride, nullptr, nullptr);
+  const unsigned char* const pInput = pSrc->GetData();
+  unsigned char* const pOutput = pDst->GetData();
+  const PixelFormat srcFormat = pSrc->GetPixelFormat();
+  const PixelFormat destFormat = pDst->GetPixelFormat();
   const BayerTileFormat tile = pSrc->GetBayerTileFormat();
 
   switch (tile) {
@@ -368,8 +372,8 @@ Error ImageConverter::ConvertBayerImageToBGR(const Image* pSrc, Image* pDst) con
       ClearFrom(0, pDst);
       return Raise(CallerLine(), VORERROR_INVALID_PARAMETER, kUnknownMethod);
   }
-  const Error error = ProcessImage(pSrc->GetPixelFormat(), pSrc->GetData(), rows, cols,
-                                   pDst->GetPixelFormat(), pDst->GetData(), method, tile);
+  const Error error =
+      ProcessImage(srcFormat, pInput, rows, cols, destFormat, pOutput, method, tile);
   if (error != VORERROR_OK) {
     ClearFrom(0, pDst);
     return Raise(CallerLine(), VORERROR_FAILED, kEngineFailed);

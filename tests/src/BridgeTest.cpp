@@ -5,11 +5,15 @@
 #include <algorithm>
 #include <cstring>
 #include <set>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "reference/Routes.h"
 #include "support/Bytes.h"
 #include "support/Comparison.h"
+#include "support/LentImage.h"
+#include "support/Probe.h"
 #include "vorbayer.h"
 
 namespace Korvex2::Test {
@@ -97,6 +101,21 @@ TEST(Bridge, RefusesATileBeforeItLooksAtTheMethod) {
     EXPECT_EQ(error.GetType(), VORERROR_INVALID_PARAMETER);
     EXPECT_STREQ(error.GetMessage(), Reference::kBadTile);
   }
+}
+
+TEST(Bridge, AsksTheImagesInOrderBeforeItLooksAtTheirAnswers) {
+  Bytes bytes(64);
+  LentImage source(4, 4, PIXEL_FORMAT_RAW8, bytes.data(), 16);
+  LentImage destination(4, 4, PIXEL_FORMAT_RGB8, bytes.data() + 16, 48);
+  source.tile = static_cast<BayerTileFormat>(5);
+  EXPECT_EQ(Probe().ConvertBayerImageToBGR(&source, &destination).GetType(),
+            VORERROR_INVALID_PARAMETER);
+  EXPECT_EQ(source.calls,
+            (std::vector<std::string>{"GetColorProcessing", "GetDimensions", "GetData",
+                                      "GetPixelFormat", "GetBayerTileFormat"}));
+  ASSERT_GE(destination.calls.size(), 2U);
+  EXPECT_EQ(destination.calls[0], "GetData");
+  EXPECT_EQ(destination.calls[1], "GetPixelFormat");
 }
 
 TEST(Bridge, Raw12AlwaysTakesTheProcessDefault) {

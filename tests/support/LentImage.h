@@ -69,12 +69,18 @@ class LentImage : public Image {
     calls.emplace_back("GetPixelFormat");
     return format;
   }
-  ColorProcessingAlgorithm GetColorProcessing() const noexcept override { return method; }
+  ColorProcessingAlgorithm GetColorProcessing() const noexcept override {
+    calls.emplace_back("GetColorProcessing");
+    return method;
+  }
   unsigned int GetRows() const noexcept override { return rows; }
   unsigned int GetCols() const noexcept override { return cols; }
   unsigned int GetStride() const noexcept override { return stride; }
   unsigned int GetBitsPerPixel() const noexcept override { return DetermineBitsPerPixel(format); }
-  BayerTileFormat GetBayerTileFormat() const noexcept override { return tile; }
+  BayerTileFormat GetBayerTileFormat() const noexcept override {
+    calls.emplace_back("GetBayerTileFormat");
+    return tile;
+  }
   unsigned int GetDataSize() const noexcept override { return dataSize; }
   void GetDimensions(unsigned int* pRows, unsigned int* pCols, unsigned int* pStride,
                      PixelFormat* pFormat, BayerTileFormat* pTile) const noexcept override {
