@@ -249,6 +249,22 @@ def test_one_file_of_all_frames_is_not_written_without_one(partly_broken, option
     assert sorted(path.name for path in tool.folder.iterdir()) == ["all.y4m", "in"]
 
 
+@pytest.mark.parametrize("several", ["in", "in/*.pgm"])
+def test_a_folder_or_a_glob_is_a_batch_without_any_option(tool, rng, several):
+    frames = frames_of(rng, 3)
+    (tool.folder / "in").mkdir()
+    for number, frame in enumerate(frames):
+        (tool.folder / "in" / f"{number}.pgm").write_bytes(pnm_bytes(frame))
+    assert tool.succeeds("convert", several, "all.raw", "--to", "mono8") == "3 frames -> all.raw (mono8)\n"
+    assert (tool.folder / "all.raw").read_bytes() == frames.tobytes()
+    assert (tool.fails(2, "convert", several, "all.pgm", "--to", "mono8")
+            == "3 inputs or frames do not fit into all.pgm; put {name} or {index:06} into its name")
+    assert tool.fails(1, "convert", "none/*.pgm", "all.raw", "--to", "mono8") == "no file is like none/*.pgm"
+    for number in (1, 2):
+        (tool.folder / "in" / f"{number}.pgm").unlink()
+    assert tool.succeeds("convert", several, "one.pgm", "--to", "mono8") == "1 frame -> one.pgm (mono8)\n"
+
+
 def test_standard_input_that_cannot_be_read_fails_once(dump):
     folder = os.open(dump.folder, os.O_RDONLY)
     result = subprocess.run([TOOL, "convert", "-", "{index}.raw", "--from", "mono8", *map(str, SHAPE), "--to", "mono8",

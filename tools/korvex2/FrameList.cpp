@@ -93,12 +93,21 @@ std::vector<std::string> FilesLike(const std::string& pattern) {
   return files;
 }
 
-std::vector<std::string> Expand(const std::string& input) {
+bool IsFolder(const std::string& input) {
   std::error_code isNone;
-  if (fs::is_directory(input, isNone)) {
+  return fs::is_directory(input, isNone);
+}
+
+bool IsGlob(const std::string& input) {
+  std::error_code isNone;
+  return input.find_first_of("*?[") != std::string::npos && !fs::exists(input, isNone);
+}
+
+std::vector<std::string> Expand(const std::string& input) {
+  if (IsFolder(input)) {
     return FilesIn(input);
   }
-  if (input.find_first_of("*?[") != std::string::npos && !fs::exists(input, isNone)) {
+  if (IsGlob(input)) {
     return FilesLike(input);
   }
   return {input};
@@ -124,6 +133,10 @@ std::ptrdiff_t DotsIn(const fs::path& path) {
 
 std::uint64_t FrameLayout::BeginOf(std::uint64_t number) const {
   return Sum(headerBytes, Product(number, frameBytes));
+}
+
+bool NamesMany(const std::string& input) {
+  return IsFolder(input) || IsGlob(input);
 }
 
 std::vector<std::string> ExpandInputs(const std::vector<std::string>& inputs) {

@@ -34,6 +34,9 @@ struct FramePlace {
   std::string label;     ///< for messages: "frame 3 of dump.raw", or the path
 };
 
+/// Whether it is a folder or a glob, which stand for any number of files.
+bool NamesMany(const std::string& input);
+
 /// Files, folders and globs as the files that they stand for. A folder stands for the files in it
 /// whose extension is known, in the order of their names, numbers in them counted as numbers. A
 /// Failure when one stands for none. What cannot be looked at stands for itself.

@@ -59,8 +59,8 @@ struct Options {
   }
   bool TakesManyOfAFile() const { return frames || headerBytes || frameBytes || skip || every; }
   bool IsBatch() const {
-    return more.size() > 1 || OutputPattern::IsPattern(output()) || TakesManyOfAFile() || jobs ||
-           resume || failFast || jsonProgress;
+    return more.size() > 1 || NamesMany(input) || OutputPattern::IsPattern(output()) ||
+           TakesManyOfAFile() || jobs || resume || failFast || jsonProgress;
   }
 };
 
@@ -332,8 +332,8 @@ void RunMany(const Options& options, const Globals& globals) {
       }};
   const Tally tally = RunBatch(files, layout, batch, work);
   if (!IsStandardStream(options.output())) {
-    globals.Say("{} frames -> {} ({}){}", tally.converted, options.output(),
-                NameOf(conversion.target),
+    globals.Say("{} frame{} -> {} ({}){}", tally.converted, tally.converted == 1 ? "" : "s",
+                options.output(), NameOf(conversion.target),
                 tally.skipped == 0 ? "" : fmt::format("; {} were there already", tally.skipped));
   }
 }
