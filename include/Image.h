@@ -25,11 +25,13 @@ namespace Korvex2 {
 /// Threads. Distinct images are independent; one image may be read by many threads while none
 /// writes. The default colour processing is one atomic value of the process.
 ///
-/// Nothing throws. A copy that finds no memory is an image without a buffer (GetData() is null);
-/// use DeepCopy where the reason is wanted.
+/// Nothing here throws. A copy that finds no memory, or a source that throws, is an image without
+/// a buffer (GetData() is null); use DeepCopy where the reason is wanted.
 ///
 /// Subclasses may keep their bytes elsewhere. They owe the converter the memory rule above, and
-/// GetData() must answer the same pointer until the image is reshaped.
+/// GetData() must answer the same pointer until the image is reshaped. What an operation of theirs
+/// throws comes out of Convert and DeepCopy, which keep nothing; the destination of Convert is then
+/// partly written, that of DeepCopy as it was.
 class KORVEX2_API Image {
  public:
   /// No buffer, 0 x 0, UNSPECIFIED_PIXEL_FORMAT, tile NONE, colour processing DEFAULT.
@@ -55,7 +57,7 @@ class KORVEX2_API Image {
   /// caller's buffer the bytes are copied into it. Copying an image onto itself changes nothing.
   /// VORERROR_INVALID_PARAMETER for null; otherwise fails as SetDimensions does, leaving this
   /// image as it was.
-  virtual Error DeepCopy(const Image* pSrc) noexcept;
+  virtual Error DeepCopy(const Image* pSrc);
 
   /// Shapes the image. stride is in bytes and is recorded as given.
   ///
@@ -69,34 +71,34 @@ class KORVEX2_API Image {
   /// last group completed, exceeds 4 GiB - 1,
   /// VORERROR_BUFFER_TOO_SMALL on a caller's buffer, VORERROR_MEMORY_ALLOCATION_FAILED.
   virtual Error SetDimensions(unsigned int rows, unsigned int cols, unsigned int stride,
-                              PixelFormat format, BayerTileFormat bayerFormat) noexcept;
+                              PixelFormat format, BayerTileFormat bayerFormat);
 
   /// How the bytes are laid out; UNSPECIFIED_PIXEL_FORMAT until shaped.
-  virtual PixelFormat GetPixelFormat() const noexcept;
+  virtual PixelFormat GetPixelFormat() const;
   /// What SetColorProcessing recorded; DEFAULT until then.
-  virtual ColorProcessingAlgorithm GetColorProcessing() const noexcept;
+  virtual ColorProcessingAlgorithm GetColorProcessing() const;
   /// The method by which a conversion of this image, if it is raw, makes colour. Any value is
   /// recorded; the converter refuses the ones that it does not know. Succeeds always.
-  virtual Error SetColorProcessing(ColorProcessingAlgorithm method) noexcept;
+  virtual Error SetColorProcessing(ColorProcessingAlgorithm method);
   /// Rows of pixels.
-  virtual unsigned int GetRows() const noexcept;
+  virtual unsigned int GetRows() const;
   /// Pixels of a row.
-  virtual unsigned int GetCols() const noexcept;
+  virtual unsigned int GetCols() const;
   /// Bytes from one row to the next, as recorded.
-  virtual unsigned int GetStride() const noexcept;
+  virtual unsigned int GetStride() const;
   /// DetermineBitsPerPixel of the format.
-  virtual unsigned int GetBitsPerPixel() const noexcept;
+  virtual unsigned int GetBitsPerPixel() const;
   /// The colours of the mosaic's top-left 2x2. Pictures made from a mosaic keep its tile.
-  virtual BayerTileFormat GetBayerTileFormat() const noexcept;
+  virtual BayerTileFormat GetBayerTileFormat() const;
   /// rows x stride, in bytes.
-  virtual unsigned int GetDataSize() const noexcept;
+  virtual unsigned int GetDataSize() const;
   /// The whole shape in one call; a null pointer skips that output.
   virtual void GetDimensions(unsigned int* rows, unsigned int* cols, unsigned int* stride,
-                             PixelFormat* format, BayerTileFormat* bayerFormat) const noexcept;
+                             PixelFormat* format, BayerTileFormat* bayerFormat) const;
   /// The first byte; null for an image without a buffer.
-  virtual unsigned char* GetData() noexcept;
+  virtual unsigned char* GetData();
   /// The first byte; null for an image without a buffer.
-  virtual const unsigned char* GetData() const noexcept;
+  virtual const unsigned char* GetData() const;
 
   /// Whether a shape, its last group completed, stays within 4 GiB - 1, or the failure that
   /// SetDimensions would answer. Allots nothing.

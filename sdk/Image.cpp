@@ -94,7 +94,10 @@ Image::Image(unsigned char* pData, std::size_t dataSize) noexcept
       m_ownsBuffer(pData == nullptr) {}
 
 Image::Image(const Image& other) noexcept {
-  (void)Image::DeepCopy(&other);
+  try {
+    (void)Image::DeepCopy(&other);
+  } catch (...) {  // by an operation of a subclass; this stays without a buffer
+  }
 }
 
 Image& Image::operator=(const Image& other) noexcept {
@@ -158,7 +161,7 @@ Error Image::Reserve(const Shape& shape, const Layout& layout, unsigned char** p
   return Error();
 }
 
-Error Image::DeepCopy(const Image* pSrc) noexcept {
+Error Image::DeepCopy(const Image* pSrc) {
   if (pSrc == nullptr) {
     return KORVEX2_RAISE(VORERROR_INVALID_PARAMETER, "The image to copy is NULL.");
   }
@@ -168,6 +171,8 @@ Error Image::DeepCopy(const Image* pSrc) noexcept {
   Shape shape;
   pSrc->GetDimensions(&shape.rows, &shape.cols, &shape.stride, &shape.format, &shape.tile);
   const unsigned char* data = pSrc->GetData();
+  const unsigned int size = data == nullptr ? 0 : pSrc->GetDataSize();
+  const ColorProcessingAlgorithm colorProcessing = pSrc->GetColorProcessing();
   const Layout layout(shape);
   unsigned char* old = nullptr;
   if (data != nullptr) {
@@ -176,20 +181,20 @@ Error Image::DeepCopy(const Image* pSrc) noexcept {
       return error;
     }
     // The source may look into our own buffer, so the bytes move before anything is cleared.
-    const std::uint64_t held = std::max<std::uint64_t>(layout.frame, pSrc->GetDataSize());
+    const std::uint64_t held = std::max<std::uint64_t>(layout.frame, size);
     const std::uint64_t copied = std::min(held, layout.needed);
     std::memmove(m_pBuffer, data, static_cast<std::size_t>(copied));
     std::memset(m_pBuffer + copied, 0, static_cast<std::size_t>(layout.needed - copied));
   }
   m_shape = shape;
-  m_colorProcessing = pSrc->GetColorProcessing();
+  m_colorProcessing = colorProcessing;
   m_pData = data == nullptr ? nullptr : m_pBuffer;
   Free(old);
   return Error();
 }
 
 Error Image::SetDimensions(unsigned int rows, unsigned int cols, unsigned int stride,
-                           PixelFormat format, BayerTileFormat bayerFormat) noexcept {
+                           PixelFormat format, BayerTileFormat bayerFormat) {
   const Shape shape{rows, cols, stride, format, bayerFormat};
   const Layout layout(shape);
   unsigned char* old = nullptr;
@@ -207,45 +212,45 @@ Error Image::SetDimensions(unsigned int rows, unsigned int cols, unsigned int st
   return Error();
 }
 
-PixelFormat Image::GetPixelFormat() const noexcept {
+PixelFormat Image::GetPixelFormat() const {
   return m_shape.format;
 }
 
-ColorProcessingAlgorithm Image::GetColorProcessing() const noexcept {
+ColorProcessingAlgorithm Image::GetColorProcessing() const {
   return m_colorProcessing;
 }
 
-Error Image::SetColorProcessing(ColorProcessingAlgorithm method) noexcept {
+Error Image::SetColorProcessing(ColorProcessingAlgorithm method) {
   m_colorProcessing = method;
   return Error();
 }
 
-unsigned int Image::GetRows() const noexcept {
+unsigned int Image::GetRows() const {
   return m_shape.rows;
 }
 
-unsigned int Image::GetCols() const noexcept {
+unsigned int Image::GetCols() const {
   return m_shape.cols;
 }
 
-unsigned int Image::GetStride() const noexcept {
+unsigned int Image::GetStride() const {
   return m_shape.stride;
 }
 
-unsigned int Image::GetBitsPerPixel() const noexcept {
+unsigned int Image::GetBitsPerPixel() const {
   return DetermineBitsPerPixel(m_shape.format);
 }
 
-BayerTileFormat Image::GetBayerTileFormat() const noexcept {
+BayerTileFormat Image::GetBayerTileFormat() const {
   return m_shape.tile;
 }
 
-unsigned int Image::GetDataSize() const noexcept {
+unsigned int Image::GetDataSize() const {
   return m_shape.rows * m_shape.stride;  // within 4 GiB - 1, or the image had not been shaped
 }
 
 void Image::GetDimensions(unsigned int* rows, unsigned int* cols, unsigned int* stride,
-                          PixelFormat* format, BayerTileFormat* bayerFormat) const noexcept {
+                          PixelFormat* format, BayerTileFormat* bayerFormat) const {
   const auto put = [](auto* pOutput, auto value) {
     if (pOutput != nullptr) {
       *pOutput = value;
@@ -258,11 +263,11 @@ void Image::GetDimensions(unsigned int* rows, unsigned int* cols, unsigned int* 
   put(bayerFormat, m_shape.tile);
 }
 
-unsigned char* Image::GetData() noexcept {
+unsigned char* Image::GetData() {
   return m_pData;
 }
 
-const unsigned char* Image::GetData() const noexcept {
+const unsigned char* Image::GetData() const {
   return m_pData;
 }
 

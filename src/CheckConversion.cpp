@@ -1,6 +1,7 @@
 #include "CheckConversion.h"
 
 #include <limits>
+#include <new>
 #include <string>
 #include <utility>
 #include <vector>
@@ -203,10 +204,13 @@ class Examination {
 
 Error CheckConversion(const Image& source, PixelFormat target) noexcept try {
   return Examination(source, target).Run();
-} catch (...) {
+} catch (const std::bad_alloc&) {
   return InternalError(__LINE__, "CheckConversion.cpp", __DATE__, __TIME__,
                        VORERROR_MEMORY_ALLOCATION_FAILED,
                        "There is no memory to examine the conversion.");
+} catch (...) {
+  return InternalError(__LINE__, "CheckConversion.cpp", __DATE__, __TIME__, VORERROR_FAILED,
+                       "The source image threw an exception.");
 }
 
 }  // namespace Korvex2

@@ -33,7 +33,8 @@ namespace Korvex2 {
 ///                                     that
 ///
 /// What it cannot foresee is running out of memory and a destination that refuses its shape. Reads
-/// the process default of colour processing; thread-safe. Nothing throws.
+/// the process default of colour processing; thread-safe. Nothing throws; what an operation of a
+/// source's subclass throws is VORERROR_FAILED.
 KORVEX2_API Error CheckConversion(const Image& source, PixelFormat target) noexcept;
 
 }  // namespace Korvex2

@@ -43,14 +43,14 @@ class LentImage : public Image {
   mutable std::vector<std::string> calls;
   mutable int dataCalls = 0;
 
-  Error DeepCopy(const Image*) noexcept override {
+  Error DeepCopy(const Image*) override {
     calls.emplace_back("DeepCopy");
     if (copyResult == VORERROR_OK) return Error();
     return InternalError(__LINE__, "LentImage.h", __DATE__, __TIME__, copyResult, "No copy.");
   }
 
   Error SetDimensions(unsigned int newRows, unsigned int newCols, unsigned int newStride,
-                      PixelFormat newFormat, BayerTileFormat newTile) noexcept override {
+                      PixelFormat newFormat, BayerTileFormat newTile) override {
     calls.emplace_back("SetDimensions");
     if (refuseShape != VORERROR_OK) {
       return InternalError(__LINE__, "LentImage.h", __DATE__, __TIME__, refuseShape, "No room.");
@@ -65,25 +65,25 @@ class LentImage : public Image {
     return Error();
   }
 
-  PixelFormat GetPixelFormat() const noexcept override {
+  PixelFormat GetPixelFormat() const override {
     calls.emplace_back("GetPixelFormat");
     return format;
   }
-  ColorProcessingAlgorithm GetColorProcessing() const noexcept override {
+  ColorProcessingAlgorithm GetColorProcessing() const override {
     calls.emplace_back("GetColorProcessing");
     return method;
   }
-  unsigned int GetRows() const noexcept override { return rows; }
-  unsigned int GetCols() const noexcept override { return cols; }
-  unsigned int GetStride() const noexcept override { return stride; }
-  unsigned int GetBitsPerPixel() const noexcept override { return DetermineBitsPerPixel(format); }
-  BayerTileFormat GetBayerTileFormat() const noexcept override {
+  unsigned int GetRows() const override { return rows; }
+  unsigned int GetCols() const override { return cols; }
+  unsigned int GetStride() const override { return stride; }
+  unsigned int GetBitsPerPixel() const override { return DetermineBitsPerPixel(format); }
+  BayerTileFormat GetBayerTileFormat() const override {
     calls.emplace_back("GetBayerTileFormat");
     return tile;
   }
-  unsigned int GetDataSize() const noexcept override { return dataSize; }
+  unsigned int GetDataSize() const override { return dataSize; }
   void GetDimensions(unsigned int* pRows, unsigned int* pCols, unsigned int* pStride,
-                     PixelFormat* pFormat, BayerTileFormat* pTile) const noexcept override {
+                     PixelFormat* pFormat, BayerTileFormat* pTile) const override {
     calls.emplace_back("GetDimensions");
     if (pRows != nullptr) *pRows = rows;
     if (pCols != nullptr) *pCols = cols;
@@ -91,11 +91,11 @@ class LentImage : public Image {
     if (pFormat != nullptr) *pFormat = format;
     if (pTile != nullptr) *pTile = tile;
   }
-  unsigned char* GetData() noexcept override { return NextData(); }
-  const unsigned char* GetData() const noexcept override { return NextData(); }
+  unsigned char* GetData() override { return NextData(); }
+  const unsigned char* GetData() const override { return NextData(); }
 
  private:
-  unsigned char* NextData() const noexcept {
+  unsigned char* NextData() const {
     calls.emplace_back("GetData");
     return dataCallsUntilNull >= 0 && dataCalls++ >= dataCallsUntilNull ? nullptr : data;
   }
