@@ -4,8 +4,12 @@
 
 set(converter_tests *)
 set(memory_tests From/OldMemory*:MemoryUse.*Stack)
+set(sets plain)
+if(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
+  list(APPEND sets SSE4 AVX2 AVX3)
+endif()
 foreach(program converter_tests memory_tests)
-  foreach(set plain SSE4 AVX2 AVX3)
+  foreach(set IN LISTS sets)
     add_test(NAME ${program}.${set} COMMAND ${program} --gtest_brief=1 --gtest_filter=${${program}})
     set_tests_properties(${program}.${set} PROPERTIES
       TIMEOUT 900 ENVIRONMENT "KORVEX2_CPU=${set}"
