@@ -366,8 +366,7 @@ class Batch {
     }
     m_stream.reset();
     if (m_wasCut) {
-      Report(HowToGoOn());
-      m_interrupt.End();
+      m_interrupt.End([this] { Report(HowToGoOn()); });
     }
   }
 

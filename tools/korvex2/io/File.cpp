@@ -189,7 +189,12 @@ struct OutputFile::Target {
       return {WhereLinksLead(path), std::nullopt};
     }
     RequireRegular(status, path);
-    return {std::filesystem::canonical(path).string(), status.st_mode & 0777};
+    std::error_code isGone;  // since it was looked at
+    const std::filesystem::path followed = std::filesystem::canonical(path, isGone);
+    if (isGone) {
+      return {WhereLinksLead(path), std::nullopt};
+    }
+    return {followed.string(), status.st_mode & 0777};
   }
 };
 

@@ -180,8 +180,12 @@ bool FinishWhenInterrupted::WasInterrupted() const {
   return g_interrupted;
 }
 
-void FinishWhenInterrupted::End() const {
+void FinishWhenInterrupted::End(const std::function<void()>& say) const {
   std::signal(SIGINT, SIG_DFL);
+  while (g_stopping) {  // by another thread's handler, which says its own
+    pause();
+  }
+  say();
   raise(SIGINT);
   _exit(128 + SIGINT);  // where the signal is blocked
 }

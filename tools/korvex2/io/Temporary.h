@@ -6,6 +6,7 @@
 #include <signal.h>
 #include <sys/types.h>
 
+#include <functional>
 #include <string>
 
 namespace Korvex2::Tool {
@@ -26,8 +27,9 @@ class FinishWhenInterrupted {
   ~FinishWhenInterrupted();
 
   bool WasInterrupted() const;
-  /// Ends the process as the interrupt would have.
-  [[noreturn]] void End() const;
+  /// Ends the process as the interrupt would have, once `say` has told what became of the work. One
+  /// more interrupt ends it without waiting for that.
+  [[noreturn]] void End(const std::function<void()>& say) const;
 
  private:
   struct sigaction m_before;
