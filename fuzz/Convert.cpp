@@ -571,6 +571,24 @@ std::vector<Seed> Seeds() {
     h.cols = 5;
     h.destinationKind = kLentExact;
   });
+  // Words at odd addresses, some of which are converted one by one.
+  Add(seeds, "found-odd-words", [](Header& h) {
+    h.rows = 4;
+    h.cols = 50;
+    h.source = 5;
+    h.target = 1;
+    h.tile = 0x3C;
+    h.method = 6;
+    h.defaultMethod = 2;
+    h.sourceKind = 6;
+    h.destinationKind = 0x17;
+    h.entry = 2;
+    h.instructionSet = 0x88;
+    h.content = 0x40;
+    h.garbage = 0x79;
+    h.oldFormat = 6;
+    h.distance = -0x5B;
+  });
   return seeds;
 }
 

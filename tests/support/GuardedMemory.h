@@ -32,6 +32,8 @@ class GuardedMemory {
   std::uint8_t* AtEnd(std::size_t size) { return Place(m_room - size, size); }
   /// `size` bytes that begin where the lower guard ends, canaries after them.
   std::uint8_t* AtStart(std::size_t size) { return Place(0, size); }
+  /// `size` bytes at an odd address, canaries on both sides.
+  std::uint8_t* AtOddAddress(std::size_t size) { return Place(kCanary + 1, size); }
 
   /// Whether nothing but the placed bytes was written since.
   bool CanariesIntact() const {

@@ -8,6 +8,7 @@
 #define KORVEX2_LUMA16_INL_H_
 #endif
 
+#include "kernels/scalar/Word.h"
 #include "kernels/simd/Quads-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -42,8 +43,11 @@ struct SumsOfWords {
   }
 
   static std::uint32_t Mend(const std::uint8_t* p, std::size_t pixel) {
-    const auto* words = reinterpret_cast<const std::uint16_t*>(p) + Channels * pixel;
-    return scalar::Luma(words[BlueFirst ? 2 : 0], words[1], words[BlueFirst ? 0 : 2]);
+    const std::uint8_t* const words = p + 2 * Channels * pixel;  // at any address
+    const auto first = scalar::Load<std::uint16_t>(words);
+    const auto green = scalar::Load<std::uint16_t>(words + 2);
+    const auto third = scalar::Load<std::uint16_t>(words + 4);
+    return BlueFirst ? scalar::Luma(third, green, first) : scalar::Luma(first, green, third);
   }
 };
 

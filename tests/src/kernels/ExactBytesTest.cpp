@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "reference/Converter.h"
 #include "reference/Kernels.h"
@@ -23,15 +24,17 @@ class ExactBytes : public testing::Test {
   GuardedMemory m_source{1 << 14};
   GuardedMemory m_destination{1 << 14};
 
-  void Check(const char* routine, unsigned pixels, bool atEnd, bool littleEndian) {
+  using Place = std::uint8_t* (GuardedMemory::*)(std::size_t);
+
+  void Check(const char* routine, unsigned pixels, Place place, bool littleEndian,
+             Content content = Content::Random) {
     const auto& first = *Reference::FindKernel(Reference::FirstKernel(routine));
     const auto& last = *Reference::FindKernel(Reference::LastKernel(routine));
     const std::size_t read = Reference::BytesRead(first, pixels);
     const std::size_t written = Reference::BytesWritten(last, pixels);
-    std::uint8_t* const source = atEnd ? m_source.AtEnd(read) : m_source.AtStart(read);
-    std::uint8_t* const destination =
-        atEnd ? m_destination.AtEnd(written) : m_destination.AtStart(written);
-    Fill(source, read, Content::Random, pixels);
+    std::uint8_t* const source = (m_source.*place)(read);
+    std::uint8_t* const destination = (m_destination.*place)(written);
+    Fill(source, read, content, pixels);
     std::memset(destination, 0xEE, written);
 
     Bytes expected(written, 0xEE);
@@ -68,6 +71,8 @@ class ExactBytes : public testing::Test {
     ASSERT_TRUE(m_source.CanariesIntact()) << routine << " of " << pixels;
   }
 
+  static constexpr Place kAtGuards[] = {&GuardedMemory::AtEnd, &GuardedMemory::AtStart};
+
   using Bytes = std::vector<std::uint8_t>;
 };
 
@@ -79,16 +84,16 @@ TEST_F(ExactBytes, OfEveryKernelAtCounts0To67AndSomeLongRuns) {
   int cases = 0;
   Walk walk;
   for (const Reference::KernelRow& kernel : Reference::Kernels()) {
-    for (const bool atEnd : {true, false}) {
+    for (const Place place : kAtGuards) {
       for (const bool littleEndian : {true, false}) {
         for (unsigned pixels = 0; pixels <= 67; ++pixels) {
           if (!walk.Takes()) continue;
-          Check(kernel.name, pixels, atEnd, littleEndian);
+          Check(kernel.name, pixels, place, littleEndian);
           ++cases;
         }
         for (const unsigned pixels : kLongRuns) {
           if (!walk.Takes()) continue;
-          Check(kernel.name, pixels, atEnd, littleEndian);
+          Check(kernel.name, pixels, place, littleEndian);
           ++cases;
         }
         if (HasFatalFailure()) return;
@@ -103,21 +108,36 @@ TEST_F(ExactBytes, OfEveryRouteAtCounts0To67AndAroundPieces) {
   int cases = 0;
   Walk walk;
   for (const Reference::RouteRow& route : Reference::Routes()) {
-    for (const bool atEnd : {true, false}) {
+    for (const Place place : kAtGuards) {
       for (unsigned pixels = 0; pixels <= 67; ++pixels) {
         if (!walk.Takes()) continue;
-        Check(route.name, pixels, atEnd, pixels % 3 != 0);
+        Check(route.name, pixels, place, pixels % 3 != 0);
         ++cases;
       }
       for (const unsigned pixels : kAroundPieces) {
         if (!walk.Takes()) continue;
-        Check(route.name, pixels, atEnd, true);
+        Check(route.name, pixels, place, true);
         ++cases;
       }
       if (HasFatalFailure()) return;
     }
   }
   RecordProperty("cases", cases);
+}
+
+// Every content, since some samples leave the vectors to be converted one by one.
+TEST_F(ExactBytes, OfEveryRoutineAtOddAddressesWhateverTheContent) {
+  std::vector<const char*> routines;
+  for (const Reference::KernelRow& kernel : Reference::Kernels()) routines.push_back(kernel.name);
+  for (const Reference::RouteRow& route : Reference::Routes()) routines.push_back(route.name);
+  for (const char* const routine : routines) {
+    for (const Content content : kContents) {
+      for (const unsigned pixels : {1U, 66U, 129U, 1025U}) {
+        Check(routine, pixels, &GuardedMemory::AtOddAddress, true, content);
+      }
+    }
+    if (HasFatalFailure()) return;
+  }
 }
 
 }  // namespace
