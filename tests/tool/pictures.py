@@ -4,10 +4,15 @@ PIL does 8-bit PNG and most of PNM; the plain functions here do what PIL cannot:
 interlacing and PAM.
 """
 
+import os
 import struct
+import sys
 import zlib
 
 import numpy as np
+
+# Of the machine that the tool is built for; an emulator runs it on another.
+BYTE_ORDER = os.environ.get("KORVEX2_BYTE_ORDER", sys.byteorder)
 
 GREY, RGB, PALETTE, GREY_ALPHA, RGBA = 0, 2, 3, 4, 6
 CHANNELS = {GREY: 1, RGB: 3, PALETTE: 1, GREY_ALPHA: 2, RGBA: 4}
@@ -115,11 +120,22 @@ def read_pnm(path):
     return array[:, :, 0] if channels == 1 else array
 
 
+def in_memory(samples):
+    """Words of grey are low byte first, those of colours in the machine's order."""
+    big = BYTE_ORDER == "big" and samples.ndim == 3
+    return samples.astype(samples.dtype.newbyteorder(">" if big else "<"))
+
+
 # --- Arithmetic of the formats, in the double precision that they are defined in. -------------------
 
 def luma(rgb):
     r, g, b = (rgb[..., i].astype(np.float64) for i in range(3))
     return ((r * 0.299 + g * 0.587) + b * 0.114).astype(rgb.dtype)
+
+
+def mono16_of(rgb):
+    """Made of words in the machine's order, and left in it; those of any other grey are low byte first."""
+    return luma(rgb).byteswap() if BYTE_ORDER == "big" else luma(rgb)
 
 
 def chroma(rgb):

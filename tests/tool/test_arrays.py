@@ -6,7 +6,7 @@ import numpy as np
 import pytest
 
 from conftest import some
-from pictures import png_bytes, read_pnm
+from pictures import in_memory, png_bytes, read_pnm
 
 DTYPES = {1: np.uint8, 2: np.uint16}
 SAMPLES = [("mono8", 1, 1), ("raw8", 1, 1), ("mono16", 1, 2), ("raw16", 1, 2), ("rgb8", 3, 1), ("bgr", 3, 1),
@@ -23,7 +23,7 @@ def random(rng, channels, size):
 
 @pytest.mark.parametrize("name, channels, size", SAMPLES)
 def test_samples_keep_their_shape_and_order(tool, rng, name, channels, size):
-    samples = random(rng, channels, size)
+    samples = in_memory(random(rng, channels, size))
     (tool.folder / "in.raw").write_bytes(samples.tobytes())
     tool.succeeds("convert", "in.raw", "a.npy", "--from", name, "--width", WIDTH, "--height", HEIGHT, "--to", name)
     loaded = np.load(tool.folder / "a.npy")

@@ -4,7 +4,7 @@ import numpy as np
 import pytest
 from PIL import Image
 
-from pictures import RED_AT, luma, mosaic, read_pnm, yuv422
+from pictures import RED_AT, mono16_of, mosaic, read_pnm, yuv422
 
 BACKGROUND = [0x15, 0x18, 0x1d]
 
@@ -56,7 +56,7 @@ def test_other_formats_are_conversions_of_the_same_chart(tool):
     deep = chart(tool, *size, "--to", "rgb16", name="c.ppm")
     eight = (deep >> 8).astype(np.uint8)
     assert np.array_equal(chart(tool, *size), eight)
-    assert np.array_equal(chart(tool, *size, "--to", "mono16", name="c.pgm"), luma(deep))
+    assert np.array_equal(chart(tool, *size, "--to", "mono16", name="c.pgm"), mono16_of(deep))
     assert np.array_equal(chart(tool, *size, "--to", "bgr"), eight)
     tool.succeeds("chart", "c.raw", *size, "--to", "yuv422")
     assert (tool.folder / "c.raw").read_bytes() == yuv422(eight)

@@ -6,7 +6,7 @@ import numpy as np
 import pytest
 from PIL import Image, PngImagePlugin
 
-from pictures import chunk, png_bytes, pnm_bytes, read_png, read_pnm
+from pictures import chunk, in_memory, png_bytes, pnm_bytes, read_png, read_pnm
 
 SHAPES = [(1, 1), (1, 7), (5, 3), (16, 16), (37, 53)]
 READERS = {".png": read_png, ".pgm": read_pnm, ".ppm": read_pnm, ".pnm": read_pnm, ".pam": read_pnm}
@@ -162,13 +162,13 @@ def test_blue_first_formats_are_stored_as_rgb_and_taken_back_when_asked(tool, rn
     for depth, formats in [(8, {"bgr": 3, "bgru": 4}), (16, {"bgr16": 3, "bgru16": 4})]:
         for name, channels in formats.items():
             samples = random(rng, (6, 9), channels, depth)
-            dump = samples[..., [2, 1, 0, 3][:channels]]
-            (tool.folder / "in.raw").write_bytes(dump.tobytes())
+            dump = in_memory(samples[..., [2, 1, 0, 3][:channels]]).tobytes()
+            (tool.folder / "in.raw").write_bytes(dump)
             tool.succeeds("convert", "in.raw", "out.png", "--from", name, "--width", 9, "--height", 6,
                           "--to", name)
             assert np.array_equal(read_png(tool.folder / "out.png"), samples)
             tool.succeeds("convert", "out.png", "out.raw", "--from", name, "--to", name)
-            assert (tool.folder / "out.raw").read_bytes() == dump.tobytes()
+            assert (tool.folder / "out.raw").read_bytes() == dump
 
 
 @pytest.mark.parametrize("name, bits, group", [

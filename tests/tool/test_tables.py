@@ -3,9 +3,10 @@
 import json
 import os
 import subprocess
-import sys
 
 import pytest
+
+from pictures import BYTE_ORDER
 
 FORMATS = ["mono8", "mono12", "mono16", "rgb8", "rgbu", "rgb16", "bgr", "bgru", "bgr16", "bgru16",
            "yuv411", "yuv422", "yuv444", "raw8", "raw12", "raw16"]
@@ -108,7 +109,7 @@ def test_formats_that_do_not_convert_are_copied_only(tool):
 
 def test_info(tool):
     facts = json.loads(tool.succeeds("info", "--json"))
-    assert facts["byteOrder"] == f"{sys.byteorder}-endian"
+    assert facts["byteOrder"] == f"{BYTE_ORDER}-endian"
     assert facts["version"] == tool.succeeds("--version").split()[1]
     assert facts["numCpuCores"] == os.cpu_count()
     assert facts["sysMemSize"] == os.sysconf("SC_PAGE_SIZE") * os.sysconf("SC_PHYS_PAGES")
