@@ -287,7 +287,8 @@ std::vector<Seed> Seeds() {
     seeds.push_back({"line-" + std::to_string(seeds.size()), Bytes(line.begin(), line.end())});
   }
   constexpr std::string_view kProgress =
-      "convert\nin*.p?m\nin.npyg\n{inde\x8b\xf9\xf9\xf9\xf9\xf9\xff\xff\xff\x10\xf9\xf9\xf9\xf9}.y4m"
+      "convert\nin*.p?m\nin.npyg\n"
+      "{inde\x8b\xf9\xf9\xf9\xf9\xf9\xff\xff\xff\x10\xf9\xf9\xf9\xf9}.y4m"
       "\n--to\nyuv422\n--json-progress\n--fail-fast\n--jobs\n16";
   seeds.push_back({"found-progress-before-a-failure", Bytes(kProgress.begin(), kProgress.end())});
   constexpr Piped kPiped[] = {
