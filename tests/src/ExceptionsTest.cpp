@@ -57,8 +57,7 @@ class ThrowingImage : public Image {
 constexpr unsigned kRows = 2;
 constexpr unsigned kCols = 6;
 
-template <typename ImageType>
-void Shape(Reference::Format format, ImageType& image) {
+void Shape(Reference::Format format, Image& image) {
   const unsigned stride = Reference::RowBytes(kCols, Reference::BitsPerPixel(format));
   ASSERT_EQ(image.SetDimensions(kRows, kCols, stride, static_cast<PixelFormat>(format), GRBG),
             VORERROR_OK);
