@@ -140,7 +140,7 @@ def example_list():
 def run_doxygen(output, version):
     staged = output / "pages"
     values = {"SOURCE": ROOT, "OUTPUT": output, "PAGES": staged, "PICTURES": output / "pictures",
-              "INPUT": " ".join(str(path) for path in [*(staged / page for page in in_order()), staged / "examples.dox"]),
+              "INPUT": " ".join(map(str, [*(staged / page for page in in_order()), staged / "examples.dox"])),
               "VERSION": version, "HEADERS": " ".join(str(ROOT / header) for header in HEADERS)}
     template = (ROOT / "docs/site/Doxyfile.in").read_text()
     (output / "Doxyfile").write_text(re.sub(r"@(\w+)@", lambda match: str(values[match.group(1)]), template))

@@ -46,7 +46,6 @@ struct Size {
 constexpr Size kSizes[] = {{2, 2}, {64, 640}, {180, 640}};
 
 // --- The figures of the page.
-// --------------------------------------------------------
 
 struct EngineShare {
   BayerMethod method;
@@ -105,7 +104,6 @@ std::size_t OutermostTemporaryOf(Routine routine, std::size_t pixels) {
 }
 
 // --- Conversions, measured.
-// ----------------------------------------------------------
 
 struct Conversion {
   Size size;
@@ -312,7 +310,6 @@ TEST(MemoryUse, ACopyOfPaddedRowsTakesAPackedBufferBesides) {
 }
 
 // --- The engine by itself.
-// -----------------------------------------------------------
 
 bool HasWords(BayerPixelFormat format) {
   return format == BAYER_PIXEL_FORMAT_BGR16 || format == BAYER_PIXEL_FORMAT_BGRU16 ||
@@ -375,7 +372,6 @@ TEST(MemoryUse, TheEngineStaysWithinItsShareWhateverTheSize) {
 }
 
 // --- Stack.
-// --------------------------------------------------------------------------
 
 constexpr std::size_t kMostStack = 64 * kKiB;
 constexpr Size kLongRow = {6, 700};
