@@ -9,14 +9,14 @@
 #include <new>
 #include <optional>
 
-#include "Failure.h"
 #include "Folder.h"
 #include "Fuzz.h"
-#include "Guess.h"
 #include "LimitedMemory.h"
 #include "ReaderCase.h"
+#include "analysis/Candidates.h"
 #include "io/Containers.h"
-#include "io/Dump.h"
+#include "io/Headerless.h"
+#include "terminal/Failure.h"
 
 namespace Korvex2::Fuzz {
 namespace {

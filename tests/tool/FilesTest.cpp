@@ -18,9 +18,9 @@
 #include <thread>
 #include <vector>
 
-#include "Failure.h"
-#include "OutputFolders.h"
+#include "batch/OutputFolders.h"
 #include "io/Temporary.h"
+#include "terminal/Failure.h"
 
 namespace Korvex2::Tool {
 namespace {

@@ -9,17 +9,17 @@
 #include <optional>
 #include <string>
 
-#include "Batch.h"
 #include "BayerNames.h"
-#include "Conversion.h"
-#include "Failure.h"
-#include "FrameList.h"
-#include "Look.h"
-#include "Names.h"
+#include "batch/Batch.h"
+#include "batch/FrameList.h"
 #include "commands/Commands.h"
 #include "io/Containers.h"
-#include "io/Dump.h"
+#include "io/Headerless.h"
 #include "io/Y4m.h"
+#include "processing/Converted.h"
+#include "processing/Grading.h"
+#include "terminal/Failure.h"
+#include "terminal/Names.h"
 
 namespace Korvex2::Tool {
 namespace {

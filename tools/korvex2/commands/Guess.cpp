@@ -1,20 +1,20 @@
 // korvex2 guess: what a headerless file may be.
 
-#include "Guess.h"
+#include "analysis/Candidates.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <string>
 
-#include "Conversion.h"
-#include "Failure.h"
-#include "Names.h"
-#include "Sheet.h"
-#include "Table.h"
 #include "commands/Commands.h"
+#include "drawing/ContactSheet.h"
 #include "io/Containers.h"
 #include "io/Raster.h"
+#include "processing/Converted.h"
+#include "terminal/Failure.h"
+#include "terminal/Names.h"
+#include "terminal/Table.h"
 
 namespace Korvex2::Tool {
 namespace {

@@ -9,14 +9,14 @@
 #include <utility>
 #include <vector>
 
-#include "Failure.h"
 #include "InstructionSets.h"
 #include "Korvex2Version.h"
-#include "Names.h"
-#include "Table.h"
 #include "Utilities.h"
 #include "commands/Commands.h"
 #include "io/Containers.h"
+#include "terminal/Failure.h"
+#include "terminal/Names.h"
+#include "terminal/Table.h"
 
 namespace Korvex2::Tool {
 namespace {
