@@ -12,10 +12,10 @@
 #include <string>
 #include <utility>
 
+#include "io/Failure.h"
 #include "io/LosslessJpeg.h"
-#include "terminal/Failure.h"
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 namespace {
 
 // LibRaw does not clear the memory that it decodes into, and decoders that meet less than a frame
@@ -321,7 +321,7 @@ void RequirePlaced(Decoder& decoder, const InputFile& file) {
 
 }  // namespace
 
-Raster ReadRaw(const InputFile& file) {
+Raster ReadCameraRaw(const InputFile& file) {
   const Bytes& bytes = file.Read();
   const auto decoder = std::make_unique<Decoder>();
   bool damaged = false;
@@ -353,4 +353,4 @@ Raster ReadRaw(const InputFile& file) {
   return raster;
 }
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

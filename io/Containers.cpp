@@ -5,16 +5,16 @@
 #include <filesystem>
 
 #include "io/CameraRaw.h"
+#include "io/Failure.h"
 #include "io/Headerless.h"
+#include "io/Names.h"
 #include "io/Npy.h"
 #include "io/Png.h"
 #include "io/Pnm.h"
 #include "io/Tiff.h"
 #include "io/Y4m.h"
-#include "terminal/Failure.h"
-#include "terminal/Names.h"
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 namespace {
 
 constexpr unsigned kGrey = 1U << 1;
@@ -34,8 +34,8 @@ constexpr Container kContainers[] = {
     {"TIFF", ".tif .tiff", kGrey | kRgb | kRgba, ReadTiff, WriteTiff, "grey, RGB and RGBA, 8 and 16 bits"},
     {"NPY", ".npy",       kAnything,            nullptr, nullptr,   "an array of NumPy, any format", ReadNpy, WriteNpy},
     {"Y4M", ".y4m",       kVideo,               nullptr, nullptr,   "write only: video of mono8, yuv411, yuv422, yuv444", nullptr, WriteY4m, true, Y4mSize},
-    {"DNG", ".dng .nef .cr2 .arw", kNothing, ReadRaw, nullptr, "read only: the mosaic of a camera's raw file, raw16"},
-    {"raw", ".raw .bin",  kAnything,            nullptr, nullptr,   "headerless, any format; reading needs --from, --width, --height", nullptr, WriteDump, true, SizeOfDump},
+    {"DNG", ".dng .nef .cr2 .arw", kNothing, ReadCameraRaw, nullptr, "read only: the mosaic of a camera's raw file, raw16"},
+    {"raw", ".raw .bin",  kAnything,            nullptr, nullptr,   "headerless, any format; reading needs --from, --width, --height", nullptr, WriteHeaderless, true, HeaderlessSize},
     // clang-format on
 };
 
@@ -104,9 +104,10 @@ std::string NamesHeldBy(const Container& container) {
   return names;
 }
 
-Image ReadHeaderless(const InputFile& file, const InputShape& shape) {
+Image ReadAsSaid(const InputFile& file, const InputShape& shape) {
   if (shape.format != nullptr && shape.width && shape.height) {
-    return ReadDump(file, *shape.format, *shape.width, *shape.height, shape.tile.value_or(NONE));
+    return ReadHeaderless(file, *shape.format, *shape.width, *shape.height,
+                          shape.tile.value_or(NONE));
   }
   const std::string sizes = shape.format == nullptr ? "" : CommonSizes(*shape.format, file.size());
   throw UsageFailure("{} has no header: say --from, --width and --height (it has {} bytes{})",
@@ -188,7 +189,7 @@ std::uint64_t MostBytes(const std::string& path, const InputShape& shape) {
     return kLargestFile;
   }
   RequireFrame(*shape.format, *shape.width, *shape.height);
-  return DumpSize(*shape.format, std::uint64_t{*shape.width} * *shape.height);
+  return GroupedSize(*shape.format, std::uint64_t{*shape.width} * *shape.height);
 }
 
 Image ReadImage(const std::string& path, const InputShape& shape) {
@@ -198,7 +199,7 @@ Image ReadImage(const std::string& path, const InputShape& shape) {
 
 Image ReadImage(const InputFile& file, const Container& container, const InputShape& shape) {
   if (IsHeaderless(container)) {
-    return WithLevels(ReadHeaderless(file, shape), shape.levels, {}, file.path());
+    return WithLevels(ReadAsSaid(file, shape), shape.levels, {}, file.path());
   }
   if (container.readImage != nullptr) {
     Image image = container.readImage(file, shape.format, shape.tile.value_or(NONE));
@@ -250,4 +251,4 @@ std::string ContainerHelp() {
          "dark.\n";
 }
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

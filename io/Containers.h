@@ -12,7 +12,7 @@
 #include "io/Raster.h"
 #include "io/WriteOptions.h"
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 
 /// One row of the table of file formats.
 struct Container {
@@ -39,7 +39,7 @@ std::span<const Container> Containers();
 /// the table's.
 const Container& ContainerOf(const std::string& path);
 
-/// Whether nothing but the command line tells the shape of such a file.
+/// Whether nothing but the request says the shape of such a file.
 bool IsHeaderless(const Container& container);
 
 bool IsVideo(const Container& container);
@@ -53,7 +53,7 @@ bool Holds(const Container& container, PixelFormat format);
 /// A Failure that says which formats would fit into such a file, unless this one does.
 void RequireHolds(const std::string& path, PixelFormat format);
 
-/// What the command line says about an input; headerless files need all but the tile.
+/// What a request says about an input; headerless files need all but the tile.
 struct InputShape {
   const PixelFormatInfo* format = nullptr;
   std::optional<std::uint32_t> width;
@@ -78,4 +78,4 @@ void WriteImage(const Image& image, const Container& container, OutputFile& file
 /// A few lines for the help of commands that read and write images.
 std::string ContainerHelp();
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

@@ -13,9 +13,9 @@
 #include <utility>
 #include <vector>
 
-#include "terminal/Failure.h"
+#include "io/Failure.h"
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 namespace {
 
 [[noreturn]] void FailWithErrno(const char* action, const std::string& path) {
@@ -258,4 +258,4 @@ void OutputFile::Commit() {
   FailWithErrno("write", m_path);
 }
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

@@ -12,7 +12,7 @@
 
 #include "io/Temporary.h"
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 
 /// A block of memory of exactly `size` bytes, not cleared.
 struct Bytes {
@@ -99,4 +99,4 @@ class OutputFile {
   std::FILE* m_stream = nullptr;
 };
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

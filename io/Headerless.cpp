@@ -1,12 +1,11 @@
 #include "io/Headerless.h"
 
 #include <algorithm>
-#include <limits>
 
+#include "io/Failure.h"
 #include "io/Raster.h"
-#include "terminal/Failure.h"
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 namespace {
 
 struct Size {
@@ -28,7 +27,7 @@ constexpr Size kCommonSizes[] = {
 // Some writers end a file with the last byte that a begun group needs for its first pixel.
 bool Fits(const PixelFormatInfo& format, Size size, std::uint64_t fileSize) {
   const std::uint64_t pixels = std::uint64_t{size.width} * size.height;
-  return fileSize == DumpSize(format, pixels) || fileSize == PackedSize(format, pixels);
+  return fileSize == GroupedSize(format, pixels) || fileSize == PackedSize(format, pixels);
 }
 
 std::string FormatsOfSize(Size size, std::uint64_t fileSize) {
@@ -52,7 +51,7 @@ std::string FormatsOfSize(Size size, std::uint64_t fileSize) {
   if (!sizes.empty()) {
     advice += fmt::format("; as {} it would be {}", format.name, sizes);
   }
-  const std::uint64_t frame = DumpSize(format, std::uint64_t{size.width} * size.height);
+  const std::uint64_t frame = GroupedSize(format, std::uint64_t{size.width} * size.height);
   if (file.goesOn()) {
     throw Failure(
         "{} has more than the {} bytes of {} x {} pixels of {}; 'korvex2 convert --frames "
@@ -68,12 +67,6 @@ std::string FormatsOfSize(Size size, std::uint64_t fileSize) {
 }
 
 }  // namespace
-
-std::uint64_t DumpSize(const PixelFormatInfo& format, std::uint64_t pixels) {
-  const std::uint64_t groups = (pixels + format.pixelsPerGroup - 1) / format.pixelsPerGroup;
-  constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
-  return groups > kMost / format.bytesPerGroup ? kMost : groups * format.bytesPerGroup;
-}
 
 void RequireFrame(const PixelFormatInfo& format, std::uint32_t width, std::uint32_t height) {
   const unsigned stride = PackedStride(width, format.bitsPerPixel);
@@ -98,8 +91,8 @@ bool IsCommonSize(std::uint32_t width, std::uint32_t height) {
       kCommonSizes, [&](const Size& size) { return size.width == width && size.height == height; });
 }
 
-Image ReadDump(const InputFile& file, const PixelFormatInfo& format, std::uint32_t width,
-               std::uint32_t height, BayerTileFormat tile) {
+Image ReadHeaderless(const InputFile& file, const PixelFormatInfo& format, std::uint32_t width,
+                     std::uint32_t height, BayerTileFormat tile) {
   if (file.goesOn() || !Fits(format, {width, height}, file.size())) {
     FailForSize(file, format, {width, height});
   }
@@ -108,15 +101,15 @@ Image ReadDump(const InputFile& file, const PixelFormatInfo& format, std::uint32
   return image;
 }
 
-void WriteDump(const Image& image, OutputFile& file, const WriteOptions& /*options*/) {
+void WriteHeaderless(const Image& image, OutputFile& file, const WriteOptions& /*options*/) {
   const PixelFormatInfo& format = *FindPixelFormat(image.GetPixelFormat());
-  const std::uint64_t size = SizeOfDump(format, image.GetCols(), image.GetRows());
+  const std::uint64_t size = HeaderlessSize(format, image.GetCols(), image.GetRows());
   file.Write(image.GetData(), static_cast<std::size_t>(size));
 }
 
-std::uint64_t SizeOfDump(const PixelFormatInfo& format, std::uint32_t cols, std::uint32_t rows,
-                         const WriteOptions& /*options*/) {
-  return DumpSize(format, std::uint64_t{cols} * rows);
+std::uint64_t HeaderlessSize(const PixelFormatInfo& format, std::uint32_t cols, std::uint32_t rows,
+                             const WriteOptions& /*options*/) {
+  return GroupedSize(format, std::uint64_t{cols} * rows);
 }
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

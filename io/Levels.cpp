@@ -1,12 +1,11 @@
 #include "io/Levels.h"
 
 #include <algorithm>
-#include <charconv>
 
-#include "terminal/Failure.h"
-#include "terminal/Names.h"
+#include "io/Failure.h"
+#include "io/Names.h"
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 namespace {
 
 constexpr std::uint32_t kFull = 65535;
@@ -26,18 +25,6 @@ void RequireRange(std::uint32_t black, std::uint32_t white) {
 }
 
 }  // namespace
-
-Level ParseLevel(const std::string& option, const std::string& text) {
-  if (text == "file") {
-    return {};
-  }
-  std::uint32_t number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size() || number > kFull) {
-    throw UsageFailure("{} '{}' is neither file nor a number up to {}", option, text, kFull);
-  }
-  return {number};
-}
 
 Image WithLevels(Image image, const LevelRequest& request,
                  const std::optional<SensorLevels>& ofFile, const std::string& path) {
@@ -71,4 +58,4 @@ Image WithLevels(Image image, const LevelRequest& request,
   return image;
 }
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

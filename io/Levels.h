@@ -10,7 +10,7 @@
 
 #include "Image.h"
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 
 /// What a camera's raw file says of its samples.
 struct SensorLevels {
@@ -27,9 +27,6 @@ struct Level {
   std::uint32_t Or(std::uint32_t ofFile) const { return value.value_or(ofFile); }
 };
 
-/// From "file" or a number up to 65535; a UsageFailure that names the option for anything else.
-Level ParseLevel(const std::string& option, const std::string& text);
-
 struct LevelRequest {
   std::optional<Level> black;  ///< is subtracted; what lies below becomes 0
   std::optional<Level> white;  ///< becomes 65535, rounded to the nearest
@@ -38,8 +35,8 @@ struct LevelRequest {
 };
 
 /// The mosaic with its levels changed as requested, if anything is. A Failure for other formats
-/// than raw16, and where the file is asked for levels that it does not tell.
+/// than raw16, and where the file is asked for levels that it does not say.
 Image WithLevels(Image image, const LevelRequest& request,
                  const std::optional<SensorLevels>& ofFile, const std::string& path);
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

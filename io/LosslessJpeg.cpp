@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 namespace {
 
 // The second byte of markers; the first is 0xff.
@@ -90,4 +90,4 @@ std::optional<LosslessJpeg> FindLosslessJpeg(std::span<const unsigned char> byte
   return std::nullopt;
 }
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

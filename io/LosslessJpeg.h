@@ -7,7 +7,7 @@
 #include <optional>
 #include <span>
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 
 struct LosslessJpeg {
   std::uint64_t lines = 0;
@@ -24,4 +24,4 @@ struct LosslessJpeg {
 std::optional<LosslessJpeg> FindLosslessJpeg(std::span<const unsigned char> bytes,
                                              std::size_t gap = 0);
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

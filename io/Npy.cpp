@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
+#include "io/Failure.h"
+#include "io/Names.h"
 #include "io/Raster.h"
-#include "terminal/Failure.h"
-#include "terminal/Names.h"
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 namespace {
 
 // How the elements of an array are the samples of a format. The first row of a shape is the format
@@ -234,4 +234,4 @@ void WriteNpy(const Image& image, OutputFile& file, const WriteOptions& /*option
   file.Write(image.GetData(), static_cast<std::size_t>(size));
 }
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

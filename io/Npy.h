@@ -7,7 +7,7 @@
 #include "io/File.h"
 #include "io/WriteOptions.h"
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 
 /// uint8 or uint16 of either byte order, in C order. `wanted` names the format, or is null for the
 /// one that the shape suggests: H x W is mono8 or mono16, H x W x 3 rgb8 or rgb16, H x W x 4 rgbu.
@@ -19,4 +19,4 @@ Image ReadNpy(const InputFile& file, const PixelFormatInfo* wanted, BayerTileFor
 /// pixels goes on in the next row.
 void WriteNpy(const Image& image, OutputFile& file, const WriteOptions& options = {});
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

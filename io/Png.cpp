@@ -8,9 +8,9 @@
 #include <cstring>
 #include <new>
 
-#include "terminal/Failure.h"
+#include "io/Failure.h"
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 namespace {
 
 // libpng reports errors by a long jump, which must not skip destructors. So each function that
@@ -209,4 +209,4 @@ void WritePng(const Raster& raster, OutputFile& file) {
   }
 }
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

@@ -4,9 +4,9 @@
 
 #include "io/Raster.h"
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 
 Raster ReadPng(const InputFile& file);
 void WritePng(const Raster& raster, OutputFile& file);
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

@@ -5,9 +5,9 @@
 #include <string_view>
 #include <utility>
 
-#include "terminal/Failure.h"
+#include "io/Failure.h"
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 namespace {
 
 struct TupleType {
@@ -243,4 +243,4 @@ void WritePam(const Raster& raster, OutputFile& file) {
         raster, file);
 }
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

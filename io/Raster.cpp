@@ -6,10 +6,10 @@
 #include <limits>
 #include <utility>
 
-#include "terminal/Failure.h"
-#include "terminal/Names.h"
+#include "io/Failure.h"
+#include "io/Names.h"
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 namespace {
 
 enum class Order { Stored, BlueFirst };
@@ -217,4 +217,4 @@ Raster ToRaster(const Image& image) {
   return raster;
 }
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

@@ -11,7 +11,7 @@
 #include "io/File.h"
 #include "io/Levels.h"
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 
 /// Rows from the top, no padding; channels grey, grey alpha, R G B, or R G B alpha; 16-bit samples
 /// high byte first, as PNG and PNM store them. A file that says that it holds a mosaic sets the
@@ -55,4 +55,4 @@ Raster ToRaster(const Image& image);
 Image NewImage(std::uint32_t width, std::uint32_t height, const PixelFormatInfo& format,
                BayerTileFormat tile);
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

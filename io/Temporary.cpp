@@ -15,7 +15,7 @@
 #include <filesystem>
 #include <string_view>
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 namespace {
 
 // What a process that is told to stop has to remove. A signal handler reads this, so there is no
@@ -222,4 +222,4 @@ bool TemporaryFile::MoveTo(const std::string& target) {
   return true;
 }
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

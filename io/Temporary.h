@@ -9,7 +9,7 @@
 #include <functional>
 #include <string>
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 
 /// From now on SIGINT, SIGTERM, SIGHUP and SIGQUIT first remove every unfinished file and say so in
 /// one line on stderr, and then end the process as they would have; so does SIGPIPE, without a
@@ -58,4 +58,4 @@ class TemporaryFile {
   int m_fd = -1;
 };
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

@@ -15,9 +15,9 @@
 #include <string_view>
 #include <vector>
 
-#include "terminal/Failure.h"
+#include "io/Failure.h"
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 namespace {
 
 // --- The file, which libtiff sees through these functions ----------------------------------------
@@ -487,4 +487,4 @@ void WriteTiff(const Raster& raster, OutputFile& file) {
   file.Write(sink.bytes.data(), sink.bytes.size());
 }
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

@@ -4,7 +4,7 @@
 
 #include "io/Raster.h"
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 
 /// The first picture of the file: grey, RGB or RGBA of 8 or 16 bits, in strips or tiles, whole
 /// pixels or planes, with any compression that libtiff knows. Samples come as they are stored,
@@ -15,4 +15,4 @@ Raster ReadTiff(const InputFile& file);
 /// premultiplied. BigTIFF where 4 GiB are not enough.
 void WriteTiff(const Raster& raster, OutputFile& file);
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

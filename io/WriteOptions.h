@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 
 /// Frames a second, as a fraction.
 struct FrameRate {
@@ -16,4 +16,4 @@ struct WriteOptions {
   FrameRate rate;  ///< of video
 };
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

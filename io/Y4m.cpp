@@ -1,15 +1,13 @@
 #include "io/Y4m.h"
 
-#include <charconv>
 #include <cstring>
-#include <optional>
 #include <string_view>
 #include <vector>
 
-#include "terminal/Failure.h"
-#include "terminal/Names.h"
+#include "io/Failure.h"
+#include "io/Names.h"
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 namespace {
 
 // Which bytes of a group are luma, and where its chroma lies.
@@ -63,40 +61,7 @@ std::string HeaderOf(const Planes& planes, std::uint32_t cols, std::uint32_t row
                      rate.frames, rate.seconds, planes.name);
 }
 
-// Digits alone.
-std::optional<std::uint32_t> NumberOf(std::string_view text) {
-  std::uint32_t number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  return error == std::errc() && end == text.data() + text.size() ? std::optional(number)
-                                                                  : std::nullopt;
-}
-
-// 10 to the power of a number of decimals.
-std::optional<std::uint32_t> DecimalsOf(std::size_t decimals) {
-  constexpr std::uint32_t kPowers[] = {1, 10, 100, 1000};
-  return decimals < std::size(kPowers) ? std::optional(kPowers[decimals]) : std::nullopt;
-}
-
 }  // namespace
-
-FrameRate ParseFrameRate(const std::string& text) {
-  const std::size_t sign = text.find_first_of("/.");
-  const std::string head = text.substr(0, sign);
-  std::optional<std::uint32_t> frames = NumberOf(head);
-  std::optional<std::uint32_t> seconds = 1;
-  if (sign != std::string::npos) {
-    const std::string tail = text.substr(sign + 1);
-    seconds = NumberOf(tail);
-    if (text[sign] == '.' && frames && seconds) {
-      frames = NumberOf(head + tail);
-      seconds = DecimalsOf(tail.size());
-    }
-  }
-  if (frames.value_or(0) == 0 || seconds.value_or(0) == 0) {
-    throw UsageFailure("--fps '{}' is no frame rate such as 25, 29.97 or 30000/1001", text);
-  }
-  return {*frames, *seconds};
-}
 
 bool FitsY4m(PixelFormat format) {
   return Find(format) != nullptr;
@@ -132,4 +97,4 @@ std::uint64_t Y4mSize(const PixelFormatInfo& format, std::uint32_t cols, std::ui
          groups * format.bytesPerGroup;
 }
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

@@ -3,17 +3,13 @@
 /// Y4M, the uncompressed video that players and encoders take from a pipe; written only.
 
 #include <cstdint>
-#include <string>
 
 #include "Image.h"
 #include "PixelFormats.h"
 #include "io/File.h"
 #include "io/WriteOptions.h"
 
-namespace Korvex2::Tool {
-
-/// "25", "29.97" or "30000/1001"; a UsageFailure for what is none of them, and for 0.
-FrameRate ParseFrameRate(const std::string& text);
+namespace Korvex2::Io {
 
 /// Whether Y4M has a name for the planes of a format: mono8, yuv411, yuv422, yuv444.
 bool FitsY4m(PixelFormat format);
@@ -27,4 +23,4 @@ void WriteY4m(const Image& image, OutputFile& file, const WriteOptions& options)
 std::uint64_t Y4mSize(const PixelFormatInfo& format, std::uint32_t cols, std::uint32_t rows,
                       const WriteOptions& options);
 
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io

@@ -129,7 +129,7 @@ Neighbours NeighboursOf(const PixelFormatInfo& format) {
 }
 
 // Where the groups of chroma of one row do not lie below those of the row above, a row further up
-// may foresee them better.
+// may predict them better.
 double BitsPerSampleOf(const Channel& channel, Neighbours neighbours, std::uint32_t width) {
   const std::uint32_t group = channel.pixelsPerSample;
   const std::size_t nearest = std::max(1U, (width + group / 2) / group);
@@ -182,7 +182,8 @@ std::vector<Shape> ShapesOf(const PixelFormatInfo& format, std::uint64_t size, c
   const std::uint64_t about = size * 8 / format.bitsPerPixel;
   const std::uint64_t group = format.pixelsPerGroup;
   for (std::uint64_t pixels = about - std::min(about, group); pixels <= about + group; ++pixels) {
-    if (pixels == 0 || (DumpSize(format, pixels) != size && PackedSize(format, pixels) != size)) {
+    if (pixels == 0 ||
+        (GroupedSize(format, pixels) != size && PackedSize(format, pixels) != size)) {
       continue;
     }
     for (std::uint64_t side = 1; side * side <= pixels; ++side) {
@@ -292,7 +293,7 @@ double MeanOf(const std::vector<Channel>& channels, char name) {
   return sum;
 }
 
-// --- Readings
+// --- Candidates
 // ----------------------------------------------------------------------------------------
 
 // Formats that differ in the place of red and blue alone.
@@ -317,19 +318,19 @@ double Score(double bitsPerByte, double unlikelihood) {
   return (bitsPerByte + kFlat) * (1 + unlikelihood);
 }
 
-void AddMosaicReadings(Reading reading, double unlikelihood, const Blocks& blocks,
-                       std::vector<Reading>& readings) {
+void AddMosaicCandidates(Candidate candidate, double unlikelihood, const Blocks& blocks,
+                         std::vector<Candidate>& candidates) {
   const std::array<BayerTileFormat, 4> tiles = TilesOf(blocks);
   for (std::size_t i = 0; i < tiles.size(); ++i) {
-    reading.tile = tiles[i];
+    candidate.tile = tiles[i];
     const double tile = (i % 2 == 0 ? 0 : kSwapped) + (i < 2 ? 0 : kOtherGreen);
-    reading.score = Score(reading.bitsPerByte, unlikelihood + tile);
-    readings.push_back(reading);
+    candidate.score = Score(candidate.bitsPerByte, unlikelihood + tile);
+    candidates.push_back(candidate);
   }
 }
 
-void AddReadings(const PixelFormatInfo& format, const Bytes& file, std::span<const Piece> pieces,
-                 const Known& known, std::vector<Reading>& readings) {
+void AddCandidates(const PixelFormatInfo& format, const Bytes& file, std::span<const Piece> pieces,
+                   const Known& known, std::vector<Candidate>& candidates) {
   std::vector<Shape> shapes = ShapesOf(format, file.size, known);
   if (shapes.empty()) {
     return;
@@ -342,29 +343,30 @@ void AddReadings(const PixelFormatInfo& format, const Bytes& file, std::span<con
   for (const Shape& shape : MostAlike(std::move(shapes), channels, neighbours)) {
     const double bits = BitsPerPixel(coded, neighbours, shape.width) * 8 / format.bitsPerPixel;
     const double unlikelihood = Unlikelihood(shape, format) + order;
-    const Reading reading{
+    const Candidate candidate{
         &format, shape.width, shape.height, NONE, bits, Score(bits, unlikelihood), shape.isCommon};
     if (neighbours == Neighbours::Mosaic) {
       const Samples& samples = channels.front().samples;
-      AddMosaicReadings(reading, unlikelihood, BlocksOf(samples, pieces, format, shape.width),
-                        readings);
+      AddMosaicCandidates(candidate, unlikelihood, BlocksOf(samples, pieces, format, shape.width),
+                          candidates);
     } else {
-      readings.push_back(reading);
+      candidates.push_back(candidate);
     }
   }
 }
 
 }  // namespace
 
-std::vector<Reading> Guess(const Bytes& file, const Known& known) {
+std::vector<Candidate> FindCandidates(const Bytes& file, const Known& known) {
   const std::vector<Piece> pieces = PiecesOf(file);
-  std::vector<Reading> readings;
+  std::vector<Candidate> candidates;
   for (const PixelFormatInfo& format : PixelFormats()) {
     if (format.convertible && (known.format == nullptr || known.format == &format)) {
-      AddReadings(format, file, pieces, known, readings);
+      AddCandidates(format, file, pieces, known, candidates);
     }
   }
-  return Ascending(std::move(readings), [](const Reading& reading) { return reading.score; });
+  return Ascending(std::move(candidates),
+                   [](const Candidate& candidate) { return candidate.score; });
 }
 
 }  // namespace Korvex2::Tool

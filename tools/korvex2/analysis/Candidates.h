@@ -1,6 +1,6 @@
 #pragma once
 
-/// What a headerless file may be: its width, height, pixel format and tile, told from its size and
+/// What a headerless file may be: its width, height, pixel format and tile, by its size and
 /// its samples.
 
 #include <cstdint>
@@ -9,6 +9,7 @@
 
 #include "PixelFormats.h"
 #include "io/File.h"
+#include "terminal/Failure.h"
 
 namespace Korvex2::Tool {
 
@@ -19,21 +20,22 @@ struct Known {
   std::optional<std::uint32_t> height;
 };
 
-struct Reading {
+struct Candidate {
   const PixelFormatInfo* format;
   std::uint32_t width;
   std::uint32_t height;
   BayerTileFormat tile;  ///< NONE unless the format is raw
-  double bitsPerByte;  ///< what a byte of the file costs when it is coded as this reading foresees
-  double score;        ///< bitsPerByte, with something added for unlikely shapes; less is likelier
-  bool isCommonSize;   ///< of a usual sensor or video mode
+  double
+      bitsPerByte;    ///< what a byte of the file costs when it is coded as this candidate predicts
+  double score;       ///< bitsPerByte, with something added for unlikely shapes; less is likelier
+  bool isCommonSize;  ///< of a usual sensor or video mode
 };
 
-/// The readings that fit the size of the file, the likeliest first.
+/// The candidates that fit the size of the file, the likeliest first.
 ///
-/// Each reading foresees a sample from its neighbours at the left and above. What it foresees worse
-/// takes more bits to code; the right reading needs the fewest. The samples cannot tell red from
-/// blue: of two readings that differ in that alone, the one with more red comes first.
-std::vector<Reading> Guess(const Bytes& file, const Known& known);
+/// Each candidate predicts a sample from its neighbours at the left and above. What it predicts
+/// worse takes more bits to code; the right candidate needs the fewest. The samples cannot tell red
+/// from blue: of two candidates that differ in that alone, the one with more red comes first.
+std::vector<Candidate> FindCandidates(const Bytes& file, const Known& known);
 
 }  // namespace Korvex2::Tool

@@ -30,7 +30,7 @@ double CodeLength(std::span<const std::uint32_t> counts) {
 }
 
 // Differences, coded in a high part that knows how large the one before was, and a low part that
-// knows the high one: so 8-bit samples, which are all high part, and deeper ones are foreseen
+// knows the high one: so 8-bit samples, which are all high part, and deeper ones are predicted
 // alike.
 class Coder {
  public:

@@ -14,7 +14,7 @@ struct Samples {
   std::vector<std::vector<std::uint16_t>> pieces;
 };
 
-/// Whose neighbours foresee a sample.
+/// Whose neighbours predict a sample.
 enum class Neighbours {
   Adjacent,  ///< the next samples at the left and above
   Mosaic,    ///< those of the same colour, two columns and two rows away, and the ones between

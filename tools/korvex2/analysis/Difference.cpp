@@ -9,6 +9,7 @@
 #include "analysis/Quality.h"
 #include "io/Raster.h"
 #include "processing/Converted.h"
+#include "terminal/Failure.h"
 
 namespace Korvex2::Tool {
 namespace {

@@ -37,7 +37,7 @@ struct Frame {
 using FramePointer = std::shared_ptr<Frame>;
 
 std::uint64_t BytesOf(const Image& image) {
-  return DumpSize(*FindPixelFormat(image.GetPixelFormat()),
+  return GroupedSize(*FindPixelFormat(image.GetPixelFormat()),
                   std::uint64_t{image.GetRows()} * image.GetCols());
 }
 
@@ -53,7 +53,7 @@ void RequireNoInput(const FileSet& inputs, const FramePlace& place, const std::s
 
 // Of outputs that cannot be the same no more than these are looked at before any is written, and
 // each one again then: files of single pixels have names without end.
-constexpr std::uint64_t kForeseen = 1 << 14;
+constexpr std::uint64_t kCheckedBeforehand = 1 << 14;
 
 void RequireApart(const FrameList& frames, const OutputPattern& pattern, const FileSet& inputs) {
   if (!frames.count()) {
@@ -65,7 +65,7 @@ void RequireApart(const FrameList& frames, const OutputPattern& pattern, const F
   const bool unique =
       pattern.HasIndex() || (frames.files().size() == 1 && pattern.TellsFramesApart());
   std::unordered_map<std::string, std::uint64_t> outputs;
-  for (std::uint64_t i = 0; i < *frames.count() && (!unique || i < kForeseen); ++i) {
+  for (std::uint64_t i = 0; i < *frames.count() && (!unique || i < kCheckedBeforehand); ++i) {
     const FramePlace place = frames[i];
     const std::string output = pattern.Fill(place);
     RequireNoInput(inputs, place, output);

@@ -11,6 +11,7 @@
 #include "batch/FrameList.h"
 #include "batch/Progress.h"
 #include "io/Containers.h"
+#include "terminal/Failure.h"
 
 namespace Korvex2::Tool {
 

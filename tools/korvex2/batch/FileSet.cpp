@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "io/File.h"
+#include "terminal/Failure.h"
 
 namespace Korvex2::Tool {
 namespace {

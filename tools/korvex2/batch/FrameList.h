@@ -31,7 +31,7 @@ struct FramePlace {
   bool isPart;           ///< of a file of many frames; else it is the whole file
   std::uint64_t begin;   ///< of a part, in bytes
   std::uint64_t size;    ///< of a part, in bytes; may be short at the end of a file
-  std::string label;     ///< for messages: "frame 3 of dump.raw", or the path
+  std::string label;     ///< for messages: "frame 3 of long.raw", or the path
 };
 
 /// Whether it is a folder or a glob, which stand for any number of files.

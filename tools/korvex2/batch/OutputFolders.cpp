@@ -30,7 +30,7 @@ std::string FolderOf(const std::string& file) {
 }
 
 // Nothing where there is none. One that was removed while the process is in it has no links.
-std::optional<struct stat> Look(const std::string& folder) {
+std::optional<struct stat> StatusOf(const std::string& folder) {
   struct stat status;
   const bool there = stat(folder.c_str(), &status) == 0 && status.st_nlink != 0;
   return there ? std::optional(status) : std::nullopt;
@@ -65,7 +65,7 @@ void OutputFolders::RequireAll() const {
 }
 
 void OutputFolders::RequireThere(const std::string& folder, const Known& known) {
-  const std::optional<struct stat> status = Look(folder);
+  const std::optional<struct stat> status = StatusOf(folder);
   if (!status || status->st_dev != known.device || status->st_ino != known.inode) {
     throw FatalFailure(
         "the folder {} was removed or replaced meanwhile, and the frames in it went along; the "
@@ -77,7 +77,7 @@ void OutputFolders::RequireThere(const std::string& folder, const Known& known) 
 void OutputFolders::MakeAndRemember(const std::string& folder) {
   std::error_code error;
   fs::create_directories(folder, error);
-  const std::optional<struct stat> status = Look(folder);
+  const std::optional<struct stat> status = StatusOf(folder);
   if (error || !status) {
     throw Failure("cannot make the folder {}: {}", folder,
                   error ? error.message() : "it was removed meanwhile");

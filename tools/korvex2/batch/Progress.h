@@ -1,6 +1,6 @@
 #pragma once
 
-/// How far a run of many frames has come, told on stderr.
+/// How far a run of many frames has come, printed on stderr.
 
 #include <chrono>
 #include <cstdint>

@@ -17,6 +17,7 @@
 #include "commands/Commands.h"
 #include "io/Raster.h"
 #include "processing/Converted.h"
+#include "processing/InstructionSetChoice.h"
 #include "routes/Routines.h"
 #include "terminal/Failure.h"
 #include "terminal/Names.h"

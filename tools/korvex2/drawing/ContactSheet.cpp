@@ -11,6 +11,7 @@
 #include "drawing/Lettering.h"
 #include "io/Raster.h"
 #include "processing/Converted.h"
+#include "terminal/Failure.h"
 
 namespace Korvex2::Tool {
 namespace {

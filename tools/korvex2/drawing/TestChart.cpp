@@ -10,6 +10,7 @@
 #include "drawing/Canvas.h"
 #include "drawing/Lettering.h"
 #include "io/Raster.h"
+#include "terminal/Failure.h"
 
 namespace Korvex2::Tool {
 namespace {

@@ -196,17 +196,17 @@ void Store(double value, unsigned size, unsigned char* destination) {
   *destination = static_cast<unsigned char>(level);
 }
 
-Raster Adjusted(const Raster& raster, const Look& look, unsigned bytesPerSample) {
+Raster Adjusted(const Raster& raster, const Grade& grade, unsigned bytesPerSample) {
   const Samples samples{raster};
   std::vector<Histogram> histograms;
   for (unsigned channel = 0; channel < samples.Colours(); ++channel) {
     histograms.push_back(Count(samples, channel));
   }
-  const std::array<double, 3> gains = Gains(look.whiteBalance, histograms);
-  const Range range = look.stretch ? RangeOf(*look.stretch, histograms, gains) : Range{};
+  const std::array<double, 3> gains = Gains(grade.whiteBalance, histograms);
+  const Range range = grade.stretch ? RangeOf(*grade.stretch, histograms, gains) : Range{};
   std::vector<std::vector<double>> tables;
   for (unsigned channel = 0; channel < samples.Colours(); ++channel) {
-    tables.push_back(Table(samples.Levels(), gains[channel], range, look.gamma.value_or(1)));
+    tables.push_back(Table(samples.Levels(), gains[channel], range, grade.gamma.value_or(1)));
   }
   if (raster.channels == 4) {
     tables.push_back(Table(samples.Levels(), 1, {}, 1));
@@ -264,21 +264,21 @@ std::optional<Stretch> ParseStretch(const std::string& text) {
   return Stretch{(*numbers)[0], (*numbers)[1]};
 }
 
-void RequireAdjustable(const Look& look, PixelFormat target) {
+void RequireAdjustable(const Grade& grade, PixelFormat target) {
   const unsigned channels = IsRaw(target) ? 0 : RasterChannels(target);
-  if (look.Adjusts() && channels == 0) {
+  if (grade.Adjusts() && channels == 0) {
     throw UsageFailure(
         "--white-balance, --stretch and --gamma are for grey and colour of 8 and 16 bits, not {}; "
         "convert --to rgb8",
         NameOf(target));
   }
-  if (look.whiteBalance && channels == 1) {
+  if (grade.whiteBalance && channels == 1) {
     throw UsageFailure("--white-balance is for colour, not {}; convert --to rgb8", NameOf(target));
   }
 }
 
-PixelFormat FormatBeforeLook(const Look& look, PixelFormat source, PixelFormat target) {
-  if (!look.Adjusts() || !IsDeep(source) || IsDeep(target)) {
+PixelFormat FormatBeforeGrading(const Grade& grade, PixelFormat source, PixelFormat target) {
+  if (!grade.Adjusts() || !IsDeep(source) || IsDeep(target)) {
     return target;
   }
   const unsigned channels = RasterChannels(target);
@@ -287,14 +287,14 @@ PixelFormat FormatBeforeLook(const Look& look, PixelFormat source, PixelFormat t
                          : PIXEL_FORMAT_BGRU16;
 }
 
-Image WithLook(Image image, const Look& look, PixelFormat target) {
-  if (look.crop) {
-    image = Cropped(image, *look.crop);
+Image Graded(Image image, const Grade& grade, PixelFormat target) {
+  if (grade.crop) {
+    image = Cropped(image, *grade.crop);
   }
-  if (!look.Adjusts()) {
+  if (!grade.Adjusts()) {
     return image;
   }
-  return ToImage(Adjusted(ToRaster(image), look, IsDeep(target) ? 2 : 1), FindPixelFormat(target),
+  return ToImage(Adjusted(ToRaster(image), grade, IsDeep(target) ? 2 : 1), FindPixelFormat(target),
                  NONE, "the frame");
 }
 

@@ -30,7 +30,7 @@ struct Stretch {
 
 /// Applied in this order. Samples are numbers from 0 to 1 on the way and rounded once, at the end;
 /// alpha stays.
-struct Look {
+struct Grade {
   std::optional<Area> crop;
   std::optional<WhiteBalance> whiteBalance;
   std::optional<Stretch> stretch;  ///< the same for all colours
@@ -45,13 +45,13 @@ std::optional<WhiteBalance> ParseWhiteBalance(const std::string& text);
 std::optional<Stretch> ParseStretch(const std::string& text);
 
 /// A UsageFailure where frames of the format cannot be adjusted.
-void RequireAdjustable(const Look& look, PixelFormat target);
+void RequireAdjustable(const Grade& grade, PixelFormat target);
 
-/// The format to convert to before the look is applied: the target, or its sibling of 16 bits where
+/// The format to convert to before it is graded: the target, or its sibling of 16 bits where
 /// the source has more than 8, since a dark frame has too few values in 8.
-PixelFormat FormatBeforeLook(const Look& look, PixelFormat source, PixelFormat target);
+PixelFormat FormatBeforeGrading(const Grade& grade, PixelFormat source, PixelFormat target);
 
-/// An image of that format as it should look, in the target format.
-Image WithLook(Image image, const Look& look, PixelFormat target);
+/// An image of that format, graded, in the target format.
+Image Graded(Image image, const Grade& grade, PixelFormat target);
 
 }  // namespace Korvex2::Tool

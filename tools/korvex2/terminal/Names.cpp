@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "BayerNames.h"
-#include "InstructionSets.h"
 #include "terminal/Failure.h"
 
 namespace Korvex2::Tool {
@@ -103,11 +102,6 @@ BayerTileFormat ParseTile(std::string_view name) {
   throw UsageFailure("--tile '{}' is unknown; it is one of {}", name, TileNames());
 }
 
-std::string_view NameOf(BayerTileFormat tile) {
-  const auto row = std::ranges::find(BayerTiles(), tile, &BayerTileInfo::tile);
-  return row == BayerTiles().end() ? "unknown" : row->name;
-}
-
 ColorProcessingAlgorithm ParseMethod(std::string_view name) {
   if (const auto method = FindColorProcessing(name)) {
     return *method;
@@ -121,39 +115,6 @@ std::string TileNames() {
 
 std::string MethodNames() {
   return Join(ColorProcessings());
-}
-
-void ChooseInstructionSet(std::string_view name) {
-  if (name.empty()) {
-    return;
-  }
-  for (const std::string_view available : InstructionSets()) {
-    if (Lower(available) == Lower(name)) {
-      (void)SetInstructionSet(available);
-      return;
-    }
-  }
-  throw UsageFailure("--cpu '{}' is no instruction set of this machine; it is one of {}", name,
-                     InstructionSetNames());
-}
-
-std::string InstructionSetNames() {
-  std::string names;
-  for (const std::string_view name : InstructionSets()) {
-    names += names.empty() ? "" : ", ";
-    names += name;
-  }
-  return names;
-}
-
-std::string_view NameOf(PixelFormat format) {
-  const PixelFormatInfo* info = FindPixelFormat(format);
-  return info == nullptr ? "unknown" : info->name;
-}
-
-bool IsRaw(PixelFormat format) {
-  return format == PIXEL_FORMAT_RAW8 || format == PIXEL_FORMAT_RAW12 ||
-         format == PIXEL_FORMAT_RAW16;
 }
 
 }  // namespace Korvex2::Tool

@@ -17,7 +17,7 @@ def percentile(values, percent):
     return ordered[max(1, math.ceil(ordered.size * percent / 100)) - 1]
 
 
-def looked(samples, gains=None, stretch=None, gamma=1, maximum=None):
+def graded(samples, gains=None, stretch=None, gamma=1, maximum=None):
     """`gains` may be "grey"."""
     top = np.iinfo(samples.dtype).max
     colours = samples[..., :3].astype(float) if samples.ndim == 3 else samples[..., None].astype(float)
@@ -52,22 +52,22 @@ def assert_near(samples, expected):
 
 
 @pytest.mark.parametrize("channels, depth", NAMES)
-@pytest.mark.parametrize("options, look", [
+@pytest.mark.parametrize("options, grade", [
     (["--gamma", 2.2], {"gamma": 2.2}), (["--stretch", "0,100"], {"stretch": (0, 100)}),
     (["--stretch", "5,90"], {"stretch": (5, 90)}), (["--white-balance", "grey"], {"gains": "grey"}),
     (["--white-balance", "2,1.5,6"], {"gains": (2, 1.5, 6)}),
     (["--gamma", 1.8, "--stretch", "1,99", "--white-balance", "1.5,1,2.5"],
      {"gamma": 1.8, "stretch": (1, 99), "gains": (1.5, 1, 2.5)})])
-def test_adjustments(tool, rng, channels, depth, options, look):
+def test_adjustments(tool, rng, channels, depth, options, grade):
     samples = dark(rng, channels, depth)
     (tool.folder / "in.png").write_bytes(png_bytes(samples))
     arguments = ["convert", "in.png", "out.png", "--to", NAMES[channels, depth], *options]
-    if channels == 1 and "gains" in look:
+    if channels == 1 and "gains" in grade:
         assert "rgb8" in tool.fails(2, *arguments)
         return
     tool.succeeds(*arguments)
     result = read_png(tool.folder / "out.png")
-    assert_near(result, looked(samples, **look))
+    assert_near(result, graded(samples, **grade))
     assert not np.array_equal(result, samples)
 
 
@@ -83,7 +83,7 @@ def test_deep_sources_keep_their_values_until_the_end(tool, rng, target):
     samples = rng.integers(0, 600, (HEIGHT, WIDTH), dtype=np.uint16)  # three values in 8 bits
     (tool.folder / "in.png").write_bytes(png_bytes(samples))
     tool.succeeds("convert", "in.png", "out.png", "--to", target, "--stretch", "0,100")
-    expected = looked(samples, stretch=(0, 100), maximum=255)
+    expected = graded(samples, stretch=(0, 100), maximum=255)
     assert len(np.unique(expected)) > 50
     result = read_png(tool.folder / "out.png")
     for channel in np.atleast_3d(result)[..., :3].transpose(2, 0, 1):
@@ -106,7 +106,7 @@ def test_crop(tool, rng, x, y, width, height):
     assert np.array_equal(read_png(tool.folder / "out.png"), part)
     tool.succeeds("convert", "in.png", "out.png", "--to", "rgb8", "--crop", f"{x},{y},{width},{height}",
                   "--stretch", "0,100")  # of the part
-    assert_near(read_png(tool.folder / "out.png"), looked(part, stretch=(0, 100)))
+    assert_near(read_png(tool.folder / "out.png"), graded(part, stretch=(0, 100)))
 
 
 @pytest.mark.parametrize("name, group, size", [("mono12", 2, 3), ("yuv422", 2, 4), ("yuv411", 4, 6), ("raw12", 2, 3)])
@@ -135,7 +135,7 @@ def test_many_frames(tool, rng):
     tool.succeeds("convert", "in.raw", "{index}.pgm", "--from", "mono8", "--width", WIDTH, "--height", HEIGHT,
                   "--frames", "all", "--to", "mono8", "--stretch", "0,100", "--crop", "0,0,8,8")
     for i, frame in enumerate(frames):
-        assert_near(read_pnm(tool.folder / f"{i}.pgm"), looked(frame[:8, :8], stretch=(0, 100)))
+        assert_near(read_pnm(tool.folder / f"{i}.pgm"), graded(frame[:8, :8], stretch=(0, 100)))
 
 
 @pytest.mark.parametrize("options, code, hint", [

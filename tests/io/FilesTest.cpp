@@ -4,7 +4,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -18,45 +17,16 @@
 #include <thread>
 #include <vector>
 
-#include "batch/OutputFolders.h"
+#include "io/Failure.h"
 #include "io/Temporary.h"
-#include "terminal/Failure.h"
+#include "support/TemporaryFolder.h"
 
-namespace Korvex2::Tool {
+namespace Korvex2::Io {
 namespace {
 
 namespace fs = std::filesystem;
 
-class Files : public testing::Test {
- protected:
-  void SetUp() override {
-    std::string name = (fs::temp_directory_path() / "korvex2-files-XXXXXX").string();
-    ASSERT_NE(mkdtemp(name.data()), nullptr);
-    m_folder = name;
-  }
-  void TearDown() override { fs::remove_all(m_folder); }
-
-  std::string Path(const std::string& name) const { return (m_folder / name).string(); }
-
-  std::string Write(const std::string& name, std::string_view text) const {
-    std::ofstream(Path(name), std::ios::binary) << text;
-    return Path(name);
-  }
-  std::string Read(const std::string& name) const {
-    std::ifstream file(Path(name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
-  std::set<std::string> Names() const {
-    std::set<std::string> names;
-    for (const auto& entry : fs::directory_iterator(m_folder)) {
-      names.insert(entry.path().filename().string());
-    }
-    return names;
-  }
-
- private:
-  fs::path m_folder;
-};
+class Files : public TemporaryFolder {};
 
 std::string MessageOf(const InputFile& file) {
   try {
@@ -111,51 +81,6 @@ TEST_F(Files, ThatAreRemovedBeforeTheyAreCompleteAreAFailure) {
   fs::remove(Path(*Names().begin()));
   EXPECT_THROW(file.Commit(), FatalFailure);
   EXPECT_TRUE(Names().empty());
-}
-
-TEST_F(Files, GetTheirFolderOnceAndNeverAgain) {
-  OutputFolders folders;
-  const std::string file = Path("a/b/out.raw");
-  for (int i = 0; i < 2; ++i) {
-    folders.Prepare(file);
-    folders.RequireAll();
-    EXPECT_TRUE(fs::is_directory(Path("a/b")));
-  }
-  fs::remove(Path("a/b"));
-  EXPECT_THROW(folders.Prepare(file), FatalFailure);
-  EXPECT_THROW(folders.RequireAll(), FatalFailure);
-  EXPECT_FALSE(fs::exists(Path("a/b")));
-}
-
-// File systems like to give the number of what was removed to what is made next.
-TEST_F(Files, TellTheirFolderFromAnotherOfItsName) {
-  OutputFolders folders;
-  const std::string file = Path("a/out.raw");
-  folders.Prepare(file);
-  for (int i = 0; i < 20; ++i) {
-    fs::remove(Path("a"));
-    fs::create_directory(Path("a"));
-    EXPECT_THROW(folders.Prepare(file), FatalFailure);
-  }
-}
-
-TEST_F(Files, CanHaveMoreFoldersThanAProcessMayOpenFiles) {
-  rlimit before;
-  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
-  const rlimit few = {300, before.rlim_max};
-  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
-  {
-    OutputFolders folders;
-    for (int i = 0; i < 310; ++i) {
-      const std::string file = Path(std::to_string(i) + "/out.raw");
-      folders.Prepare(file);
-      OutputFile(file).Commit();
-    }
-    folders.RequireAll();
-    fs::remove_all(Path("309"));
-    EXPECT_THROW(folders.RequireAll(), FatalFailure);
-  }
-  setrlimit(RLIMIT_NOFILE, &before);
 }
 
 TEST_F(Files, KeepThePermissionsOfWhatTheyReplace) {
@@ -258,4 +183,4 @@ TEST_F(Files, AreGoneWhenThePipeThatTakesTheMessagesIsBroken) {
 }
 
 }  // namespace
-}  // namespace Korvex2::Tool
+}  // namespace Korvex2::Io
