@@ -12,6 +12,7 @@
 #include "BayerNames.h"
 #include "batch/Batch.h"
 #include "batch/FrameList.h"
+#include "batch/OutputPattern.h"
 #include "commands/Commands.h"
 #include "io/Containers.h"
 #include "io/Headerless.h"
