@@ -11,12 +11,12 @@
 #include <map>
 
 #include "CommandLine.h"
-#include "Failure.h"
 #include "Folder.h"
 #include "Fuzz.h"
 #include "LimitedMemory.h"
 #include "PixelFormats.h"
 #include "io/Containers.h"
+#include "terminal/Failure.h"
 
 namespace Korvex2::Fuzz {
 namespace {

@@ -18,7 +18,7 @@
 namespace Korvex2::Fuzz {
 namespace {
 
-using namespace Tool;
+using namespace Io;
 
 struct Size {
   std::uint32_t width;

@@ -9,7 +9,8 @@ from conan.tools.build import check_min_cppstd
 from conan.tools.cmake import CMake, CMakeDeps, CMakeToolchain, cmake_layout
 from conan.tools.files import copy, load, rmdir
 
-SOURCES = ("CMakeLists.txt", "LICENSE", "bayer/*", "cmake/*", "include/*", "python/*", "sdk/*", "src/*", "tools/*")
+SOURCES = ("CMakeLists.txt", "LICENSE", "bayer/*", "cmake/*", "include/*", "io/*", "python/*", "sdk/*", "src/*",
+           "tools/*")
 
 
 class Korvex2Recipe(ConanFile):

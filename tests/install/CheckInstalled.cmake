@@ -1,5 +1,6 @@
 # Installs the build into a prefix of its own, moves the prefix, and builds and runs the consumer
-# against it: with find_package, then with pkg-config. The Python package finds the library beside it.
+# against it: with find_package, then with pkg-config. The Python package finds the library beside it, the tool that and
+# the private one, of which nothing else is installed.
 
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
@@ -28,6 +29,15 @@ run(${WORK_DIR}/cmake/consumer)
 if(PYTHON)
   run(${CMAKE_COMMAND} -E env PYTHONPATH=${prefix}/${PYTHON_DIR} ${PYTHON} -B -c
     "import korvex2; assert korvex2.convert(bytearray(4), 'rgb8', 'mono8', shape=(2, 2)).shape == (2, 2, 3)")
+endif()
+
+if(TOOL)
+  run(${prefix}/${TOOL} chart ${WORK_DIR}/chart.png --to rgb8)
+  file(GLOB_RECURSE private RELATIVE ${prefix} ${prefix}/*korvex2-io* ${prefix}/*Containers.h)
+  list(FILTER private EXCLUDE REGEX "^${LIBDIR}/korvex2/libkorvex2-io\\.so\\.[0-9.]+$")
+  if(private)
+    message(FATAL_ERROR "What is private to the tool is installed where others find it: ${private}")
+  endif()
 endif()
 
 find_program(PKG_CONFIG NAMES pkg-config pkgconf)

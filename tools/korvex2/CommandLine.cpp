@@ -5,10 +5,10 @@
 #include <new>
 #include <string>
 
-#include "Failure.h"
 #include "Korvex2Version.h"
-#include "Report.h"
 #include "commands/Commands.h"
+#include "terminal/Failure.h"
+#include "terminal/Report.h"
 
 namespace Korvex2::Tool {
 namespace {

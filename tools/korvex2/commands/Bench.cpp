@@ -10,17 +10,18 @@
 #include <system_error>
 #include <vector>
 
-#include "Conversion.h"
-#include "Failure.h"
 #include "ImageConverterARMStub.h"
 #include "InstructionSets.h"
-#include "Names.h"
 #include "PixelFormats.h"
-#include "Table.h"
-#include "Timing.h"
+#include "analysis/Timing.h"
 #include "commands/Commands.h"
 #include "io/Raster.h"
+#include "processing/Converted.h"
+#include "processing/InstructionSetChoice.h"
 #include "routes/Routines.h"
+#include "terminal/Failure.h"
+#include "terminal/Names.h"
+#include "terminal/Table.h"
 
 namespace Korvex2::Tool {
 namespace {

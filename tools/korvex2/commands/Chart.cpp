@@ -1,16 +1,16 @@
 // korvex2 chart: draws the test chart.
 
-#include "Chart.h"
+#include "drawing/TestChart.h"
 
 #include <memory>
 #include <string>
 
-#include "Conversion.h"
-#include "Failure.h"
-#include "Mosaic.h"
-#include "Names.h"
 #include "commands/Commands.h"
 #include "io/Containers.h"
+#include "processing/Converted.h"
+#include "processing/MosaicSampling.h"
+#include "terminal/Failure.h"
+#include "terminal/Names.h"
 
 namespace Korvex2::Tool {
 namespace {

@@ -10,7 +10,7 @@
 #include <string>
 #include <utility>
 
-#include "Report.h"
+#include "terminal/Report.h"
 
 namespace Korvex2::Tool {
 

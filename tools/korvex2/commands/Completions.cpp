@@ -5,9 +5,9 @@
 #include <memory>
 #include <string>
 
-#include "Failure.h"
 #include "commands/Commands.h"
 #include "commands/Definitions.h"
+#include "terminal/Failure.h"
 
 namespace Korvex2::Tool {
 namespace {

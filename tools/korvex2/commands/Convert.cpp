@@ -9,17 +9,19 @@
 #include <optional>
 #include <string>
 
-#include "Batch.h"
 #include "BayerNames.h"
-#include "Conversion.h"
-#include "Failure.h"
-#include "FrameList.h"
-#include "Look.h"
-#include "Names.h"
+#include "batch/Batch.h"
+#include "batch/FrameList.h"
+#include "batch/OutputPattern.h"
 #include "commands/Commands.h"
 #include "io/Containers.h"
-#include "io/Dump.h"
-#include "io/Y4m.h"
+#include "io/Headerless.h"
+#include "processing/Converted.h"
+#include "processing/Grading.h"
+#include "processing/InstructionSetChoice.h"
+#include "terminal/Failure.h"
+#include "terminal/Names.h"
+#include "terminal/Values.h"
 
 namespace Korvex2::Tool {
 namespace {
@@ -164,7 +166,7 @@ InputShape ShapeOf(const Options& options) {
   return shape;
 }
 
-Look LookOf(const Options& options) {
+Grade GradeOf(const Options& options) {
   return {ParseCrop(options.crop), ParseWhiteBalance(options.whiteBalance),
           ParseStretch(options.stretch), options.gamma};
 }
@@ -187,9 +189,9 @@ class Conversion {
         target(ParseFormat("--to", options.to).format),
         shape(ShapeOf(options)),
         method(options.method.empty() ? DEFAULT : ParseMethod(options.method)),
-        look(LookOf(options)),
+        grade(GradeOf(options)),
         write(WriteOptionsOf(options)) {
-    RequireAdjustable(look, target);
+    RequireAdjustable(grade, target);
   }
 
   Image Read(const InputFile& file, const Container& container) const {
@@ -198,13 +200,13 @@ class Conversion {
     return source;
   }
   Image Convert(Image source) const {
-    const PixelFormat format = FormatBeforeLook(look, source.GetPixelFormat(), target);
-    return WithLook(Converted(std::move(source), format, method), look, target);
+    const PixelFormat format = FormatBeforeGrading(grade, source.GetPixelFormat(), target);
+    return Graded(Converted(std::move(source), format, method), grade, target);
   }
   FrameSize SizeOfResult(const std::function<const InputFile&()>& file,
                          const Container& container) const {
-    if (look.crop) {
-      return {look.crop->width, look.crop->height};
+    if (grade.crop) {
+      return {grade.crop->width, grade.crop->height};
     }
     if (IsHeaderless(container) && shape.width && shape.height) {
       return {*shape.width, *shape.height};
@@ -220,7 +222,7 @@ class Conversion {
   const PixelFormat target;
   const InputShape shape;
   const ColorProcessingAlgorithm method;
-  const Look look;
+  const Grade grade;
   const WriteOptions write;
 };
 
@@ -271,7 +273,7 @@ FrameLayout LayoutOf(const Options& options, const InputShape& shape, bool hasHe
   }
   RequireFrame(*shape.format, *shape.width, *shape.height);
   const std::uint64_t pixels = std::uint64_t{*shape.width} * *shape.height;
-  layout.pixelBytes = DumpSize(*shape.format, pixels);
+  layout.pixelBytes = GroupedSize(*shape.format, pixels);
   layout.frameBytes = options.frameBytes.value_or(layout.pixelBytes);
   if (layout.frameBytes < layout.pixelBytes) {
     throw UsageFailure("--frame-bytes {} is too short: {} x {} pixels of {} have {}",
@@ -343,7 +345,7 @@ void Run(const Options& options, const Globals& globals) {
   options.IsBatch() ? RunMany(options, globals) : RunOne(options, globals);
 }
 
-void AddLookOptions(CLI::App& command, Options& options) {
+void AddGradeOptions(CLI::App& command, Options& options) {
   command
       .add_option(
           "--black-level", options.blackLevel,
@@ -422,7 +424,7 @@ void AddConvertCommand(CLI::App& app, const Globals& globals) {
           "How to make colour of a raw input: " + MethodNames() + "; none shows the mosaic as grey")
       ->check(NotEmpty);
   AddCpuOption(*command, options->cpu);
-  AddLookOptions(*command, *options);
+  AddGradeOptions(*command, *options);
   AddBatchOptions(*command, *options);
   command->footer(ContainerHelp() + kNotes);
   command->callback([options, &globals] { Run(*options, globals); });

@@ -8,20 +8,20 @@
 #include <string>
 #include <vector>
 
-#include "Conversion.h"
-#include "Engine.h"
-#include "Failure.h"
-#include "Mosaic.h"
-#include "Names.h"
 #include "PixelFormats.h"
-#include "Quality.h"
-#include "Report.h"
-#include "Sheet.h"
-#include "Table.h"
-#include "Timing.h"
+#include "analysis/Quality.h"
+#include "analysis/Timing.h"
 #include "commands/Commands.h"
+#include "drawing/ContactSheet.h"
 #include "io/Containers.h"
 #include "io/Raster.h"
+#include "processing/Converted.h"
+#include "processing/Engine.h"
+#include "processing/MosaicSampling.h"
+#include "terminal/Failure.h"
+#include "terminal/Names.h"
+#include "terminal/Report.h"
+#include "terminal/Table.h"
 
 namespace Korvex2::Tool {
 namespace {

@@ -8,13 +8,13 @@
 #include <string>
 
 #include "BayerNames.h"
-#include "Difference.h"
-#include "Failure.h"
-#include "Names.h"
-#include "Quality.h"
-#include "Table.h"
+#include "analysis/Difference.h"
+#include "analysis/Quality.h"
 #include "commands/Commands.h"
 #include "io/Containers.h"
+#include "terminal/Failure.h"
+#include "terminal/Names.h"
+#include "terminal/Table.h"
 
 namespace Korvex2::Tool {
 namespace {

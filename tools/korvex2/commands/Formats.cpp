@@ -2,10 +2,10 @@
 
 #include <memory>
 
-#include "Names.h"
 #include "PixelFormats.h"
-#include "Table.h"
 #include "commands/Commands.h"
+#include "terminal/Names.h"
+#include "terminal/Table.h"
 
 namespace Korvex2::Tool {
 namespace {

@@ -1,20 +1,20 @@
 // korvex2 guess: what a headerless file may be.
 
-#include "Guess.h"
+#include "analysis/Candidates.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <string>
 
-#include "Conversion.h"
-#include "Failure.h"
-#include "Names.h"
-#include "Sheet.h"
-#include "Table.h"
 #include "commands/Commands.h"
+#include "drawing/ContactSheet.h"
 #include "io/Containers.h"
 #include "io/Raster.h"
+#include "processing/Converted.h"
+#include "terminal/Failure.h"
+#include "terminal/Names.h"
+#include "terminal/Table.h"
 
 namespace Korvex2::Tool {
 namespace {
@@ -33,7 +33,7 @@ struct Options {
 
 // --- The sheet -----------------------------------------------------------------------------------
 
-Image FrameOf(const Reading& reading, const Bytes& file) {
+Image FrameOf(const Candidate& reading, const Bytes& file) {
   Image frame = NewImage(reading.width, reading.height, *reading.format, reading.tile);
   const std::size_t size = std::min<std::size_t>(file.size, frame.GetDataSize());
   std::copy_n(file.data.get(), size, frame.GetData());
@@ -41,7 +41,7 @@ Image FrameOf(const Reading& reading, const Bytes& file) {
 }
 
 // In colour where that can be made: mosaics with an odd side are shown as grey.
-Image PictureOf(const Reading& reading, const Bytes& file) {
+Image PictureOf(const Candidate& reading, const Bytes& file) {
   const bool isOdd = reading.width % 2 != 0 || reading.height % 2 != 0;
   const bool deep = reading.format->format == PIXEL_FORMAT_MONO12 ||
                     reading.format->format == PIXEL_FORMAT_MONO16 ||
@@ -52,16 +52,16 @@ Image PictureOf(const Reading& reading, const Bytes& file) {
                    isOdd ? NO_COLOR_PROCESSING : HQ_LINEAR);
 }
 
-std::string LabelOf(const Reading& reading) {
+std::string LabelOf(const Candidate& reading) {
   return reading.tile == NONE ? std::string(reading.format->name)
                               : fmt::format("{} {}", reading.format->name, NameOf(reading.tile));
 }
 
-void WriteSheet(const Options& options, const Bytes& file, std::span<const Reading> readings) {
+void WriteSheet(const Options& options, const Bytes& file, std::span<const Candidate> readings) {
   std::vector<Image> pictures;
   std::vector<Exhibit> exhibits;
   pictures.reserve(readings.size());
-  for (const Reading& reading : readings) {
+  for (const Candidate& reading : readings) {
     pictures.push_back(PictureOf(reading, file));
     exhibits.push_back(
         {&pictures.back(),
@@ -76,9 +76,9 @@ void WriteSheet(const Options& options, const Bytes& file, std::span<const Readi
 
 // --- The table -----------------------------------------------------------------------------------
 
-void PrintText(std::span<const Reading> readings) {
+void PrintText(std::span<const Candidate> readings) {
   Table table = {{"", "width", "height", "format", "tile", "bits/byte", ""}};
-  for (const Reading& reading : readings) {
+  for (const Candidate& reading : readings) {
     table.push_back({std::to_string(table.size()), std::to_string(reading.width),
                      std::to_string(reading.height), std::string(reading.format->name),
                      reading.tile == NONE ? "" : std::string(NameOf(reading.tile)),
@@ -88,11 +88,11 @@ void PrintText(std::span<const Reading> readings) {
   Print(table);
 }
 
-void PrintJson(const Options& options, const Bytes& file, std::span<const Reading> readings) {
+void PrintJson(const Options& options, const Bytes& file, std::span<const Candidate> readings) {
   fmt::print("{{\n  \"input\": {}, \"bytes\": {},\n  \"readings\": [", Json(options.input),
              file.size);
   const char* separator = "\n";
-  for (const Reading& reading : readings) {
+  for (const Candidate& reading : readings) {
     fmt::print(
         "{}    {{\"width\": {}, \"height\": {}, \"format\": {}, \"tile\": {}, \"bitsPerByte\": "
         "{:.6f}, \"commonSize\": {}}}",
@@ -120,11 +120,11 @@ void Run(const Options& options, const Globals& globals) {
   }
   const InputFile input(options.input);
   const Bytes& file = input.Read();
-  const std::vector<Reading> all = Guess(file, known);
+  const std::vector<Candidate> all = FindCandidates(file, known);
   if (all.empty()) {
     FailForNothing(options, file.size);
   }
-  const std::span<const Reading> readings(all);
+  const std::span<const Candidate> readings(all);
   if (!options.sheet.empty()) {
     WriteSheet(options, file, readings.first(std::min(kOnSheet, all.size())));
   }

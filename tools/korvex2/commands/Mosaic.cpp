@@ -1,14 +1,14 @@
 // korvex2 mosaic: what a sensor behind a colour filter array sees of a picture.
 
-#include "Mosaic.h"
+#include "processing/MosaicSampling.h"
 
 #include <memory>
 #include <string>
 
-#include "Failure.h"
-#include "Names.h"
 #include "commands/Commands.h"
 #include "io/Containers.h"
+#include "terminal/Failure.h"
+#include "terminal/Names.h"
 
 namespace Korvex2::Tool {
 namespace {

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "Failure.h"
-#include "Names.h"
-#include "Table.h"
 #include "commands/Commands.h"
+#include "terminal/Failure.h"
+#include "terminal/Names.h"
+#include "terminal/Table.h"
 
 namespace Korvex2::Tool {
 namespace {
