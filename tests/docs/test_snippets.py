@@ -78,7 +78,8 @@ def compile_and_run(source, name, folder, environment, prefix):
     (folder / f"{name}.cpp").write_text(source)
     library = next(path.parent for path in prefix.rglob("libkorvex2.so"))
     subprocess.run([os.environ["CXX"], "-std=c++20", "-Wall", "-Wextra", "-Werror", f"{name}.cpp", "-o", name,
-                    f"-I{prefix}/include/korvex2", f"-L{library}", f"-Wl,-rpath,{library}", "-lkorvex2", "-pthread"],
+                    f"-I{prefix}/include/korvex2", f"-I{prefix}/include", f"-L{library}", f"-Wl,-rpath,{library}",
+                    "-lkorvex2", "-lvorbayer", "-pthread"],
                    cwd=folder, check=True)
     result = subprocess.run([folder / name], cwd=folder, env=environment, capture_output=True, text=True, timeout=120)
     assert result.returncode == 0, f"{name}: {result.stdout}{result.stderr}"
