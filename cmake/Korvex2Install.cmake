@@ -16,11 +16,10 @@ set(KORVEX2_CMAKE_DIR   ${CMAKE_INSTALL_LIBDIR}/cmake/Korvex2)
 install(TARGETS Korvex2 EXPORT Korvex2Targets
   LIBRARY COMPONENT library NAMELINK_COMPONENT development
   ARCHIVE COMPONENT development)
-install(DIRECTORY include/ DESTINATION ${KORVEX2_INCLUDE_DIR} COMPONENT development)
-install(FILES src/CheckConversion.h src/ImageConverterARMStub.h src/InstructionSets.h src/Singleton.h
+install(DIRECTORY include/ DESTINATION ${KORVEX2_INCLUDE_DIR} COMPONENT development PATTERN *.in EXCLUDE)
+list(TRANSFORM KORVEX2_HEADERS_OF_SRC PREPEND src/ OUTPUT_VARIABLE headers)
+install(FILES ${headers} ${KORVEX2_BUILT_HEADERS}/Korvex2Version.h
   DESTINATION ${KORVEX2_INCLUDE_DIR} COMPONENT development)
-install(FILES src/routes/Routines.h src/routes/Routines.def
-  DESTINATION ${KORVEX2_INCLUDE_DIR}/routes COMPONENT development)
 
 install(EXPORT Korvex2Targets NAMESPACE Korvex2:: DESTINATION ${KORVEX2_CMAKE_DIR} COMPONENT development)
 configure_package_config_file(cmake/Korvex2Config.cmake.in Korvex2Config.cmake

@@ -51,7 +51,7 @@ class Korvex2Recipe(ConanFile):
         cmake_layout(self)
 
     def requirements(self):
-        self.requires("boost/[>=1.74 <2]", transitive_headers=True, transitive_libs=True)  # Singleton.h has its mutex
+        self.requires("boost/[>=1.74 <2]", transitive_headers=True)  # for SingletonDefinitions.h; nothing of it is linked
         if self.options.simd:
             self.requires("highway/[>=1.0.3 <2]")
         if self.options.tools:
@@ -101,7 +101,7 @@ class Korvex2Recipe(ConanFile):
         self.cpp_info.includedirs = ["include/korvex2"]
         self.cpp_info.libs = ["korvex2"]
         self.cpp_info.system_libs = ["m", "pthread"]
-        self.cpp_info.requires = ["boost::thread"]
+        self.cpp_info.requires = ["boost::headers"]
         if self.options.simd:
             self.cpp_info.requires.append("highway::hwy")
         if self.options.tools:

@@ -39,6 +39,6 @@ set(ENV{PKG_CONFIG_PATH} ${prefix}/${LIBDIR}/pkgconfig)
 execute_process(COMMAND ${PKG_CONFIG} --cflags --libs korvex2
   OUTPUT_VARIABLE options OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 separate_arguments(options UNIX_COMMAND "${options}")
-run(${CXX} -std=c++20 ${flags} ${CONSUMER_DIR}/main.cpp -o ${WORK_DIR}/consumer ${options}
+run(${CXX} -std=c++17 ${flags} ${CONSUMER_DIR}/main.cpp -o ${WORK_DIR}/consumer ${options}
   -Wl,-rpath,${prefix}/${LIBDIR})
 run(${WORK_DIR}/consumer)

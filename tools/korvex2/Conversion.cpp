@@ -8,14 +8,14 @@
 #include "ImageConverterARMStub.h"
 #include "Names.h"
 #include "Report.h"
+#include "Routes.h"
 #include "io/Raster.h"
-#include "routes/Routines.h"
 
 namespace Korvex2::Tool {
 namespace {
 
 bool IsRefused(PixelFormat source, PixelFormat target) {
-  return source != target && FindRoute(source, target) == Routine::None;
+  return source != target && FindRoute(source, target) == nullptr;
 }
 
 std::string TargetsOf(PixelFormat source) {

@@ -16,11 +16,11 @@
 #include "InstructionSets.h"
 #include "Names.h"
 #include "PixelFormats.h"
+#include "Routes.h"
 #include "Table.h"
 #include "Timing.h"
 #include "commands/Commands.h"
 #include "io/Raster.h"
-#include "routes/Routines.h"
 
 namespace Korvex2::Tool {
 namespace {
@@ -97,10 +97,9 @@ std::vector<Pair> PairsOf(const Options& options) {
   std::vector<Pair> pairs;
   for (const PixelFormatInfo& source : PixelFormats()) {
     for (const PixelFormatInfo& target : PixelFormats()) {
-      const Routine routine = FindRoute(source.format, target.format);
       const bool wanted = (from == nullptr || from->format == source.format) &&
                           (to == nullptr || to->format == target.format);
-      if (wanted && routine != Routine::None && routine != Routine::SameFormat) {
+      if (wanted && FindRoute(source.format, target.format) != nullptr) {
         pairs.push_back({source.format, target.format});
       }
     }

@@ -12,7 +12,7 @@ bool IsFormat(const std::string& name) {
 }
 
 template <typename Row>
-std::vector<std::string> NamesOf(std::span<const Row> rows) {
+std::vector<std::string> NamesOf(ArrayView<Row> rows) {
   std::vector<std::string> names;
   for (const Row& row : rows) {
     names.emplace_back(row.name);
