@@ -19,9 +19,9 @@
 #include "InstructionSets.h"
 #include "Korvex2Version.h"
 #include "PixelFormats.h"
+#include "Routes.h"
 #include "TableReporter.h"
 #include "Utilities.h"
-#include "routes/Routines.h"
 
 namespace Korvex2::Bench {
 namespace {
@@ -111,8 +111,7 @@ std::vector<Pair> Pairs() {
   std::vector<Pair> pairs;
   for (const PixelFormatInfo& source : PixelFormats()) {
     for (const PixelFormatInfo& target : PixelFormats()) {
-      const Routine route = FindRoute(source.format, target.format);
-      if (route != Routine::None && route != Routine::SameFormat) {
+      if (FindRoute(source.format, target.format) != nullptr) {
         pairs.push_back({source.format, target.format});
       }
     }

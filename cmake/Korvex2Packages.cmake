@@ -87,7 +87,7 @@ ${about}This package contains the shared library.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libkorvex2-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS libboost-thread-dev)  # Singleton.h includes its mutex
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS libboost-dev)  # for SingletonDefinitions.h, which no other header includes
 set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS library engine_development)
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
 "exact and fast pixel-format conversion (development files)

@@ -77,7 +77,7 @@ def run_python(page, page_blocks, folder, environment):
 def compile_and_run(source, name, folder, environment, prefix):
     (folder / f"{name}.cpp").write_text(source)
     library = next(path.parent for path in prefix.rglob("libkorvex2.so"))
-    subprocess.run([os.environ["CXX"], "-std=c++20", "-Wall", "-Wextra", "-Werror", f"{name}.cpp", "-o", name,
+    subprocess.run([os.environ["CXX"], "-std=c++17", "-Wall", "-Wextra", "-Werror", f"{name}.cpp", "-o", name,
                     f"-I{prefix}/include/korvex2", f"-I{prefix}/include", f"-L{library}", f"-Wl,-rpath,{library}",
                     "-lkorvex2", "-lvorbayer", "-pthread"],
                    cwd=folder, check=True)

@@ -85,7 +85,7 @@ function(build_by_pkg_config program source module)
   run(${program})
 endfunction()
 
-build_by_pkg_config(${WORK_DIR}/consumer consumer/main.cpp korvex2 ${CXX} -std=c++20)
+build_by_pkg_config(${WORK_DIR}/consumer consumer/main.cpp korvex2 ${CXX} -std=c++17)
 if(NOT SANITIZE)
   build_by_pkg_config(${WORK_DIR}/c_consumer c_consumer/main.c vorbayer
     ${CC} -std=c99 -Wall -Wextra -Wpedantic -Werror)

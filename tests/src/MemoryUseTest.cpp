@@ -12,8 +12,8 @@
 
 #include "ImageConverterARMStub.h"
 #include "PixelFormats.h"
+#include "Routes.h"
 #include "reference/Formats.h"
-#include "routes/Routines.h"
 #include "support/Comparison.h"
 #include "support/HeapWatch.h"
 #include "support/PaintedStack.h"
@@ -85,22 +85,19 @@ const std::map<PixelFormat, std::map<PixelFormat, std::size_t>> kTemporaries = {
 // clang-format on
 
 /// Bytes of the temporary images that a route holds at once, made whole.
-std::size_t TemporariesOf(Routine routine, std::size_t pixels) {
-  if (routine == Routine::None || routine == Routine::SameFormat) return 0;
-  const RoutineInfo& info = GetRoutine(routine);
-  const std::size_t last =
-      info.lastStep == Routine::None ? 0 : TemporariesOf(info.lastStep, pixels);
-  if (info.kind != RoutineInfo::Kind::Chain) return last;
-  return PackedSize(*FindPixelFormat(info.temporary), pixels) +
-         std::max(TemporariesOf(info.firstStep, pixels), last);
+std::size_t TemporariesOf(const RoutineInfo* routine, std::size_t pixels) {
+  if (routine == nullptr) return 0;
+  const std::size_t last = TemporariesOf(routine->lastStep, pixels);
+  if (routine->kind != RoutineInfo::Kind::Chain) return last;
+  return PackedSize(*FindPixelFormat(routine->temporary), pixels) +
+         std::max(TemporariesOf(routine->firstStep, pixels), last);
 }
 
-std::size_t OutermostTemporaryOf(Routine routine, std::size_t pixels) {
-  if (routine == Routine::None || routine == Routine::SameFormat) return 0;
-  const RoutineInfo& info = GetRoutine(routine);
-  return info.kind == RoutineInfo::Kind::Chain
-             ? PackedSize(*FindPixelFormat(info.temporary), pixels)
-             : OutermostTemporaryOf(info.lastStep, pixels);
+std::size_t OutermostTemporaryOf(const RoutineInfo* routine, std::size_t pixels) {
+  if (routine == nullptr) return 0;
+  return routine->kind == RoutineInfo::Kind::Chain
+             ? PackedSize(*FindPixelFormat(routine->temporary), pixels)
+             : OutermostTemporaryOf(routine->lastStep, pixels);
 }
 
 // --- Conversions, measured.
@@ -112,7 +109,7 @@ struct Conversion {
   ColorProcessingAlgorithm method = NEAREST_NEIGHBOR;
   unsigned padding = 0;  // of the source's rows
 
-  bool IsRefused() const { return from != to && FindRoute(from, to) == Routine::None; }
+  bool IsRefused() const { return from != to && FindRoute(from, to) == nullptr; }
   bool Demosaics() const { return Reference::IsRaw(from) && !Reference::IsRaw(to) && !IsRefused(); }
 };
 
@@ -244,7 +241,7 @@ TEST(MemoryUse, MosaicsTakeTheirTemporaryImagesAndTheEnginesShare) {
 
 /// Between the outermost temporary image of the route and all of them together.
 void ExpectTheTemporaryImages(const Conversion& c, std::size_t peak, std::size_t share) {
-  const Routine routine = FindRoute(c.from, c.to);
+  const RoutineInfo* routine = FindRoute(c.from, c.to);
   const std::size_t outermost = OutermostTemporaryOf(routine, c.size.Pixels());
   const std::size_t all = TemporariesOf(routine, c.size.Pixels());
   EXPECT_GE(peak, outermost) << Describe(c);

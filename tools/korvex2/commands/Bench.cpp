@@ -13,13 +13,13 @@
 #include "ImageConverterARMStub.h"
 #include "InstructionSets.h"
 #include "PixelFormats.h"
+#include "Routes.h"
 #include "analysis/Timing.h"
 #include "commands/Commands.h"
 #include "commands/CommonOptions.h"
 #include "io/Raster.h"
 #include "processing/Converted.h"
 #include "processing/InstructionSetChoice.h"
-#include "routes/Routines.h"
 #include "terminal/Failure.h"
 #include "terminal/Names.h"
 #include "terminal/Table.h"
@@ -99,10 +99,9 @@ std::vector<Pair> PairsOf(const Options& options) {
   std::vector<Pair> pairs;
   for (const PixelFormatInfo& source : PixelFormats()) {
     for (const PixelFormatInfo& target : PixelFormats()) {
-      const Routine routine = FindRoute(source.format, target.format);
       const bool wanted = (from == nullptr || from->format == source.format) &&
                           (to == nullptr || to->format == target.format);
-      if (wanted && routine != Routine::None && routine != Routine::SameFormat) {
+      if (wanted && FindRoute(source.format, target.format) != nullptr) {
         pairs.push_back({source.format, target.format});
       }
     }

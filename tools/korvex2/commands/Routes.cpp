@@ -1,6 +1,6 @@
 // korvex2 routes: what the converter runs for each pair of formats, told from its own tables.
 
-#include "routes/Routines.h"
+#include "Routes.h"
 
 #include <memory>
 #include <string>
@@ -24,17 +24,11 @@ struct Options {
 struct Route {
   PixelFormat source;
   PixelFormat target;
-  Routine routine;
-  std::vector<RouteCall> calls;
-};
+  std::vector<RouteCall> calls;  // none where the pair is copied or refused
 
-Route RouteOf(PixelFormat source, PixelFormat target) {
-  Route route{source, target, FindRoute(source, target), ExpandRoute(source, target)};
-  if (source == target) {
-    route.routine = Routine::SameFormat;  // copied, whatever the format
-  }
-  return route;
-}
+  bool IsCopied() const { return source == target; }  // whatever the format
+  bool IsRefused() const { return !IsCopied() && calls.empty(); }
+};
 
 std::vector<Route> RoutesOf(const PixelFormatInfo* from, const PixelFormatInfo* to) {
   std::vector<Route> routes;
@@ -43,7 +37,7 @@ std::vector<Route> RoutesOf(const PixelFormatInfo* from, const PixelFormatInfo* 
       const bool wanted = (from == nullptr ? source.convertible : from == &source) &&
                           (to == nullptr ? target.convertible : to == &target);
       if (wanted) {
-        routes.push_back(RouteOf(source.format, target.format));
+        routes.push_back({source.format, target.format, ExpandRoute(source.format, target.format)});
       }
     }
   }
@@ -54,10 +48,10 @@ std::vector<Route> RoutesOf(const PixelFormatInfo* from, const PixelFormatInfo* 
 
 // How many passes over the pixels, d for a demosaicing one.
 std::string Symbol(const Route& route) {
-  if (route.routine == Routine::None) {
+  if (route.IsRefused()) {
     return ".";
   }
-  if (route.routine == Routine::SameFormat) {
+  if (route.IsCopied()) {
     return "=";
   }
   int passes = 0;
@@ -99,14 +93,10 @@ std::string PassNames(const Route& route) {
 }
 
 std::string RoutineName(const Route& route) {
-  switch (route.routine) {
-    case Routine::None:
-      return "refused";
-    case Routine::SameFormat:
-      return "copied";
-    default:
-      return std::string(route.calls.front().routine->name);
+  if (route.IsRefused()) {
+    return "refused";
   }
+  return route.IsCopied() ? "copied" : std::string(route.calls.front().routine->name);
 }
 
 void PrintList(const std::vector<Route>& routes) {
@@ -168,9 +158,7 @@ std::string JsonOf(const Route& route) {
     }
   }
   const std::string routine = route.calls.empty() ? "null" : Json(RoutineName(route));
-  const char* kind = route.routine == Routine::None         ? "refused"
-                     : route.routine == Routine::SameFormat ? "copied"
-                                                            : "converted";
+  const char* kind = route.IsRefused() ? "refused" : route.IsCopied() ? "copied" : "converted";
   return fmt::format(R"({{"from": {}, "to": {}, "is": "{}", "routine": {}, "kernels": [{}]}})",
                      Json(NameOf(route.source)), Json(NameOf(route.target)), kind, routine,
                      kernels);
