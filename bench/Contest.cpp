@@ -129,10 +129,7 @@ void Smear(Image& image) {
 
 // By 16-bit samples where the format has them, by bytes elsewhere.
 unsigned LargestDifference(const Image& a, const Image& b) {
-  const bool deep =
-      a.GetPixelFormat() == PIXEL_FORMAT_MONO16 || a.GetPixelFormat() == PIXEL_FORMAT_RAW16 ||
-      a.GetPixelFormat() == PIXEL_FORMAT_RGB16 || a.GetPixelFormat() == PIXEL_FORMAT_BGR16 ||
-      a.GetPixelFormat() == PIXEL_FORMAT_BGRU16;
+  const bool hasWords = FindPixelFormat(a.GetPixelFormat())->bitsPerSample == 16;
   int largest = 0;
   const auto compare = [&]<typename Sample>(Sample) {
     for (std::size_t i = 0; i + sizeof(Sample) <= FrameBytes(a); i += sizeof(Sample)) {
@@ -143,7 +140,7 @@ unsigned LargestDifference(const Image& a, const Image& b) {
       largest = std::max(largest, std::abs(x - y));
     }
   };
-  deep ? compare(std::uint16_t{}) : compare(std::uint8_t{});
+  hasWords ? compare(std::uint16_t{}) : compare(std::uint8_t{});
   return static_cast<unsigned>(largest);
 }
 

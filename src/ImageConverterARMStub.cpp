@@ -141,27 +141,14 @@ Error ImageConverter::Convert(const Image* pSrc, PixelFormat destFormat, Image* 
     return pDst->DeepCopy(pSrc);
   }
 
-  // clang-format off
   switch (destFormat) {
-    case PIXEL_FORMAT_MONO8:   return ConvertToMono8(pSrc, pDst);
-    case PIXEL_FORMAT_MONO12:  return ConvertToMono12(pSrc, pDst);
-    case PIXEL_FORMAT_MONO16:  return ConvertToMono16(pSrc, pDst);
-    case PIXEL_FORMAT_RGB8:    return ConvertToRGB(pSrc, pDst);
-    case PIXEL_FORMAT_RGBU:    return ConvertToRGBU(pSrc, pDst);
-    case PIXEL_FORMAT_RGB16:   return ConvertToRGB16(pSrc, pDst);
-    case PIXEL_FORMAT_BGR:     return ConvertToBGR(pSrc, pDst);
-    case PIXEL_FORMAT_BGRU:    return ConvertToBGRU(pSrc, pDst);
-    case PIXEL_FORMAT_BGR16:   return ConvertToBGR16(pSrc, pDst);
-    case PIXEL_FORMAT_BGRU16:  return ConvertToBGRU16(pSrc, pDst);
-    case PIXEL_FORMAT_411YUV8: return ConvertToYUV411(pSrc, pDst);
-    case PIXEL_FORMAT_422YUV8: return ConvertToYUV422(pSrc, pDst);
-    case PIXEL_FORMAT_444YUV8: return ConvertToYUV444(pSrc, pDst);
-    case PIXEL_FORMAT_RAW8:    return ConvertToRAW8(pSrc, pDst);
-    case PIXEL_FORMAT_RAW12:   return ConvertToRAW12(pSrc, pDst);
-    case PIXEL_FORMAT_RAW16:   return ConvertToRAW16(pSrc, pDst);
-    default:                   return Raise(CallerLine(), VORERROR_INVALID_PARAMETER, kInvalidFormat);
+#define KORVEX2_FORMAT(enumerator, value, name, routine, ...) \
+  case PIXEL_FORMAT_##enumerator:                             \
+    return ConvertTo##routine(pSrc, pDst);
+#include "Formats.def"
+    default:
+      return Raise(CallerLine(), VORERROR_INVALID_PARAMETER, kInvalidFormat);
   }
-  // clang-format on
 }
 
 Error ImageConverter::ConvertInPlace(Image*, PixelFormat) const {
@@ -170,27 +157,11 @@ Error ImageConverter::ConvertInPlace(Image*, PixelFormat) const {
 
 // --- Dispatch -----------------------------------------------------------------------------------
 
-#define TARGET(routine, format)                                         \
-  Error ImageConverter::routine(const Image* pSrc, Image* pDst) const { \
-    return Dispatch(PIXEL_FORMAT_##format, CallerLine(), pSrc, pDst);   \
+#define KORVEX2_FORMAT(enumerator, value, name, routine, ...)                      \
+  Error ImageConverter::ConvertTo##routine(const Image* pSrc, Image* pDst) const { \
+    return Dispatch(PIXEL_FORMAT_##enumerator, CallerLine(), pSrc, pDst);          \
   }
-TARGET(ConvertToMono8, MONO8)
-TARGET(ConvertToMono12, MONO12)
-TARGET(ConvertToMono16, MONO16)
-TARGET(ConvertToRGB, RGB8)
-TARGET(ConvertToRGBU, RGBU)
-TARGET(ConvertToRGB16, RGB16)
-TARGET(ConvertToBGR, BGR)
-TARGET(ConvertToBGRU, BGRU)
-TARGET(ConvertToBGR16, BGR16)
-TARGET(ConvertToBGRU16, BGRU16)
-TARGET(ConvertToYUV411, 411YUV8)
-TARGET(ConvertToYUV422, 422YUV8)
-TARGET(ConvertToYUV444, 444YUV8)
-TARGET(ConvertToRAW8, RAW8)
-TARGET(ConvertToRAW12, RAW12)
-TARGET(ConvertToRAW16, RAW16)
-#undef TARGET
+#include "Formats.def"
 
 // A refusal bears the line of the target routine that refused.
 Error ImageConverter::Dispatch(PixelFormat target, int line, const Image* pSrc, Image* pDst) const {

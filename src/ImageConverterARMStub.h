@@ -58,22 +58,13 @@ class KORVEX2_API ImageConverter : public Singleton<ImageConverter> {
 
   /// Looks the source's format up and passes the pair on. The destination is shaped already.
   /// VORERROR_INVALID_PARAMETER for a source that does not convert into this target.
-  Error ConvertToMono8(const Image* pSrc, Image* pDst) const;
-  Error ConvertToMono12(const Image* pSrc, Image* pDst) const;
-  Error ConvertToMono16(const Image* pSrc, Image* pDst) const;
-  Error ConvertToRGB(const Image* pSrc, Image* pDst) const;
-  Error ConvertToRGBU(const Image* pSrc, Image* pDst) const;
-  Error ConvertToRGB16(const Image* pSrc, Image* pDst) const;
-  Error ConvertToBGR(const Image* pSrc, Image* pDst) const;
-  Error ConvertToBGRU(const Image* pSrc, Image* pDst) const;
-  Error ConvertToBGR16(const Image* pSrc, Image* pDst) const;
-  Error ConvertToBGRU16(const Image* pSrc, Image* pDst) const;
-  Error ConvertToYUV411(const Image* pSrc, Image* pDst) const;
-  Error ConvertToYUV422(const Image* pSrc, Image* pDst) const;
-  Error ConvertToYUV444(const Image* pSrc, Image* pDst) const;
-  Error ConvertToRAW8(const Image* pSrc, Image* pDst) const;
-  Error ConvertToRAW12(const Image* pSrc, Image* pDst) const;
-  Error ConvertToRAW16(const Image* pSrc, Image* pDst) const;
+  ///
+  /// ConvertToMono8, ConvertToRGB and so on, as Formats.def names them.
+  /// @cond
+#define KORVEX2_FORMAT(enumerator, value, name, routine, ...) \
+  Error ConvertTo##routine(const Image* pSrc, Image* pDst) const;
+#include "Formats.def"
+  /// @endcond
 
   /// @}
 
