@@ -40,7 +40,8 @@ def test_debian_packages_name_every_component_that_is_installed():
     text = (ROOT / "cmake/Korvex2Packages.cmake").read_text()
     packaged = set(re.search(r"CPACK_COMPONENTS_ALL ([\w ]+)\)", text).group(1).split())
     installed = set()
-    for path in [*ROOT.glob("cmake/*.cmake"), *(ROOT / part / "CMakeLists.txt" for part in ("io", "tools/korvex2", "python"))]:
+    lists = (ROOT / part / "CMakeLists.txt" for part in ("io", "tools/korvex2", "python"))
+    for path in [*ROOT.glob("cmake/*.cmake"), *lists]:
         for command in re.findall(r"^ *install\(([^)]*)\)", path.read_text(), re.M):
             components = re.findall(r"\b(?:NAMELINK_)?COMPONENT (\w+)", command)
             assert components, f"{path.name}: install({command}) belongs to no component"
