@@ -35,7 +35,7 @@ class CMakeBuild(build_ext):
         module = Path(self.get_ext_fullpath(extension.name)).resolve()
         generator = ["-GNinja"] if shutil.which("ninja") and "CMAKE_GENERATOR" not in os.environ else []
         subprocess.run(
-            ["cmake", "-S", HERE, "-B", build, *generator, "-DCMAKE_BUILD_TYPE=Release", "-DBUILD_SHARED_LIBS=OFF",
+            ["cmake", "-S", HERE, "-B", build, *generator, "-DCMAKE_BUILD_TYPE=Release", "-DKORVEX2_SHARED=OFF",
              "-DKORVEX2_BUILD_TOOL=OFF", "-DKORVEX2_BUILD_TESTS=OFF", "-DKORVEX2_BUILD_PYTHON=ON",
              f"-DPython3_EXECUTABLE={sys.executable}", *pybind11_options(),
              *shlex.split(os.environ.get("CMAKE_ARGS", ""))], check=True)

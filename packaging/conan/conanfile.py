@@ -52,7 +52,7 @@ class Korvex2Recipe(ConanFile):
         cmake_layout(self)
 
     def requirements(self):
-        self.requires("boost/[>=1.74 <2]", transitive_headers=True, transitive_libs=True)  # Singleton.h has its mutex
+        self.requires("boost/[>=1.74 <2]", transitive_headers=True)  # for SingletonDefinitions.h; nothing of it is linked
         if self.options.simd:
             self.requires("highway/[>=1.0.3 <2]")
         if self.options.tools:
@@ -95,19 +95,26 @@ class Korvex2Recipe(ConanFile):
         for directory in ("lib/cmake", "lib/pkgconfig", "share/doc"):
             rmdir(self, os.path.join(self.package_folder, directory))
 
+    def _component(self, name, target, headers, system_libraries, requires):
+        """A library; its pkg-config module has its name."""
+        component = self.cpp_info.components[name]
+        component.set_property("cmake_target_name", target)
+        component.set_property("pkg_config_name", name)
+        component.includedirs = [headers]
+        component.libs = [name]
+        component.system_libs = system_libraries
+        component.requires = requires
+
     def package_info(self):
         self.cpp_info.set_property("cmake_file_name", "Korvex2")
-        self.cpp_info.set_property("cmake_target_name", "Korvex2::Korvex2")
-        self.cpp_info.set_property("pkg_config_name", "korvex2")
-        self.cpp_info.includedirs = ["include/korvex2"]
-        self.cpp_info.libs = ["korvex2"]
-        self.cpp_info.system_libs = ["m", "pthread"]
-        self.cpp_info.requires = ["boost::thread"]
-        if self.options.simd:
-            self.cpp_info.requires.append("highway::hwy")
+        simd = ["highway::hwy"] if self.options.simd else []
+        self._component("vorbayer", "vorbayer::vorbayer", "include", ["m", "stdc++"], simd)
+        self._component("korvex2", "Korvex2::Korvex2", "include/korvex2", ["m", "pthread"],
+                        ["vorbayer", "boost::headers", *simd])
+        # Programs and modules, which no client links.
         if self.options.tools:
-            self.cpp_info.requires += ["cli11::cli11", "fmt::fmt", "libpng::libpng", "libraw::libraw",
-                                       "libtiff::libtiff", "onetbb::onetbb"]
+            self.cpp_info.components["tools"].requires = ["cli11::cli11", "fmt::fmt", "libpng::libpng",
+                                                          "libraw::libraw", "libtiff::libtiff", "onetbb::onetbb"]
         if self.options.python:
-            self.cpp_info.requires.append("pybind11::pybind11")
+            self.cpp_info.components["python"].requires = ["pybind11::pybind11"]
             self.runenv_info.prepend_path("PYTHONPATH", os.path.join(self.package_folder, "lib/python3/dist-packages"))

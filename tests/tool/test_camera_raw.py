@@ -273,7 +273,12 @@ def test_files_that_are_no_raw_files(tool, rng):
 
 
 def test_sensors_without_a_bayer_mosaic_are_refused(tool, samples, rng):
-    six_by_six = [1, 1, 0, 1, 1, 2, 1, 1, 2, 1, 1, 0, 2, 0, 1, 0, 2, 1, 1, 1, 2, 1, 1, 0, 1, 1, 0, 1, 1, 2, 0, 2, 1, 2, 0, 1]
+    six_by_six = [1, 1, 0, 1, 1, 2,
+                  1, 1, 2, 1, 1, 0,
+                  2, 0, 1, 0, 2, 1,
+                  1, 1, 2, 1, 1, 0,
+                  1, 1, 0, 1, 1, 2,
+                  0, 2, 1, 2, 0, 1]
     linear = rng.integers(0, 16384, (40, 64, 3), dtype=np.uint16)
     for data in (dng_bytes(samples, six_by_six, repeat=(6, 6)), dng_bytes(linear, None, photometric=LINEAR_RAW)):
         (tool.folder / "in.dng").write_bytes(data)

@@ -11,11 +11,12 @@ TOOL = ROOT / "tools/korvex2"
 # What each room may include besides itself and io/.
 ROOMS = {
     "terminal": set(),
+    "cli": {"terminal"},
     "processing": {"terminal"},
     "analysis": {"terminal", "processing"},
     "drawing": {"terminal", "processing", "analysis"},
     "batch": {"terminal"},
-    "commands": {"terminal", "processing", "analysis", "drawing", "batch"},
+    "commands": {"cli", "terminal", "processing", "analysis", "drawing", "batch"},
 }
 
 
@@ -34,6 +35,11 @@ def test_includes_run_one_way(room):
     folders, _ = includes(TOOL / room)
     assert room in folders  # of its own headers: so there is something to see
     assert folders & set(ROOMS) <= ROOMS[room] | {room}
+
+
+def test_one_file_knows_the_parser():
+    found = {path.name for path in TOOL.rglob("*") if path.suffix in (".h", ".cpp") and "<CLI/" in path.read_text()}
+    assert found == {"Parser.cpp"}
 
 
 def test_files_are_read_without_the_tool():

@@ -14,6 +14,7 @@
 #include "batch/FrameList.h"
 #include "batch/OutputPattern.h"
 #include "commands/Commands.h"
+#include "commands/CommonOptions.h"
 #include "io/Containers.h"
 #include "io/Headerless.h"
 #include "processing/Converted.h"
@@ -345,89 +346,62 @@ void Run(const Options& options, const Globals& globals) {
   options.IsBatch() ? RunMany(options, globals) : RunOne(options, globals);
 }
 
-void AddGradeOptions(CLI::App& command, Options& options) {
-  command
-      .add_option(
-          "--black-level", options.blackLevel,
-          "Subtract it from a raw16 source: a number, or file for what a camera's file says")
-      ->check(NotEmpty);
-  command
-      .add_option("--scale", options.scale,
-                  "The white level of a raw16 source that becomes 65535: a number, or file")
-      ->check(NotEmpty);
-  command.add_option("--crop", options.crop, "x,y,width,height: the part of the result to keep")
-      ->check(NotEmpty);
-  command
-      .add_option("--white-balance", options.whiteBalance,
-                  "grey, or r,g,b: what colours are multiplied by")
-      ->check(NotEmpty);
-  command
-      .add_option("--stretch", options.stretch,
-                  "low,high: the percentiles that become black and white")
-      ->check(NotEmpty);
-  command.add_option("--gamma", options.gamma, "Brightens by the exponent 1/gamma, such as 2.2")
-      ->check(IsNumber)
-      ->check(CLI::Range(0.01, 100.0));
-}
-
-void AddBatchOptions(CLI::App& command, Options& options) {
-  constexpr std::uint64_t kMost = 1'000'000'000'000;
-  command.add_option("--frames", options.frames, "At most so many frames, or all");
-  command.add_option("--skip", options.skip, "Frames passed over at the begin")
-      ->check(CLI::Range(std::uint64_t{0}, kMost));
-  command.add_option("--every", options.every, "Of the rest, take each n-th")
-      ->check(CLI::Range(std::uint64_t{1}, kMost));
-  command
-      .add_option("--header-bytes", options.headerBytes,
-                  "Bytes before the first frame of a headerless file of many")
-      ->check(CLI::Range(std::uint64_t{0}, kMost));
-  command
-      .add_option("--frame-bytes", options.frameBytes,
-                  "Bytes from one frame to the next, where more than pixels lie between")
-      ->check(CLI::Range(std::uint64_t{1}, kMost));
-  command
-      .add_option("--fps", options.fps, "Frames a second of a .y4m output: 25, 29.97, 30000/1001")
-      ->check(NotEmpty);
-  command.add_option("--jobs", options.jobs, "Frames converted at once; all cores if not given")
-      ->check(CLI::Range(1U, kMostJobs));
-  command.add_flag("--resume", options.resume, "Leave out frames whose output is there and whole");
-  command.add_flag("--fail-fast", options.failFast, "Stop at the first frame that fails");
-  command.add_flag("--json-progress", options.jsonProgress,
-                   "Tell the progress on stderr as JSON, an object a line");
-}
+constexpr Text kInput{.mayBeEmpty = false};
+constexpr Text kOutput{.placeholder = "[MORE INPUTS...] OUTPUT"};
+constexpr std::uint64_t kMost = 1'000'000'000'000;
+constexpr WholeNumber kFrom0{0, kMost};
+constexpr WholeNumber kFrom1{1, kMost};
+constexpr WholeNumber kJobs{1, kMostJobs};
+constexpr RealNumber kGamma{0.01, 100};
 
 }  // namespace
 
-void AddConvertCommand(CLI::App& app, const Globals& globals) {
+Command ConvertCommand(const Globals& globals) {
   const auto options = std::make_shared<Options>();
-  CLI::App* command = app.add_subcommand("convert", "Convert files into another pixel format");
-  command->add_option("input", options->input, "What to read: a file, a folder, a quoted glob")
-      ->required()
-      ->check(NotEmpty);
-  command->add_option("output", options->more, "More inputs, and last the file to write")
-      ->required()
-      ->type_name("[MORE INPUTS...] OUTPUT");
-  command->add_option("--to", options->to, "Pixel format to write")->required();
-  command
-      ->add_option("--from", options->from,
-                   "Pixel format of the input, where the file does not say")
-      ->check(NotEmpty);
-  command->add_option("--width", options->width, "Pixels a row, of a headerless input")
-      ->check(CLI::Range(1U, 0xffffffffU));
-  command->add_option("--height", options->height, "Rows, of a headerless input")
-      ->check(CLI::Range(1U, 0xffffffffU));
-  command->add_option("--tile", options->tile, "Bayer tile of a raw input: " + TileNames())
-      ->check(NotEmpty);
-  command
-      ->add_option(
-          "--method", options->method,
-          "How to make colour of a raw input: " + MethodNames() + "; none shows the mosaic as grey")
-      ->check(NotEmpty);
-  AddCpuOption(*command, options->cpu);
-  AddGradeOptions(*command, *options);
-  AddBatchOptions(*command, *options);
-  command->footer(ContainerHelp() + kNotes);
-  command->callback([options, &globals] { Run(*options, globals); });
+  Options& o = *options;
+  // clang-format off
+  return {
+      .name = "convert",
+      .help = "Convert files into another pixel format",
+      .positionals = {
+          {"input",  &o.input, kInput,  "What to read: a file, a folder, a quoted glob"},
+          {"output", &o.more,  kOutput, "More inputs, and last the file to write"},
+      },
+      .options = {
+          {"--to",            &o.to,           FormatWords(), "Pixel format to write", Presence::Required},
+          {"--from",          &o.from,         FormatWords(), "Pixel format of the input, where the file does not say"},
+          {"--width",         &o.width,        kSide,         "Pixels a row, of a headerless input"},
+          {"--height",        &o.height,       kSide,         "Rows, of a headerless input"},
+          {"--tile",          &o.tile,         TileWords(),   "Bayer tile of a raw input: " + TileNames()},
+          {"--method",        &o.method,       MethodWords(), "How to make colour of a raw input: " + MethodNames() +
+                                                              "; none shows the mosaic as grey"},
+          CpuOption(o.cpu),
+
+          {"--black-level",   &o.blackLevel,   kText,         "Subtract it from a raw16 source: a number, or file for "
+                                                              "what a camera's file says"},
+          {"--scale",         &o.scale,        kText,         "The white level of a raw16 source that becomes 65535: "
+                                                              "a number, or file"},
+          {"--crop",          &o.crop,         kText,         "x,y,width,height: the part of the result to keep"},
+          {"--white-balance", &o.whiteBalance, kText,         "grey, or r,g,b: what colours are multiplied by"},
+          {"--stretch",       &o.stretch,      kText,         "low,high: the percentiles that become black and white"},
+          {"--gamma",         &o.gamma,        kGamma,        "Brightens by the exponent 1/gamma, such as 2.2"},
+
+          {"--frames",        &o.frames,       kText,         "At most so many frames, or all"},
+          {"--skip",          &o.skip,         kFrom0,        "Frames passed over at the begin"},
+          {"--every",         &o.every,        kFrom1,        "Of the rest, take each n-th"},
+          {"--header-bytes",  &o.headerBytes,  kFrom0,        "Bytes before the first frame of a headerless file of many"},
+          {"--frame-bytes",   &o.frameBytes,   kFrom1,        "Bytes from one frame to the next, where more than pixels "
+                                                              "lie between"},
+          {"--fps",           &o.fps,          kText,         "Frames a second of a .y4m output: 25, 29.97, 30000/1001"},
+          {"--jobs",          &o.jobs,         kJobs,         "Frames converted at once; all cores if not given"},
+          {"--resume",        &o.resume,       kFlag,         "Leave out frames whose output is there and whole"},
+          {"--fail-fast",     &o.failFast,     kFlag,         "Stop at the first frame that fails"},
+          {"--json-progress", &o.jsonProgress, kFlag,         "Tell the progress on stderr as JSON, an object a line"},
+      },
+      .notes = ContainerHelp() + kNotes,
+      .run = [options, &globals] { Run(*options, globals); return kDone; },
+  };
+  // clang-format on
 }
 
 }  // namespace Korvex2::Tool

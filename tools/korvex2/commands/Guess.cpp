@@ -8,6 +8,7 @@
 #include <string>
 
 #include "commands/Commands.h"
+#include "commands/CommonOptions.h"
 #include "drawing/ContactSheet.h"
 #include "io/Containers.h"
 #include "io/Raster.h"
@@ -20,13 +21,14 @@ namespace Korvex2::Tool {
 namespace {
 
 constexpr std::size_t kOnSheet = 6;
+constexpr WholeNumber kBest{1, 1000};
 
 struct Options {
   std::string input;
   std::string format;
   std::optional<std::uint32_t> width;
   std::optional<std::uint32_t> height;
-  std::size_t best = 10;
+  std::uint32_t best = 10;
   std::string sheet;
   bool json = false;
 };
@@ -128,7 +130,7 @@ void Run(const Options& options, const Globals& globals) {
   if (!options.sheet.empty()) {
     WriteSheet(options, file, readings.first(std::min(kOnSheet, all.size())));
   }
-  const auto best = readings.first(std::min(options.best, all.size()));
+  const auto best = readings.first(std::min<std::size_t>(options.best, all.size()));
   if (options.json) {
     PrintJson(options, file, best);
     return;
@@ -140,8 +142,8 @@ void Run(const Options& options, const Globals& globals) {
   }
 }
 
-constexpr const char* kNotes = R"(
-Every width, height and format whose frame has exactly the size of the file is tried, sizes of
+constexpr const char* kNotes =
+    R"(Every width, height and format whose frame has exactly the size of the file is tried, sizes of
 common sensors and video modes first. The bits of a byte say how well a reading foresees each sample
 from its neighbours: the fewer, the likelier. Where the first is far below the rest it is right;
 where they lie close together, look at the sheet.
@@ -156,24 +158,28 @@ Examples:
 
 }  // namespace
 
-void AddGuessCommand(CLI::App& app, const Globals& globals) {
+Command GuessCommand(const Globals& globals) {
   const auto options = std::make_shared<Options>();
-  CLI::App* command =
-      app.add_subcommand("guess", "Find out size, format and tile of a headerless file");
-  command->add_option("input", options->input, "The file to read, whatever its name")->required();
-  command->add_option("--format", options->format, "The pixel format, if known")->check(NotEmpty);
-  command->add_option("--width", options->width, "Pixels a row, if known")
-      ->check(CLI::Range(1U, 0xffffffffU));
-  command->add_option("--height", options->height, "Rows, if known")
-      ->check(CLI::Range(1U, 0xffffffffU));
-  command->add_option("--best", options->best, "How many readings to print")
-      ->check(CLI::Range(1U, 1000U))
-      ->capture_default_str();
-  command->add_option("--sheet", options->sheet, "A contact sheet of the best six to write")
-      ->check(NotEmpty);
-  command->add_flag("--json", options->json, "Print JSON");
-  command->footer(kNotes + 1);
-  command->callback([options, &globals] { Run(*options, globals); });
+  Options& o = *options;
+  // clang-format off
+  return {
+      .name = "guess",
+      .help = "Find out size, format and tile of a headerless file",
+      .positionals = {
+          {"input", &o.input, kText, "The file to read, whatever its name"},
+      },
+      .options = {
+          {"--format", &o.format, FormatWords(), "The pixel format, if known"},
+          {"--width",  &o.width,  kSide,         "Pixels a row, if known"},
+          {"--height", &o.height, kSide,         "Rows, if known"},
+          {"--best",   &o.best,   kBest,         "How many readings to print"},
+          {"--sheet",  &o.sheet,  kText,         "A contact sheet of the best six to write"},
+          {"--json",   &o.json,   kFlag,         "Print JSON"},
+      },
+      .notes = kNotes,
+      .run = [options, &globals] { Run(*options, globals); return kDone; },
+  };
+  // clang-format on
 }
 
 }  // namespace Korvex2::Tool

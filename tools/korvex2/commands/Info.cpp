@@ -138,11 +138,18 @@ void PrintJson() {
 
 }  // namespace
 
-void AddInfoCommand(CLI::App& app) {
+Command InfoCommand() {
   const auto json = std::make_shared<bool>(false);
-  CLI::App* command = app.add_subcommand("info", "Show version, features and machine");
-  command->add_flag("--json", *json, "Print JSON");
-  command->callback([json] { *json ? PrintJson() : PrintText(); });
+  // clang-format off
+  return {
+      .name = "info",
+      .help = "Show version, features and machine",
+      .options = {
+          {"--json", json.get(), kFlag, "Print JSON"},
+      },
+      .run = [json] { *json ? PrintJson() : PrintText(); return kDone; },
+  };
+  // clang-format on
 }
 
 }  // namespace Korvex2::Tool

@@ -5,8 +5,8 @@
 
 #include "CheckConversion.h"
 #include "ImageConverterARMStub.h"
+#include "Routes.h"
 #include "io/Raster.h"
-#include "routes/Routines.h"
 #include "terminal/Failure.h"
 #include "terminal/Names.h"
 #include "terminal/Report.h"
@@ -15,7 +15,7 @@ namespace Korvex2::Tool {
 namespace {
 
 bool IsRefused(PixelFormat source, PixelFormat target) {
-  return source != target && FindRoute(source, target) == Routine::None;
+  return source != target && FindRoute(source, target) == nullptr;
 }
 
 std::string TargetsOf(PixelFormat source) {

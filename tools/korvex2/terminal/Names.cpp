@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cctype>
 #include <numeric>
-#include <span>
 #include <utility>
 #include <vector>
 
@@ -22,7 +21,7 @@ std::string Lower(std::string_view text) {
 }
 
 template <typename Row>
-std::string Join(std::span<const Row> rows) {
+std::string Join(ArrayView<Row> rows) {
   std::string names;
   for (const Row& row : rows) {
     names += names.empty() ? "" : ", ";

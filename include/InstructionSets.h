@@ -3,9 +3,9 @@
 /// @file
 /// Which vector instructions the library uses.
 
-#include <span>
 #include <string_view>
 
+#include "ArrayView.h"
 #include "Error.h"
 #include "Korvex2Export.h"
 
@@ -14,7 +14,7 @@ namespace Korvex2 {
 /// The instruction sets that were compiled in and that this machine has: "plain", which every
 /// machine has, then the best one and so on down. Results do not depend on the choice. The strings
 /// are static.
-KORVEX2_API std::span<const std::string_view> InstructionSets() noexcept;
+KORVEX2_API ArrayView<std::string_view> InstructionSets() noexcept;
 
 /// The one in use: the best one, unless the environment variable KORVEX2_CPU names another of the
 /// list at the first use of the library, or SetInstructionSet has chosen since.
