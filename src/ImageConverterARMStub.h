@@ -3,6 +3,8 @@
 /// @file
 /// The converter.
 
+#include <cstddef>
+
 #include "Error.h"
 #include "Image.h"
 #include "Korvex2Defs.h"
@@ -12,6 +14,9 @@
 #include "vorbayer.h"
 
 namespace Korvex2 {
+
+struct SourceBytes;
+struct DestinationBytes;
 
 /// Converts a frame from one pixel format into another, exactly.
 ///
@@ -41,14 +46,18 @@ class KORVEX2_API ImageConverter : public Singleton<ImageConverter> {
   ///                               has been reshaped already
   /// A route through a temporary image reports success even where one of its steps could not do
   /// its work: a mosaic with odd sides, say. CheckConversion tells beforehand.
+  /// A failing step leaves what it wrote, as a rule nothing: a destination that had its shape
+  /// before then shows its earlier frame, a lent one the caller's bytes, any other one zeros.
+  ///
+  /// Nothing outside the two buffers is touched, whatever the size of a group: see Image.
   ///
   /// *pSrc and *pDst must be different images: the destination is shaped before the source is read.
   /// Plain Images whose buffers lie apart convert fastest and without memory of their own; images
   /// of a subclass and overlapping buffers take the plain loops and whole temporary images.
-  Error Convert(const Image* pSrc, PixelFormat destFormat, Image* pDst) const;
+  Error Convert(const Image* pSrc, PixelFormat destFormat, Image* pDst);
 
   /// Always VORERROR_NOT_IMPLEMENTED; nothing is touched.
-  Error ConvertInPlace(Image* pImage, PixelFormat format) const;
+  Error ConvertInPlace(Image* pImage, PixelFormat format);
 
  protected:
   /// @name The routine of each target format
@@ -56,22 +65,22 @@ class KORVEX2_API ImageConverter : public Singleton<ImageConverter> {
 
   /// Looks the source's format up and passes the pair on. The destination is shaped already.
   /// VORERROR_INVALID_PARAMETER for a source that does not convert into this target.
-  Error ConvertToMono8(const Image* pSrc, Image* pDst) const;
-  Error ConvertToMono12(const Image* pSrc, Image* pDst) const;
-  Error ConvertToMono16(const Image* pSrc, Image* pDst) const;
-  Error ConvertToRGB(const Image* pSrc, Image* pDst) const;
-  Error ConvertToRGBU(const Image* pSrc, Image* pDst) const;
-  Error ConvertToRGB16(const Image* pSrc, Image* pDst) const;
-  Error ConvertToBGR(const Image* pSrc, Image* pDst) const;
-  Error ConvertToBGRU(const Image* pSrc, Image* pDst) const;
-  Error ConvertToBGR16(const Image* pSrc, Image* pDst) const;
-  Error ConvertToBGRU16(const Image* pSrc, Image* pDst) const;
-  Error ConvertToYUV411(const Image* pSrc, Image* pDst) const;
-  Error ConvertToYUV422(const Image* pSrc, Image* pDst) const;
-  Error ConvertToYUV444(const Image* pSrc, Image* pDst) const;
-  Error ConvertToRAW8(const Image* pSrc, Image* pDst) const;
-  Error ConvertToRAW12(const Image* pSrc, Image* pDst) const;
-  Error ConvertToRAW16(const Image* pSrc, Image* pDst) const;
+  Error ConvertToMono8(const Image* pSrc, Image* pDst);
+  Error ConvertToMono12(const Image* pSrc, Image* pDst);
+  Error ConvertToMono16(const Image* pSrc, Image* pDst);
+  Error ConvertToRGB(const Image* pSrc, Image* pDst);
+  Error ConvertToRGBU(const Image* pSrc, Image* pDst);
+  Error ConvertToRGB16(const Image* pSrc, Image* pDst);
+  Error ConvertToBGR(const Image* pSrc, Image* pDst);
+  Error ConvertToBGRU(const Image* pSrc, Image* pDst);
+  Error ConvertToBGR16(const Image* pSrc, Image* pDst);
+  Error ConvertToBGRU16(const Image* pSrc, Image* pDst);
+  Error ConvertToYUV411(const Image* pSrc, Image* pDst);
+  Error ConvertToYUV422(const Image* pSrc, Image* pDst);
+  Error ConvertToYUV444(const Image* pSrc, Image* pDst);
+  Error ConvertToRAW8(const Image* pSrc, Image* pDst);
+  Error ConvertToRAW12(const Image* pSrc, Image* pDst);
+  Error ConvertToRAW16(const Image* pSrc, Image* pDst);
 
   /// @}
 
@@ -118,7 +127,13 @@ class KORVEX2_API ImageConverter : public Singleton<ImageConverter> {
   Error RunKernel(const RoutineInfo& info, const Image* pSrc, Image* pDst) const;
   Error RunWrapper(const RoutineInfo& info, const Image* pSrc, Image* pDst) const;
   Error RunChain(const RoutineInfo& info, const Image* pSrc, Image* pDst) const;
-  Error ShowMosaicAsGrey(const Image* pSrc, Image* pDst) const;
+  Error ProcessCopies(PixelFormat srcPixFmt, const SourceBytes& input, unsigned int rows,
+                      unsigned int cols, PixelFormat destPixFmt, const DestinationBytes& output,
+                      ColorProcessingAlgorithm algorithm, BayerTileFormat tilePattern) const;
+  static SourceBytes BytesToRead(Routine routine, const Image& source, const unsigned char* data,
+                                 std::size_t pixels);
+  static DestinationBytes BytesToWrite(Routine routine, const Image& destination,
+                                       unsigned char* data, std::size_t pixels);
 };
 
 extern template class Singleton<ImageConverter>;

@@ -14,17 +14,33 @@ constexpr std::size_t kPiecePixels = 1024;
 constexpr std::size_t kWidestTemporary = 6;
 constexpr std::size_t kReach = 4 * kWidestTemporary;
 
-// Bytes of four pixels, the longest group.
-RunSize AdvanceOf(Routine routine) {
+// The longest step of any kernel, and a multiple of all others.
+constexpr std::size_t kLongestStep = 4;
+
+const RoutineInfo& FirstKernel(Routine routine) {
   const RoutineInfo& info = GetRoutine(routine);
-  if (info.kind == RoutineInfo::Kind::Kernel) {
-    const std::size_t steps = 4 / info.pixelsPerStep;
-    return {steps * info.sourceBytesPerStep, steps * info.destinationBytesPerStep};
+  // clang-format off
+  switch (info.kind) {
+    case RoutineInfo::Kind::Chain:   return FirstKernel(info.firstStep);
+    case RoutineInfo::Kind::Wrapper: return FirstKernel(info.lastStep);
+    default:                         return info;
   }
-  const RunSize last = AdvanceOf(info.lastStep);
-  return info.kind == RoutineInfo::Kind::Chain
-             ? RunSize{AdvanceOf(info.firstStep).source, last.destination}
-             : last;
+  // clang-format on
+}
+
+const RoutineInfo& LastKernel(Routine routine) {
+  const RoutineInfo& info = GetRoutine(routine);
+  const bool steps =
+      info.kind == RoutineInfo::Kind::Chain || info.kind == RoutineInfo::Kind::Wrapper;
+  return steps ? LastKernel(info.lastStep) : info;
+}
+
+std::size_t StepsOf(const RoutineInfo& kernel, std::size_t pixels) {
+  return (pixels + kernel.pixelsPerStep - 1) / kernel.pixelsPerStep;
+}
+
+RunSize AdvanceOf(Routine routine) {
+  return RunSizeOf(routine, kLongestStep);
 }
 
 void WalkChain(const RoutineInfo& info, const std::uint8_t* src, std::uint8_t* dst,
@@ -37,8 +53,8 @@ void WalkChain(const RoutineInfo& info, const std::uint8_t* src, std::uint8_t* d
     // A last step that completes its group reads zeros there, or what the first step completed.
     const std::size_t packed = (count * first.destination + 3) / 4;
     std::memset(temporary + packed, 0, kReach);
-    Walk(info.firstStep, src + done / 4 * first.source, temporary, count, flags);
-    Walk(info.lastStep, temporary, dst + done / 4 * last.destination, count, flags);
+    Walk(info.firstStep, src + done / kLongestStep * first.source, temporary, count, flags);
+    Walk(info.lastStep, temporary, dst + done / kLongestStep * last.destination, count, flags);
   }
 }
 
@@ -60,16 +76,19 @@ bool IsWalkable(Routine routine) noexcept {
 }
 
 RunSize RunSizeOf(Routine routine, std::size_t pixels) noexcept {
-  const RunSize advance = AdvanceOf(routine);
-  const std::size_t groups = (pixels + 3) / 4;
-  return {groups * advance.source, groups * advance.destination};
+  const RoutineInfo& first = FirstKernel(routine);
+  const RoutineInfo& last = LastKernel(routine);
+  return {StepsOf(first, pixels) * first.sourceBytesPerStep,
+          StepsOf(last, pixels) * last.destinationBytesPerStep};
+}
+
+std::size_t PixelsPerCut(Routine routine) noexcept {
+  const RoutineInfo& info = GetRoutine(routine);
+  return info.kind == RoutineInfo::Kind::Kernel ? info.pixelsPerStep : kLongestStep;
 }
 
 bool ClearsDestination(Routine routine) noexcept {
-  const RoutineInfo& info = GetRoutine(routine);
-  return info.kind == RoutineInfo::Kind::Kernel
-             ? info.extra == RoutineInfo::Extra::ClearsDestination
-             : ClearsDestination(info.lastStep);
+  return LastKernel(routine).extra == RoutineInfo::Extra::ClearsDestination;
 }
 
 void Walk(Routine routine, const std::uint8_t* src, std::uint8_t* dst, std::size_t pixels,
@@ -80,8 +99,8 @@ void Walk(Routine routine, const std::uint8_t* src, std::uint8_t* dst, std::size
       return;
     }
     const RunSize advance = AdvanceOf(routine);
-    src += done / 4 * advance.source;
-    dst += done / 4 * advance.destination;
+    src += done / kLongestStep * advance.source;
+    dst += done / kLongestStep * advance.destination;
     pixels -= done;
   }
   const RoutineInfo& info = GetRoutine(routine);
