@@ -283,12 +283,12 @@ std::size_t Image::Readable(const unsigned char* data, std::size_t wanted) const
   if (data != m_pData) {
     return Told(wanted);
   }
+  if (m_ownsBuffer) {
+    return std::min(wanted, m_capacity);
+  }
   const Layout layout(m_shape);
-  const std::uint64_t frame = std::max(layout.frame, layout.strided);
-  const std::size_t held =
-      m_ownsBuffer ? m_capacity
-                   : static_cast<std::size_t>(std::min<std::uint64_t>(frame, m_capacity));
-  return std::min(wanted, held);
+  const auto frame = static_cast<std::size_t>(std::max(layout.frame, layout.strided));
+  return std::min({wanted, frame, m_capacity});
 }
 
 // A subclass's image of fewer pixels than the run was not shaped for it, and is taken at its word.
