@@ -263,8 +263,11 @@ class Destination {
       Reuse(plan.cols, plan.rows, plan.oldFormat, garbage);
     }
     m_image = IsLent(plan) ? &m_lent : &m_own;
-    m_frame = FrameOf(m_own);
-    m_frame.lentByte = IsLent(plan) ? garbage : -1;
+    if (IsLent(plan)) {
+      m_frame.lentByte = garbage;
+    } else {
+      m_frame = FrameOf(m_own);
+    }
   }
 
   static bool IsLent(const Plan& plan) {
