@@ -37,8 +37,8 @@ constexpr std::size_t kMostRounds = 101;
 // for whoever comes next.
 constexpr int kWarmUps = 3;
 
-const ImageConverter& Converter() {
-  static const ImageConverter converter;
+ImageConverter& Converter() {
+  static ImageConverter converter;
   return converter;
 }
 
