@@ -15,8 +15,9 @@ int main(void) {
   for (row = 0; row < kRows; ++row) {
     for (col = 0; col < kCols; ++col) {
       const int red = col * 255 / kCols, green = row * 255 / kRows, blue = 255 - red;
-      mosaic[row * kCols + col] =
-          (unsigned char)(row % 2 != col % 2 ? green : row % 2 == 0 ? red : blue);
+      mosaic[row * kCols + col] = (unsigned char)(row % 2 != col % 2 ? green
+                                                  : row % 2 == 0     ? red
+                                                                     : blue);
     }
   }
 
