@@ -117,7 +117,7 @@ std::optional<Contestant> Make(const std::string& name, const Setting& setting) 
       peer->how};
 }
 
-// --- The bytes -----------------------------------------------------------------------------------
+// --- The bytes
 
 std::size_t FrameBytes(const Image& image) {
   return BytesOf(image.GetPixelFormat(), std::size_t{image.GetRows()} * image.GetCols());
@@ -194,7 +194,7 @@ const Verdict& VerdictOn(const Setting& setting, const std::vector<Contestant>& 
   return verdicts[key] = Judge(setting, contestants, slice);
 }
 
-// --- The times -----------------------------------------------------------------------------------
+// --- The times
 
 class Race {
  public:

@@ -3,7 +3,10 @@
 /// A conversion as its definition reads: every kernel a plain loop over the whole frame, every
 /// temporary image a full frame. What the fast ways are compared with, in bytes and in time.
 
+#include <string_view>
+
 #include "ImageConverterARMStub.h"
+#include "Routes.h"
 
 namespace Korvex2::Bench {
 
@@ -14,7 +17,8 @@ class LiteralConverter : public ImageConverter {
   void Run(const Image* pSrc, Image* pDst) const;
 
  private:
-  void RunRoutine(Routine routine, const Image* pSrc, Image* pDst) const;
+  void RunRoutine(const RoutineInfo& info, const Image* pSrc, Image* pDst) const;
+  Error RunPass(std::string_view name, const Image* pSrc, Image* pDst) const;
 };
 
 }  // namespace Korvex2::Bench

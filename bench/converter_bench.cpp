@@ -19,9 +19,9 @@
 #include "InstructionSets.h"
 #include "Korvex2Version.h"
 #include "PixelFormats.h"
+#include "Routes.h"
 #include "TableReporter.h"
 #include "Utilities.h"
-#include "routes/Routines.h"
 
 namespace Korvex2::Bench {
 namespace {
@@ -54,7 +54,7 @@ struct Options {
 
 bool failed = false;
 
-// --- Which rows there are ------------------------------------------------------------------------
+// --- Which rows there are
 
 /// A size with its cache state, and who is timed there.
 struct Round {
@@ -111,8 +111,7 @@ std::vector<Pair> Pairs() {
   std::vector<Pair> pairs;
   for (const PixelFormatInfo& source : PixelFormats()) {
     for (const PixelFormatInfo& target : PixelFormats()) {
-      const Routine route = FindRoute(source.format, target.format);
-      if (route != Routine::None && route != Routine::SameFormat) {
+      if (FindRoute(source.format, target.format) != nullptr) {
         pairs.push_back({source.format, target.format});
       }
     }
@@ -163,7 +162,7 @@ class Filter {
   std::regex m_regex;
 };
 
-// --- Rows of one contest -------------------------------------------------------------------------
+// --- Rows of one contest
 
 /// Held when its first row is run.
 struct Contest {
@@ -219,7 +218,7 @@ void Register(const Pair& pair, const Round& round, const Options& options, cons
   }
 }
 
-// --- The command line ----------------------------------------------------------------------------
+// --- The command line
 
 [[noreturn]] void Misused(const std::string& why) {
   std::fprintf(stderr, "converter_bench: %s\n\n%s", why.c_str(), kUsage);

@@ -42,10 +42,9 @@ install(FILES include/vorbayer.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONE
 korvex2_install_library(Korvex2 Korvex2 korvex2 library development)
 set(KORVEX2_INCLUDE_DIR ${CMAKE_INSTALL_INCLUDEDIR}/korvex2)
 install(DIRECTORY include/ DESTINATION ${KORVEX2_INCLUDE_DIR} COMPONENT development
-  PATTERN vorbayer.h EXCLUDE)
-install(FILES src/CheckConversion.h src/ImageConverterARMStub.h src/InstructionSets.h src/Singleton.h
+  PATTERN vorbayer.h EXCLUDE PATTERN *.in EXCLUDE)
+list(TRANSFORM KORVEX2_HEADERS_OF_SRC PREPEND src/ OUTPUT_VARIABLE headers)
+install(FILES ${headers} ${KORVEX2_BUILT_HEADERS}/Korvex2Version.h
   DESTINATION ${KORVEX2_INCLUDE_DIR} COMPONENT development)
-install(FILES src/routes/Routines.h src/routes/Routines.def
-  DESTINATION ${KORVEX2_INCLUDE_DIR}/routes COMPONENT development)
 
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT license)

@@ -28,7 +28,8 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src ${PROJECT_BINARY_DIR}/bayer)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
+  ${PROJECT_BINARY_DIR}/src ${PROJECT_BINARY_DIR}/bayer ${PROJECT_BINARY_DIR}/io)
 if(CMAKE_CROSSCOMPILING AND CMAKE_SYSTEM_PROCESSOR STREQUAL "aarch64")
   set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE arm64)
   # The target's packages, unpacked with what they say of their libraries.
@@ -86,7 +87,7 @@ ${about}This package contains the shared library.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libkorvex2-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS libboost-thread-dev)  # Singleton.h includes its mutex
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS libboost-dev)  # for SingletonDefinitions.h, which no other header includes
 set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS library engine_development)
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
 "exact and fast pixel-format conversion (development files)

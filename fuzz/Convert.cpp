@@ -239,7 +239,6 @@ class Source {
 };
 
 // --- The destination of Convert.
-// ------------------------------------------------------------------
 
 std::size_t LentSize(const Plan& plan) {
   const std::size_t exact = plan.TargetBytes();
@@ -288,7 +287,6 @@ class Destination {
 };
 
 // --- What must come of it.
-// ------------------------------------------------------------------------
 
 Reference::Converter OracleOf(const Plan& plan) {
   Reference::Converter oracle;
@@ -358,7 +356,6 @@ void RunConvert(const Plan& plan, const Case<Header>& c) {
 }
 
 // --- The members of the targets, on destinations in shape.
-// -----------------------------------------
 
 Probe::Member MemberOf(Reference::Format target) {
   for (const Probe::TargetMember& row : Probe::Targets()) {
@@ -497,7 +494,6 @@ void Run(const Plan& plan, const Case<Header>& c) {
 }
 
 // --- The cases to begin with.
-// ---------------------------------------------------------------------
 
 constexpr Header kPlainCase = {.word = 0x9E3779B9,
                                .rows = 4,

@@ -5,9 +5,9 @@
 /// PixelFormats.h.
 
 #include <optional>
-#include <span>
 #include <string_view>
 
+#include "ArrayView.h"
 #include "Korvex2Defs.h"
 #include "Korvex2Export.h"
 
@@ -26,10 +26,10 @@ struct ColorProcessingInfo {
 };
 
 /// The four tiles, then "none".
-KORVEX2_API std::span<const BayerTileInfo> BayerTiles() noexcept;
+KORVEX2_API ArrayView<BayerTileInfo> BayerTiles() noexcept;
 
 /// The methods that the converter does not refuse, cheapest first, then "none" and "default".
-KORVEX2_API std::span<const ColorProcessingInfo> ColorProcessings() noexcept;
+KORVEX2_API ArrayView<ColorProcessingInfo> ColorProcessings() noexcept;
 
 /// The tile with this name, nothing when there is none; case is ignored.
 KORVEX2_API std::optional<BayerTileFormat> FindBayerTile(std::string_view name) noexcept;

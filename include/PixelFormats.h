@@ -4,9 +4,9 @@
 /// The table of pixel formats: names, sizes, layouts.
 
 #include <cstdint>
-#include <span>
 #include <string_view>
 
+#include "ArrayView.h"
 #include "Korvex2Defs.h"
 #include "Korvex2Export.h"
 
@@ -27,7 +27,7 @@ struct PixelFormatInfo {
 };
 
 /// Every format that the library knows by name, convertible ones first.
-KORVEX2_API std::span<const PixelFormatInfo> PixelFormats() noexcept;
+KORVEX2_API ArrayView<PixelFormatInfo> PixelFormats() noexcept;
 
 /// The row of a format, or null for a value that names none.
 KORVEX2_API const PixelFormatInfo* FindPixelFormat(PixelFormat format) noexcept;

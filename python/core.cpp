@@ -22,7 +22,6 @@ namespace Korvex2::Python {
 namespace {
 
 // --- Failures
-// -------------------------------------------------------------------------------------
 
 // What the library answered, on its way to korvex2.Error.
 struct Failure {
@@ -54,7 +53,6 @@ void Translate(std::exception_ptr exception) {
 }
 
 // --- Conversion
-// -----------------------------------------------------------------------------------
 
 struct Frame {
   unsigned int rows;
@@ -160,7 +158,6 @@ py::array Convert(const py::array& source, unsigned int rows, unsigned int cols,
 }
 
 // --- Tables
-// ---------------------------------------------------------------------------------------
 
 std::string Text(std::string_view text) {
   return std::string(text);

@@ -29,11 +29,11 @@ constexpr BayerTileInfo kTilePrefixes[] = {
 
 }  // namespace
 
-std::span<const BayerTileInfo> BayerTiles() noexcept {
+ArrayView<BayerTileInfo> BayerTiles() noexcept {
   return kTiles;
 }
 
-std::span<const ColorProcessingInfo> ColorProcessings() noexcept {
+ArrayView<ColorProcessingInfo> ColorProcessings() noexcept {
   return kMethods;
 }
 

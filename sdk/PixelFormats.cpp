@@ -72,7 +72,7 @@ constexpr std::uint64_t RoundUp(std::uint64_t value, std::uint64_t step) {
 
 }  // namespace
 
-std::span<const PixelFormatInfo> PixelFormats() noexcept {
+ArrayView<PixelFormatInfo> PixelFormats() noexcept {
   return kFormats;
 }
 

@@ -8,7 +8,7 @@
 
 #include "InternalError.h"
 #include "PixelFormats.h"
-#include "routes/Routines.h"
+#include "Routes.h"
 
 namespace Korvex2 {
 namespace {
@@ -67,32 +67,32 @@ class Examination {
   }
 
   void FollowRoute() {
-    const Routine routine = FindRoute(m_format, m_target);
-    if (routine == Routine::None) {
+    const RoutineInfo* routine = FindRoute(m_format, m_target);
+    if (routine == nullptr) {
       Add(__LINE__, VORERROR_INVALID_PARAMETER,
           NameOf(m_format) + " cannot be converted to " + NameOf(m_target) + ".");
       return;
     }
-    Follow(routine, m_format, m_source.GetColorProcessing(), true);
+    Follow(*routine, m_format, m_source.GetColorProcessing(), true);
   }
 
   // `reports`: whether a failure of the routine reaches the caller of Convert.
-  void Follow(Routine routine, PixelFormat format, ColorProcessingAlgorithm method, bool reports) {
-    const RoutineInfo& info = GetRoutine(routine);
+  void Follow(const RoutineInfo& info, PixelFormat format, ColorProcessingAlgorithm method,
+              bool reports) {
     const bool lastReports = reports && info.result == RoutineInfo::Result::LastStep;
     switch (info.kind) {
       case RoutineInfo::Kind::Kernel:
         return;
       case RoutineInfo::Kind::Wrapper:
-        return Follow(info.lastStep, format, method, lastReports);
+        return Follow(*info.lastStep, format, method, lastReports);
       case RoutineInfo::Kind::Chain:
         if (!Fits(info.temporary)) {
           Add(__LINE__, lastReports ? VORERROR_FAILED : VORERROR_IMAGE_CONVERSION_FAILED,
               "The way to " + NameOf(m_target) + " leads through " + NameOf(info.temporary) +
                   ", in which " + SizeOf(m_rows, m_cols) + " pixels exceed 4 GiB - 1.");
         }
-        Follow(info.firstStep, format, method, false);
-        return Follow(info.lastStep, info.temporary, DEFAULT, lastReports);
+        Follow(*info.firstStep, format, method, false);
+        return Follow(*info.lastStep, info.temporary, DEFAULT, lastReports);
       case RoutineInfo::Kind::Demosaic:
         return ExamineMosaic(format, method, reports);
     }

@@ -9,10 +9,12 @@
 
 #include "InternalError.h"
 #include "PixelFormats.h"
+#include "SingletonDefinitions.h"
 #include "Utilities.h"
 #include "kernels/Kernels.h"
 #include "kernels/scalar/Clamp.h"
 #include "routes/PieceWalk.h"
+#include "routes/Routines.h"
 
 namespace Korvex2 {
 namespace {
@@ -73,11 +75,11 @@ bool TemporariesFit(const RoutineInfo& info, const Image& source) {
     const unsigned int cols = source.GetCols();
     const unsigned int stride = PackedStride(cols, Image::DetermineBitsPerPixel(info.temporary));
     if (Image::CheckDimensions(source.GetRows(), cols, stride, info.temporary) != VORERROR_OK ||
-        !TemporariesFit(GetRoutine(info.firstStep), source)) {
+        !TemporariesFit(*info.firstStep, source)) {
       return false;
     }
   }
-  return TemporariesFit(GetRoutine(info.lastStep), source);
+  return TemporariesFit(*info.lastStep, source);
 }
 
 // The bytes of an image. The stride of a very long row can fall short of its pixels, which a plain
@@ -192,32 +194,31 @@ TARGET(ConvertToRAW16, RAW16)
 
 // A refusal bears the line of the target routine that refused.
 Error ImageConverter::Dispatch(PixelFormat target, int line, const Image* pSrc, Image* pDst) const {
-  const Routine routine = FindRoute(pSrc->GetPixelFormat(), target);
-  if (routine == Routine::None || routine == Routine::SameFormat) {
+  const RoutineInfo* routine = FindRoute(pSrc->GetPixelFormat(), target);
+  if (routine == nullptr) {
     return Raise(line, VORERROR_INVALID_PARAMETER, kInvalidFormat);
   }
-  return Run(routine, pSrc, pDst);
+  return Run(*routine, pSrc, pDst);
 }
 
 // --- Routines -----------------------------------------------------------------------------------
 
 #define MEMBER(routine)                                                 \
   Error ImageConverter::routine(const Image* pSrc, Image* pDst) const { \
-    return Run(Routine::routine, pSrc, pDst);                           \
+    return Run(GetRoutine(Routine::routine), pSrc, pDst);               \
   }
-#define KERNEL(routine, ...) MEMBER(routine)
-#define WRAPPER(routine, ...) MEMBER(routine)
-#define CHAIN(routine, ...) MEMBER(routine)
-#include "routes/Routines.def"
+#define KORVEX2_KERNEL(routine, ...) MEMBER(routine)
+#define KORVEX2_WRAPPER(routine, ...) MEMBER(routine)
+#define KORVEX2_CHAIN(routine, ...) MEMBER(routine)
+#include "Routines.def"
 #undef MEMBER
 
-Error ImageConverter::Run(Routine routine, const Image* pSrc, Image* pDst) const {
-  const RoutineInfo& info = GetRoutine(routine);
+Error ImageConverter::Run(const RoutineInfo& info, const Image* pSrc, Image* pDst) const {
   if (info.guard == RoutineInfo::Guard::Guarded && LacksBuffer(pSrc, pDst)) {
     return Raise(CallerLine(), VORERROR_INVALID_PARAMETER, kNullImages);
   }
   if (MayWalk(info, pSrc, pDst)) {
-    return WalkRoutine(routine, pSrc, pDst);
+    return WalkRoutine(info, pSrc, pDst);
   }
   // clang-format off
   switch (info.kind) {
@@ -234,32 +235,31 @@ Error ImageConverter::Run(Routine routine, const Image* pSrc, Image* pDst) const
 // that keep their buffers, runs apart from each other, temporaries that an image could hold.
 bool ImageConverter::MayWalk(const RoutineInfo& info, const Image* pSrc, const Image* pDst) const {
   if (m_LittleEndian != (std::endian::native == std::endian::little) || pSrc == nullptr ||
-      pDst == nullptr || !KeepsItsBuffer(*pSrc) || !KeepsItsBuffer(*pDst) ||
-      !IsWalkable(info.routine)) {
+      pDst == nullptr || !KeepsItsBuffer(*pSrc) || !KeepsItsBuffer(*pDst) || !IsWalkable(info)) {
     return false;
   }
   const unsigned char* src = pSrc->GetData();
   const unsigned char* dst = pDst->GetData();
-  RunSize size = RunSizeOf(info.routine, GetNumberOfPixels(pSrc));
-  if (ClearsDestination(info.routine)) {
+  RunSize size = RunSizeOf(info, GetNumberOfPixels(pSrc));
+  if (ClearsDestination(info)) {
     size.destination = std::max<std::size_t>(size.destination, pDst->GetDataSize());
   }
   return src != nullptr && dst != nullptr && AreApart(src, size.source, dst, size.destination) &&
          TemporariesFit(info, *pSrc);
 }
 
-Error ImageConverter::WalkRoutine(Routine routine, const Image* pSrc, Image* pDst) const {
+Error ImageConverter::WalkRoutine(const RoutineInfo& info, const Image* pSrc, Image* pDst) const {
   const std::size_t pixels = GetNumberOfPixels(pSrc);
-  Walk(routine, pSrc->GetData(), pDst->GetData(), pixels, {.littleEndian = m_LittleEndian});
+  Walk(info, pSrc->GetData(), pDst->GetData(), pixels, {.littleEndian = m_LittleEndian});
   const std::size_t written = pixels + pixels % 2;  // by the kernel that clears, which packs pairs
-  if (ClearsDestination(routine) && written < pDst->GetDataSize()) {
+  if (ClearsDestination(info) && written < pDst->GetDataSize()) {
     std::memset(pDst->GetData() + written, 0, pDst->GetDataSize() - written);
   }
   return Success();
 }
 
 Error ImageConverter::RunKernel(const RoutineInfo& info, const Image* pSrc, Image* pDst) const {
-  const kernels::Kernel kernel = kernels::Find(info.routine);
+  const kernels::Kernel kernel = kernels::Find(RoutineOf(info));
   const kernels::Flags flags = {.littleEndian = m_LittleEndian};
   const unsigned char* src = pSrc->GetData();
   unsigned char* dst = pDst->GetData();
@@ -284,7 +284,7 @@ Error ImageConverter::RunKernel(const RoutineInfo& info, const Image* pSrc, Imag
 }
 
 Error ImageConverter::RunWrapper(const RoutineInfo& info, const Image* pSrc, Image* pDst) const {
-  const Error error = Run(info.lastStep, pSrc, pDst);
+  const Error error = Run(*info.lastStep, pSrc, pDst);
   return info.result == RoutineInfo::Result::LastStep ? error : Success();
 }
 
@@ -295,8 +295,8 @@ Error ImageConverter::RunChain(const RoutineInfo& info, const Image* pSrc, Image
   if (TempImage(pSrc, &temporary, info.temporary) == VORERROR_FAILED) {  // too large, or no memory
     ClearFrom(0, pDst);
   }
-  (void)Run(info.firstStep, pSrc, &temporary);
-  const Error error = Run(info.lastStep, &temporary, pDst);
+  (void)Run(*info.firstStep, pSrc, &temporary);
+  const Error error = Run(*info.lastStep, &temporary, pDst);
   return info.result == RoutineInfo::Result::LastStep ? error : Success();
 }
 

@@ -1,17 +1,19 @@
 #pragma once
 
 /// @file
-/// The converter.
+/// The converter. Beside its source rather than in include/, with Singleton.h: the two are known by
+/// their place, and clients find both among the other headers all the same.
 
 #include "Error.h"
 #include "Image.h"
 #include "Korvex2Defs.h"
 #include "Korvex2Export.h"
 #include "Singleton.h"
-#include "routes/Routines.h"
 #include "vorbayer.h"
 
 namespace Korvex2 {
+
+struct RoutineInfo;
 
 /// Converts a frame from one pixel format into another, exactly.
 ///
@@ -78,11 +80,11 @@ class KORVEX2_API ImageConverter : public Singleton<ImageConverter> {
   // Every conversion routine, kernel and primitive: a member per row of Routines.def.
   // What each does, its row says: Routines(), `korvex2 routes`.
   /// @cond
-#define KERNEL(routine, ...) Error routine(const Image* pSrc, Image* pDst) const;
-#define WRAPPER(routine, ...) Error routine(const Image* pSrc, Image* pDst) const;
-#define CHAIN(routine, ...) Error routine(const Image* pSrc, Image* pDst) const;
-#define DEMOSAIC(routine) Error routine(const Image* pSrc, Image* pDst) const;
-#include "routes/Routines.def"
+#define KORVEX2_KERNEL(routine, ...) Error routine(const Image* pSrc, Image* pDst) const;
+#define KORVEX2_WRAPPER(routine, ...) Error routine(const Image* pSrc, Image* pDst) const;
+#define KORVEX2_CHAIN(routine, ...) Error routine(const Image* pSrc, Image* pDst) const;
+#define KORVEX2_DEMOSAIC(routine) Error routine(const Image* pSrc, Image* pDst) const;
+#include "Routines.def"
   /// @endcond
 
   /// Shapes *pTemporary to the source's rows, columns and tile in `format`, rows without padding.
@@ -112,9 +114,9 @@ class KORVEX2_API ImageConverter : public Singleton<ImageConverter> {
 
  private:
   Error Dispatch(PixelFormat target, int line, const Image* pSrc, Image* pDst) const;
-  Error Run(Routine routine, const Image* pSrc, Image* pDst) const;
+  Error Run(const RoutineInfo& info, const Image* pSrc, Image* pDst) const;
   bool MayWalk(const RoutineInfo& info, const Image* pSrc, const Image* pDst) const;
-  Error WalkRoutine(Routine routine, const Image* pSrc, Image* pDst) const;
+  Error WalkRoutine(const RoutineInfo& info, const Image* pSrc, Image* pDst) const;
   Error RunKernel(const RoutineInfo& info, const Image* pSrc, Image* pDst) const;
   Error RunWrapper(const RoutineInfo& info, const Image* pSrc, Image* pDst) const;
   Error RunChain(const RoutineInfo& info, const Image* pSrc, Image* pDst) const;

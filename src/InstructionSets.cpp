@@ -21,7 +21,7 @@ struct NameList {
 
 }  // namespace
 
-std::span<const std::string_view> InstructionSets() noexcept {
+ArrayView<std::string_view> InstructionSets() noexcept {
   static const NameList list;
   return {list.names, list.count};
 }
@@ -31,7 +31,7 @@ std::string_view GetInstructionSet() noexcept {
 }
 
 Error SetInstructionSet(std::string_view name) noexcept {
-  const std::span<const std::string_view> names = InstructionSets();
+  const ArrayView<std::string_view> names = InstructionSets();
   const auto found = std::ranges::find(names, name);
   if (found == names.end()) {
     return InternalError(__LINE__, "InstructionSets.cpp", __DATE__, __TIME__, VORERROR_NOT_FOUND,

@@ -1,13 +1,14 @@
 #pragma once
 
 /// @file
-/// One shared, reference-counted instance of a class.
-
-#include <boost/thread/lock_guard.hpp>
-#include <boost/thread/mutex.hpp>
-#include <new>
+/// One shared, reference-counted instance of a class. Beside the converter rather than in include/:
+/// the two are known by their place, and clients find both among the other headers all the same.
 
 #include "Korvex2Export.h"
+
+namespace boost {
+class mutex;  // the whole of it only where a singleton is made: SingletonDefinitions.h
+}
 
 namespace Korvex2 {
 
@@ -18,34 +19,18 @@ namespace Korvex2 {
 /// needs a public default constructor and destructor; further instances made directly are allowed
 /// and have nothing to do with the shared one.
 ///
-/// A shared library that hands out its singleton must instantiate the template once and declare it
-/// extern in T's header, or each library would count users of its own.
+/// Using a singleton takes this header alone. Making one of your own takes
+/// SingletonDefinitions.h, which includes Boost.Thread. A shared library that hands out its
+/// singleton must instantiate the template once and declare it extern in T's header, or each
+/// library would count users of its own.
 template <typename T>
 class KORVEX2_API Singleton {
  public:
   /// The shared instance; null when there is no memory for it (and no user is counted).
-  static T* getInstance() {
-    const boost::lock_guard<boost::mutex> lock(m_mutex);
-    if (m_pInstance == nullptr) {
-      m_pInstance = new (std::nothrow) T;
-    }
-    if (m_pInstance != nullptr) {
-      ++m_iRefCount;
-    }
-    return m_pInstance;
-  }
+  static T* getInstance();
 
   /// One getInstance undone. Without a user left to release, nothing happens.
-  static void releaseInstance() {
-    const boost::lock_guard<boost::mutex> lock(m_mutex);
-    if (m_iRefCount == 0) {
-      return;
-    }
-    if (--m_iRefCount == 0) {
-      delete m_pInstance;
-      m_pInstance = nullptr;
-    }
-  }
+  static void releaseInstance();
 
  protected:
   Singleton() {}           ///< by T alone
@@ -60,14 +45,5 @@ class KORVEX2_API Singleton {
   static int m_iRefCount;       ///< its users
   static boost::mutex m_mutex;  ///< held while either changes
 };
-
-template <typename T>
-T* Singleton<T>::m_pInstance = nullptr;
-
-template <typename T>
-int Singleton<T>::m_iRefCount = 0;
-
-template <typename T>
-boost::mutex Singleton<T>::m_mutex;
 
 }  // namespace Korvex2

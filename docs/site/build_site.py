@@ -18,8 +18,8 @@ import format_drawings
 import route_graphs
 from pages import CODE_SPAN, HEADING, LINK, ROOT, headings, is_relative, lines, links, pages
 
-HEADERS = ["include", "src/CheckConversion.h", "src/ImageConverterARMStub.h", "src/InstructionSets.h",
-           "src/Singleton.h", "src/routes/Routines.h"]
+HEADERS = ["include", "src/ImageConverterARMStub.h", "src/Singleton.h"]
+VERSION_HEADER = Path("include/Korvex2Version.h.in")  # CMake fills the numbers in
 CONTENTS = Path("docs/README.md")  # the main page
 DRAWING = re.compile(r"^<!-- picture: (\S+) (.*) -->$")
 # What the demosaic methods make of the chart: a detail each, at (x, y, width, height).
@@ -139,9 +139,15 @@ def example_list():
 
 def run_doxygen(output, version):
     staged = output / "pages"
+    numbers = dict(zip(("MAJOR", "MINOR", "PATCH"), version.split(".")))
+    version_header = output / "headers" / VERSION_HEADER.stem
+    version_header.parent.mkdir(exist_ok=True)
+    version_header.write_text(re.sub(r"@PROJECT_VERSION_(\w+)@", lambda match: numbers[match.group(1)],
+                                     (ROOT / VERSION_HEADER).read_text()))
     values = {"SOURCE": ROOT, "OUTPUT": output, "PAGES": staged, "PICTURES": output / "pictures",
-              "INPUT": " ".join(str(path) for path in [*(staged / page for page in in_order()), staged / "examples.dox"]),
-              "VERSION": version, "HEADERS": " ".join(str(ROOT / header) for header in HEADERS)}
+              "INPUT": " ".join(map(str, [*(staged / page for page in in_order()), staged / "examples.dox"])),
+              "VERSION": version,
+              "HEADERS": " ".join(map(str, [*(ROOT / header for header in HEADERS), version_header]))}
     template = (ROOT / "docs/site/Doxyfile.in").read_text()
     (output / "Doxyfile").write_text(re.sub(r"@(\w+)@", lambda match: str(values[match.group(1)]), template))
     result = subprocess.run(["doxygen", "Doxyfile"], cwd=output, capture_output=True, text=True)

@@ -9,7 +9,8 @@ from conan.tools.build import check_min_cppstd
 from conan.tools.cmake import CMake, CMakeDeps, CMakeToolchain, cmake_layout
 from conan.tools.files import copy, load, rmdir
 
-SOURCES = ("CMakeLists.txt", "LICENSE", "bayer/*", "cmake/*", "include/*", "python/*", "sdk/*", "src/*", "tools/*")
+SOURCES = ("CMakeLists.txt", "LICENSE", "bayer/*", "cmake/*", "include/*", "io/*", "python/*", "sdk/*", "src/*",
+           "tools/*")
 
 
 class Korvex2Recipe(ConanFile):
@@ -51,7 +52,7 @@ class Korvex2Recipe(ConanFile):
         cmake_layout(self)
 
     def requirements(self):
-        self.requires("boost/[>=1.74 <2]", transitive_headers=True, transitive_libs=True)  # Singleton.h has its mutex
+        self.requires("boost/[>=1.74 <2]", transitive_headers=True)  # for SingletonDefinitions.h; nothing of it is linked
         if self.options.simd:
             self.requires("highway/[>=1.0.3 <2]")
         if self.options.tools:
@@ -109,7 +110,7 @@ class Korvex2Recipe(ConanFile):
         simd = ["highway::hwy"] if self.options.simd else []
         self._component("vorbayer", "vorbayer::vorbayer", "include", ["m", "stdc++"], simd)
         self._component("korvex2", "Korvex2::Korvex2", "include/korvex2", ["m", "pthread"],
-                        ["vorbayer", "boost::thread", *simd])
+                        ["vorbayer", "boost::headers", *simd])
         # Programs and modules, which no client links.
         if self.options.tools:
             self.cpp_info.components["tools"].requires = ["cli11::cli11", "fmt::fmt", "libpng::libpng",

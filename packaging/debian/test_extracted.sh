@@ -28,8 +28,8 @@ for package in packages/*.deb; do
 done
 # shellcheck disable=SC2046
 DEB_HOST_ARCH=arm64 dpkg-shlibdeps -O \
-  $(printf ' -l%s' trees/*/"$lib" "$sysroot"/packages/*/"$lib" "$sysroot"/packages/*/lib/*) \
-  trees/*/usr/bin/* trees/*/"$lib"/*.so.?.* trees/*/usr/lib/python3/dist-packages/*/*.so
+  $(printf ' -l%s' trees/*/"$lib" trees/*/"$lib"/korvex2 "$sysroot"/packages/*/"$lib" "$sysroot"/packages/*/lib/*) \
+  trees/*/usr/bin/* trees/*/"$lib"/*.so.?.* trees/*/"$lib"/korvex2/*.so.?.* trees/*/usr/lib/python3/dist-packages/*/*.so
 
 step "the tool"
 arm "$root/usr/bin/korvex2" --version

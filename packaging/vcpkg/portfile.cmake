@@ -12,6 +12,7 @@ vcpkg_cmake_configure(
     ${FEATURE_OPTIONS}
     -DKORVEX2_BUILD_PYTHON=OFF
     -DKORVEX2_BUILD_TESTS=OFF
+    -DKORVEX2_PRIVATE_LIBDIR=lib  # where vcpkg lets the tools that it moves look
   OPTIONS_DEBUG
     -DKORVEX2_BUILD_TOOL=OFF)
 vcpkg_cmake_install()

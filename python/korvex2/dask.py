@@ -216,7 +216,8 @@ def _check_name(name: str, *fields: dict[str, int]) -> None:
         raise ValueError(f"{name!r} is no name for these frames: {error!r}") from None
     if len(names) < len(fields) or not name.endswith(".npy") or os.path.basename(name) != name:
         needed = " and ".join(f"{{{field}}}" for field in fields[0])
-        raise ValueError(f"{name!r} is no name for these frames: it must have {needed}, end with .npy and name no folder")
+        raise ValueError(
+            f"{name!r} is no name for these frames: it must have {needed}, end with .npy and name no folder")
 
 
 def _join(parts: Iterable[Written]) -> Written:

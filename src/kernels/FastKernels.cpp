@@ -24,14 +24,7 @@ FastKernel Find([[maybe_unused]] Target target, [[maybe_unused]] Routine routine
   return nullptr;
 }
 
-// None and SameFormat, then every row.
-constexpr std::size_t kRoutines = 2
-#define KERNEL(...) +1
-#define WRAPPER(...) +1
-#define CHAIN(...) +1
-#define DEMOSAIC(...) +1
-#include "routes/Routines.def"
-    ;
+constexpr auto kRoutines = static_cast<std::size_t>(Routine::Count);
 
 struct Table {
   Target target = Target::kPlain;
@@ -47,8 +40,8 @@ struct Tables {
     for (const Target target : Simd::availableTargets()) {
       Table& table = tables[count++];
       table.target = target;
-      for (const RoutineInfo& info : Routines()) {
-        table.kernels[static_cast<std::size_t>(info.routine)] = Find(target, info.routine);
+      for (std::size_t routine = 0; routine < kRoutines; ++routine) {
+        table.kernels[routine] = Find(target, static_cast<Routine>(routine));
       }
     }
   }

@@ -6,10 +6,10 @@ namespace Korvex2::kernels {
 
 Kernel Find(Routine routine) noexcept {
   switch (routine) {
-#define KERNEL(routine, ...) \
-  case Routine::routine:     \
+#define KORVEX2_KERNEL(routine, ...) \
+  case Routine::routine:             \
     return scalar::routine;
-#include "routes/Routines.def"
+#include "Routines.def"
     default:
       return nullptr;
   }

@@ -3,14 +3,14 @@
 /// The pixel kernels: plain functions on runs of pixels.
 ///
 /// A kernel reads `pixels` packed pixels from src and writes as many to dst. It works in the steps
-/// that routes/Routines.def gives and completes the last one: beyond that it touches nothing. The
+/// that Routines.def gives and completes the last one: beyond that it touches nothing. The
 /// runs may overlap, or be one; the result is then what the one-step-at-a-time loop gives.
 /// Kernels know neither Image nor Error, allocate nothing and keep no state.
 
 #include <cstddef>
 #include <cstdint>
 
-#include "routes/Routines.h"
+#include "Routine.h"
 
 namespace Korvex2::kernels {
 

@@ -6,11 +6,9 @@
 namespace Korvex2 {
 namespace {
 
-constexpr RoutineInfo Kernel(Routine routine, std::string_view name, std::uint32_t pixels,
-                             std::uint32_t sourceBytes, std::uint32_t destinationBytes,
-                             RoutineInfo::Extra extra) {
-  return {.routine = routine,
-          .name = name,
+constexpr RoutineInfo Kernel(std::string_view name, std::uint32_t pixels, std::uint32_t sourceBytes,
+                             std::uint32_t destinationBytes, RoutineInfo::Extra extra) {
+  return {.name = name,
           .kind = RoutineInfo::Kind::Kernel,
           .extra = extra,
           .pixelsPerStep = pixels,
@@ -18,21 +16,19 @@ constexpr RoutineInfo Kernel(Routine routine, std::string_view name, std::uint32
           .destinationBytesPerStep = destinationBytes};
 }
 
-constexpr RoutineInfo Wrapper(Routine routine, std::string_view name, Routine step,
+constexpr RoutineInfo Wrapper(std::string_view name, const RoutineInfo* step,
                               RoutineInfo::Guard guard, RoutineInfo::Result result) {
-  return {.routine = routine,
-          .name = name,
+  return {.name = name,
           .kind = RoutineInfo::Kind::Wrapper,
           .guard = guard,
           .result = result,
           .lastStep = step};
 }
 
-constexpr RoutineInfo Chain(Routine routine, std::string_view name, PixelFormat temporary,
-                            Routine first, Routine last, RoutineInfo::Guard guard,
+constexpr RoutineInfo Chain(std::string_view name, PixelFormat temporary, const RoutineInfo* first,
+                            const RoutineInfo* last, RoutineInfo::Guard guard,
                             RoutineInfo::Result result) {
-  return {.routine = routine,
-          .name = name,
+  return {.name = name,
           .kind = RoutineInfo::Kind::Chain,
           .guard = guard,
           .result = result,
@@ -41,33 +37,29 @@ constexpr RoutineInfo Chain(Routine routine, std::string_view name, PixelFormat 
           .temporary = temporary};
 }
 
-constexpr RoutineInfo Demosaic(Routine routine, std::string_view name) {
-  return {.routine = routine,
-          .name = name,
-          .kind = RoutineInfo::Kind::Demosaic,
-          .guard = RoutineInfo::Guard::Unguarded};
+constexpr RoutineInfo Demosaic(std::string_view name) {
+  return {
+      .name = name, .kind = RoutineInfo::Kind::Demosaic, .guard = RoutineInfo::Guard::Unguarded};
 }
-
-constexpr RoutineInfo kRoutines[] = {
-#define KERNEL(routine, pixels, source, destination, extra) \
-  Kernel(Routine::routine, #routine, pixels, source, destination, RoutineInfo::Extra::extra),
-#define WRAPPER(routine, step, guard, result)                                   \
-  Wrapper(Routine::routine, #routine, Routine::step, RoutineInfo::Guard::guard, \
-          RoutineInfo::Result::result),
-#define CHAIN(routine, temporary, first, last, guard, result)                                \
-  Chain(Routine::routine, #routine, PIXEL_FORMAT_##temporary, Routine::first, Routine::last, \
-        RoutineInfo::Guard::guard, RoutineInfo::Result::result),
-#define DEMOSAIC(routine) Demosaic(Routine::routine, #routine),
-#include "routes/Routines.def"
-};
 
 constexpr std::size_t IndexOf(Routine routine) {
   return static_cast<std::size_t>(routine) - static_cast<std::size_t>(Routine::SameFormat) - 1;
 }
 
-static_assert(std::ranges::all_of(kRoutines, [](const RoutineInfo& info) {
-  return &info - kRoutines == static_cast<std::ptrdiff_t>(IndexOf(info.routine));
-}));
+// A step is a row of the same table.
+#define ROW(routine) (kRoutines + IndexOf(Routine::routine))
+constexpr RoutineInfo kRoutines[IndexOf(Routine::Count)] = {
+#define KORVEX2_KERNEL(routine, pixels, source, destination, extra) \
+  Kernel(#routine, pixels, source, destination, RoutineInfo::Extra::extra),
+#define KORVEX2_WRAPPER(routine, step, guard, result) \
+  Wrapper(#routine, ROW(step), RoutineInfo::Guard::guard, RoutineInfo::Result::result),
+#define KORVEX2_CHAIN(routine, temporary, first, last, guard, result)                         \
+  Chain(#routine, PIXEL_FORMAT_##temporary, ROW(first), ROW(last), RoutineInfo::Guard::guard, \
+        RoutineInfo::Result::result),
+#define KORVEX2_DEMOSAIC(routine) Demosaic(#routine),
+#include "Routines.def"
+};
+#undef ROW
 
 // One cell of the dispatch matrix.
 struct Cell {
@@ -117,16 +109,15 @@ constexpr Matrix kMatrix = [] {
   return matrix;
 }();
 
-void Expand(Routine routine, PixelFormat source, PixelFormat target, int depth,
+void Expand(const RoutineInfo& info, PixelFormat source, PixelFormat target, int depth,
             std::vector<RouteCall>& calls) {
-  const RoutineInfo& info = GetRoutine(routine);
   calls.push_back({&info, depth, source, target});
   switch (info.kind) {
     case RoutineInfo::Kind::Wrapper:
-      return Expand(info.lastStep, source, target, depth + 1, calls);
+      return Expand(*info.lastStep, source, target, depth + 1, calls);
     case RoutineInfo::Kind::Chain:
-      Expand(info.firstStep, source, info.temporary, depth + 1, calls);
-      return Expand(info.lastStep, info.temporary, target, depth + 1, calls);
+      Expand(*info.firstStep, source, info.temporary, depth + 1, calls);
+      return Expand(*info.lastStep, info.temporary, target, depth + 1, calls);
     case RoutineInfo::Kind::Kernel:
     case RoutineInfo::Kind::Demosaic:
       return;
@@ -135,26 +126,37 @@ void Expand(Routine routine, PixelFormat source, PixelFormat target, int depth,
 
 }  // namespace
 
-std::span<const RoutineInfo> Routines() noexcept {
+ArrayView<RoutineInfo> Routines() noexcept {
   return kRoutines;
+}
+
+const RoutineInfo* FindRoutine(std::string_view name) noexcept {
+  const auto* found = std::ranges::find(kRoutines, name, &RoutineInfo::name);
+  return found == std::end(kRoutines) ? nullptr : found;
 }
 
 const RoutineInfo& GetRoutine(Routine routine) noexcept {
   return kRoutines[IndexOf(routine)];
 }
 
-Routine FindRoute(PixelFormat source, PixelFormat target) noexcept {
+Routine RoutineOf(const RoutineInfo& info) noexcept {
+  return static_cast<Routine>(&info - kRoutines + static_cast<int>(Routine::SameFormat) + 1);
+}
+
+const RoutineInfo* FindRoute(PixelFormat source, PixelFormat target) noexcept {
   const std::size_t row = PositionOf(target);
   const std::size_t column = PositionOf(source);
   const bool known = row < kFormats.size() && column < kFormats.size();
-  return known ? kMatrix[row][column] : Routine::None;
+  const Routine routine = known ? kMatrix[row][column] : Routine::None;
+  const bool runs = routine != Routine::None && routine != Routine::SameFormat;
+  return runs ? &GetRoutine(routine) : nullptr;
 }
 
 std::vector<RouteCall> ExpandRoute(PixelFormat source, PixelFormat target) {
-  const Routine routine = FindRoute(source, target);
+  const RoutineInfo* routine = FindRoute(source, target);
   std::vector<RouteCall> calls;
-  if (routine != Routine::None && routine != Routine::SameFormat) {
-    Expand(routine, source, target, 0, calls);
+  if (routine != nullptr) {
+    Expand(*routine, source, target, 0, calls);
   }
   return calls;
 }

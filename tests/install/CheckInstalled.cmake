@@ -1,6 +1,6 @@
 # Installs the build into a prefix of its own, moves the prefix, and builds and runs the consumers against it, the one in
 # C++ of korvex2 and the one in C of vorbayer: with find_package, then with pkg-config. The Python package finds the
-# libraries beside it.
+# libraries beside it, the tool these and the private one, of which nothing else is installed.
 
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
@@ -60,6 +60,15 @@ if(PYTHON)
     "import korvex2; assert korvex2.convert(bytearray(4), 'rgb8', 'mono8', shape=(2, 2)).shape == (2, 2, 3)")
 endif()
 
+if(TOOL)
+  run(${prefix}/${TOOL} chart ${WORK_DIR}/chart.png --to rgb8)
+  file(GLOB_RECURSE private RELATIVE ${prefix} ${prefix}/*korvex2-io* ${prefix}/*Containers.h)
+  list(FILTER private EXCLUDE REGEX "^${LIBDIR}/korvex2/libkorvex2-io\\.so\\.[0-9.]+$")
+  if(private)
+    message(FATAL_ERROR "What is private to the tool is installed where others find it: ${private}")
+  endif()
+endif()
+
 find_program(PKG_CONFIG NAMES pkg-config pkgconf)
 if(NOT PKG_CONFIG)
   message("SKIPPED: there is no pkg-config; find_package was checked")
@@ -76,7 +85,7 @@ function(build_by_pkg_config program source module)
   run(${program})
 endfunction()
 
-build_by_pkg_config(${WORK_DIR}/consumer consumer/main.cpp korvex2 ${CXX} -std=c++20)
+build_by_pkg_config(${WORK_DIR}/consumer consumer/main.cpp korvex2 ${CXX} -std=c++17)
 if(NOT SANITIZE)
   build_by_pkg_config(${WORK_DIR}/c_consumer c_consumer/main.c vorbayer
     ${CC} -std=c99 -Wall -Wextra -Wpedantic -Werror)

@@ -44,7 +44,8 @@ def test_debian_packages_name_every_component_that_is_installed():
     text = (ROOT / "cmake/Korvex2Packages.cmake").read_text()
     packaged = set(re.search(r"CPACK_COMPONENTS_ALL ([\w ]+)\)", text).group(1).split())
     installed = set()
-    for path in ("cmake/Korvex2Install.cmake", "tools/korvex2/CMakeLists.txt", "python/CMakeLists.txt"):
+    for path in ("cmake/Korvex2Install.cmake", "io/CMakeLists.txt", "tools/korvex2/CMakeLists.txt",
+                 "python/CMakeLists.txt"):
         text = (ROOT / path).read_text()
         for command in re.findall(r"^ *(?:korvex2_)?install\(([^)]*)\)", text, re.M):
             components = re.findall(r"\b(?:NAMELINK_)?COMPONENT (\w+|\$\{\w+\})", command)

@@ -63,7 +63,8 @@ def test_the_consumers_are_told_the_names_that_the_projects_own_clients_use():
 def run_port(folder, features, port=PORT):
     return subprocess.run(
         [CMAKE, f"-DPORT_DIR={port}", f"-DWORK_DIR={folder}", f"-DBUILD_DIR={BUILD}",
-         f"-DFEATURES={';'.join(features)}", "-P", Path(__file__).parent / "vcpkg_stand_in.cmake"], capture_output=True, text=True, timeout=200)
+         f"-DFEATURES={';'.join(features)}", "-P", Path(__file__).parent / "vcpkg_stand_in.cmake"],
+        capture_output=True, text=True, timeout=200)
 
 
 @pytest.mark.parametrize("features", [[], ["simd"], ["simd", "tools"]], ids=str)

@@ -80,7 +80,7 @@ bool Names(const Error& error, std::string_view words) {
   return false;
 }
 
-// --- Every pair, tile, method and parity --------------------------------------------------------
+// --- Every pair, tile, method and parity
 
 bool IsRaw(PixelFormat format) {
   return Reference::IsRaw(format);
@@ -200,7 +200,7 @@ std::string FormatParam(const testing::TestParamInfo<Reference::Format>& param) 
 
 INSTANTIATE_TEST_SUITE_P(From, Foresight, testing::ValuesIn(AllFormats()), FormatParam);
 
-// --- Reasons ------------------------------------------------------------------------------------
+// --- Reasons
 
 TEST(CheckConversion, NamesOddRowsAndOddColumns) {
   const Error error = CheckConversion(Frame(5, 7, PIXEL_FORMAT_RAW8), PIXEL_FORMAT_BGRU);
@@ -314,7 +314,7 @@ TEST(CheckConversion, SaysWhereItFoundAReason) {
   EXPECT_NE(error.GetCause()->GetLine(), error.GetLine());
 }
 
-// --- Shapes beyond memory -----------------------------------------------------------------------
+// --- Shapes beyond memory
 
 /// A frame of any size, without the bytes.
 LentImage Huge(unsigned rows, unsigned cols, PixelFormat format, unsigned char* byte) {
@@ -426,7 +426,7 @@ TEST(CheckConversion, NamesSidesThatTheEngineCannotTake) {
   }
 }
 
-// --- Cost ---------------------------------------------------------------------------------------
+// --- Cost
 
 TEST(CheckConversion, AllotsNothingWhereAllIsWell) {
   const Image source = Frame(4, 4, PIXEL_FORMAT_RAW12);

@@ -117,7 +117,6 @@ class Run {
 };
 
 // --- What the oracle says of the same lack.
-// --------------------------------------------------------
 
 // Temporaries and the engine's line buffers, in the order in which the oracle asks for them.
 struct OracleMemory {

@@ -12,8 +12,8 @@
 
 #include "ImageConverterARMStub.h"
 #include "PixelFormats.h"
+#include "Routes.h"
 #include "reference/Formats.h"
-#include "routes/Routines.h"
 #include "support/Comparison.h"
 #include "support/HeapWatch.h"
 #include "support/PaintedStack.h"
@@ -46,7 +46,6 @@ struct Size {
 constexpr Size kSizes[] = {{2, 2}, {64, 640}, {180, 640}};
 
 // --- The figures of the page.
-// --------------------------------------------------------
 
 struct EngineShare {
   BayerMethod method;
@@ -86,26 +85,22 @@ const std::map<PixelFormat, std::map<PixelFormat, std::size_t>> kTemporaries = {
 // clang-format on
 
 /// Bytes of the temporary images that a route holds at once, made whole.
-std::size_t TemporariesOf(Routine routine, std::size_t pixels) {
-  if (routine == Routine::None || routine == Routine::SameFormat) return 0;
-  const RoutineInfo& info = GetRoutine(routine);
-  const std::size_t last =
-      info.lastStep == Routine::None ? 0 : TemporariesOf(info.lastStep, pixels);
-  if (info.kind != RoutineInfo::Kind::Chain) return last;
-  return PackedSize(*FindPixelFormat(info.temporary), pixels) +
-         std::max(TemporariesOf(info.firstStep, pixels), last);
+std::size_t TemporariesOf(const RoutineInfo* routine, std::size_t pixels) {
+  if (routine == nullptr) return 0;
+  const std::size_t last = TemporariesOf(routine->lastStep, pixels);
+  if (routine->kind != RoutineInfo::Kind::Chain) return last;
+  return PackedSize(*FindPixelFormat(routine->temporary), pixels) +
+         std::max(TemporariesOf(routine->firstStep, pixels), last);
 }
 
-std::size_t OutermostTemporaryOf(Routine routine, std::size_t pixels) {
-  if (routine == Routine::None || routine == Routine::SameFormat) return 0;
-  const RoutineInfo& info = GetRoutine(routine);
-  return info.kind == RoutineInfo::Kind::Chain
-             ? PackedSize(*FindPixelFormat(info.temporary), pixels)
-             : OutermostTemporaryOf(info.lastStep, pixels);
+std::size_t OutermostTemporaryOf(const RoutineInfo* routine, std::size_t pixels) {
+  if (routine == nullptr) return 0;
+  return routine->kind == RoutineInfo::Kind::Chain
+             ? PackedSize(*FindPixelFormat(routine->temporary), pixels)
+             : OutermostTemporaryOf(routine->lastStep, pixels);
 }
 
 // --- Conversions, measured.
-// ----------------------------------------------------------
 
 struct Conversion {
   Size size;
@@ -114,7 +109,7 @@ struct Conversion {
   ColorProcessingAlgorithm method = NEAREST_NEIGHBOR;
   unsigned padding = 0;  // of the source's rows
 
-  bool IsRefused() const { return from != to && FindRoute(from, to) == Routine::None; }
+  bool IsRefused() const { return from != to && FindRoute(from, to) == nullptr; }
   bool Demosaics() const { return Reference::IsRaw(from) && !Reference::IsRaw(to) && !IsRefused(); }
 };
 
@@ -246,7 +241,7 @@ TEST(MemoryUse, MosaicsTakeTheirTemporaryImagesAndTheEnginesShare) {
 
 /// Between the outermost temporary image of the route and all of them together.
 void ExpectTheTemporaryImages(const Conversion& c, std::size_t peak, std::size_t share) {
-  const Routine routine = FindRoute(c.from, c.to);
+  const RoutineInfo* routine = FindRoute(c.from, c.to);
   const std::size_t outermost = OutermostTemporaryOf(routine, c.size.Pixels());
   const std::size_t all = TemporariesOf(routine, c.size.Pixels());
   EXPECT_GE(peak, outermost) << Describe(c);
@@ -312,7 +307,6 @@ TEST(MemoryUse, ACopyOfPaddedRowsTakesAPackedBufferBesides) {
 }
 
 // --- The engine by itself.
-// -----------------------------------------------------------
 
 bool HasWords(BayerPixelFormat format) {
   return format == BAYER_PIXEL_FORMAT_BGR16 || format == BAYER_PIXEL_FORMAT_BGRU16 ||
@@ -375,7 +369,6 @@ TEST(MemoryUse, TheEngineStaysWithinItsShareWhateverTheSize) {
 }
 
 // --- Stack.
-// --------------------------------------------------------------------------
 
 constexpr std::size_t kMostStack = 64 * kKiB;
 constexpr Size kLongRow = {6, 700};

@@ -1,4 +1,4 @@
-#include "Singleton.h"
+#include "SingletonDefinitions.h"
 
 #include <gtest/gtest.h>
 

@@ -6,11 +6,11 @@ namespace Korvex2::Test {
 
 std::span<const Probe::NamedMember> Probe::Routines() {
   static constexpr NamedMember kRoutines[] = {
-#define KERNEL(routine, ...) {#routine, &Probe::routine},
-#define WRAPPER(routine, ...) {#routine, &Probe::routine},
-#define CHAIN(routine, ...) {#routine, &Probe::routine},
-#define DEMOSAIC(routine) {#routine, &Probe::routine},
-#include "routes/Routines.def"
+#define KORVEX2_KERNEL(routine, ...) {#routine, &Probe::routine},
+#define KORVEX2_WRAPPER(routine, ...) {#routine, &Probe::routine},
+#define KORVEX2_CHAIN(routine, ...) {#routine, &Probe::routine},
+#define KORVEX2_DEMOSAIC(routine) {#routine, &Probe::routine},
+#include "Routines.def"
   };
   return kRoutines;
 }

@@ -17,11 +17,11 @@ class Probe : public ImageConverter {
 
   bool IsLittleEndian() const { return m_LittleEndian; }
 
-#define KERNEL(routine, ...) using ImageConverter::routine;
-#define WRAPPER(routine, ...) using ImageConverter::routine;
-#define CHAIN(routine, ...) using ImageConverter::routine;
-#define DEMOSAIC(routine) using ImageConverter::routine;
-#include "routes/Routines.def"
+#define KORVEX2_KERNEL(routine, ...) using ImageConverter::routine;
+#define KORVEX2_WRAPPER(routine, ...) using ImageConverter::routine;
+#define KORVEX2_CHAIN(routine, ...) using ImageConverter::routine;
+#define KORVEX2_DEMOSAIC(routine) using ImageConverter::routine;
+#include "Routines.def"
 
   using ImageConverter::Clamp_8bit;
   using ImageConverter::ConvertToBGR;

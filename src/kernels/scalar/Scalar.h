@@ -7,8 +7,8 @@
 
 namespace Korvex2::kernels::scalar {
 
-#define KERNEL(routine, ...) \
+#define KORVEX2_KERNEL(routine, ...) \
   void routine(const std::uint8_t* src, std::uint8_t* dst, std::size_t pixels, Flags flags);
-#include "routes/Routines.def"
+#include "Routines.def"
 
 }  // namespace Korvex2::kernels::scalar

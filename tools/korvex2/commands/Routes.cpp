@@ -1,15 +1,16 @@
 // korvex2 routes: what the converter runs for each pair of formats, told from its own tables.
 
-#include "routes/Routines.h"
+#include "Routes.h"
 
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "Failure.h"
-#include "Names.h"
-#include "Table.h"
 #include "commands/Commands.h"
+#include "commands/CommonOptions.h"
+#include "terminal/Failure.h"
+#include "terminal/Names.h"
+#include "terminal/Table.h"
 
 namespace Korvex2::Tool {
 namespace {
@@ -23,17 +24,11 @@ struct Options {
 struct Route {
   PixelFormat source;
   PixelFormat target;
-  Routine routine;
-  std::vector<RouteCall> calls;
-};
+  std::vector<RouteCall> calls;  // none where the pair is copied or refused
 
-Route RouteOf(PixelFormat source, PixelFormat target) {
-  Route route{source, target, FindRoute(source, target), ExpandRoute(source, target)};
-  if (source == target) {
-    route.routine = Routine::SameFormat;  // copied, whatever the format
-  }
-  return route;
-}
+  bool IsCopied() const { return source == target; }  // whatever the format
+  bool IsRefused() const { return !IsCopied() && calls.empty(); }
+};
 
 std::vector<Route> RoutesOf(const PixelFormatInfo* from, const PixelFormatInfo* to) {
   std::vector<Route> routes;
@@ -42,7 +37,7 @@ std::vector<Route> RoutesOf(const PixelFormatInfo* from, const PixelFormatInfo* 
       const bool wanted = (from == nullptr ? source.convertible : from == &source) &&
                           (to == nullptr ? target.convertible : to == &target);
       if (wanted) {
-        routes.push_back(RouteOf(source.format, target.format));
+        routes.push_back({source.format, target.format, ExpandRoute(source.format, target.format)});
       }
     }
   }
@@ -53,10 +48,10 @@ std::vector<Route> RoutesOf(const PixelFormatInfo* from, const PixelFormatInfo* 
 
 // How many passes over the pixels, d for a demosaicing one.
 std::string Symbol(const Route& route) {
-  if (route.routine == Routine::None) {
+  if (route.IsRefused()) {
     return ".";
   }
-  if (route.routine == Routine::SameFormat) {
+  if (route.IsCopied()) {
     return "=";
   }
   int passes = 0;
@@ -98,14 +93,10 @@ std::string PassNames(const Route& route) {
 }
 
 std::string RoutineName(const Route& route) {
-  switch (route.routine) {
-    case Routine::None:
-      return "refused";
-    case Routine::SameFormat:
-      return "copied";
-    default:
-      return std::string(route.calls.front().routine->name);
+  if (route.IsRefused()) {
+    return "refused";
   }
+  return route.IsCopied() ? "copied" : std::string(route.calls.front().routine->name);
 }
 
 void PrintList(const std::vector<Route>& routes) {
@@ -167,9 +158,7 @@ std::string JsonOf(const Route& route) {
     }
   }
   const std::string routine = route.calls.empty() ? "null" : Json(RoutineName(route));
-  const char* kind = route.routine == Routine::None         ? "refused"
-                     : route.routine == Routine::SameFormat ? "copied"
-                                                            : "converted";
+  const char* kind = route.IsRefused() ? "refused" : route.IsCopied() ? "copied" : "converted";
   return fmt::format(R"({{"from": {}, "to": {}, "is": "{}", "routine": {}, "kernels": [{}]}})",
                      Json(NameOf(route.source)), Json(NameOf(route.target)), kind, routine,
                      kernels);
@@ -202,14 +191,21 @@ void Run(const Options& options) {
 
 }  // namespace
 
-void AddRoutesCommand(CLI::App& app) {
+Command RoutesCommand() {
   const auto options = std::make_shared<Options>();
-  CLI::App* command =
-      app.add_subcommand("routes", "Show which kernels run for which pair of formats");
-  command->add_option("--from", options->from, "Only from this format")->check(NotEmpty);
-  command->add_option("--to", options->to, "Only to this format")->check(NotEmpty);
-  command->add_flag("--json", options->json, "Print JSON");
-  command->callback([options] { Run(*options); });
+  Options& o = *options;
+  // clang-format off
+  return {
+      .name = "routes",
+      .help = "Show which kernels run for which pair of formats",
+      .options = {
+          {"--from", &o.from, FormatWords(), "Only from this format"},
+          {"--to",   &o.to,   FormatWords(), "Only to this format"},
+          {"--json", &o.json, kFlag,         "Print JSON"},
+      },
+      .run = [options] { Run(*options); return kDone; },
+  };
+  // clang-format on
 }
 
 }  // namespace Korvex2::Tool

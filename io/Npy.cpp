@@ -1,0 +1,237 @@
+#include "io/Npy.h"
+
+#include <algorithm>
+#include <bit>
+#include <charconv>
+#include <cstring>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "io/Failure.h"
+#include "io/Names.h"
+#include "io/Raster.h"
+
+namespace Korvex2::Io {
+namespace {
+
+// How the elements of an array are the samples of a format. The first row of a shape is the format
+// in which it is read.
+struct Elements {
+  PixelFormat format;
+  unsigned channels;  // 0: bytes of groups
+  unsigned size;
+  bool suggested;
+};
+
+constexpr Elements kElements[] = {
+    // clang-format off
+    {PIXEL_FORMAT_MONO8,   1, 1, true},
+    {PIXEL_FORMAT_RAW8,    1, 1, false},
+    {PIXEL_FORMAT_MONO16,  1, 2, true},
+    {PIXEL_FORMAT_RAW16,   1, 2, false},
+    {PIXEL_FORMAT_RGB8,    3, 1, true},
+    {PIXEL_FORMAT_BGR,     3, 1, false},
+    {PIXEL_FORMAT_444YUV8, 3, 1, false},
+    {PIXEL_FORMAT_RGB16,   3, 2, true},
+    {PIXEL_FORMAT_BGR16,   3, 2, false},
+    {PIXEL_FORMAT_RGBU,    4, 1, true},
+    {PIXEL_FORMAT_BGRU,    4, 1, false},
+    {PIXEL_FORMAT_BGRU16,  4, 2, false},
+    {PIXEL_FORMAT_MONO12,  0, 1, false},
+    {PIXEL_FORMAT_RAW12,   0, 1, false},
+    {PIXEL_FORMAT_411YUV8, 0, 1, false},
+    {PIXEL_FORMAT_422YUV8, 0, 1, false},
+    // clang-format on
+};
+
+const Elements& ElementsOf(PixelFormat format) {
+  const auto* found = std::ranges::find(kElements, format, &Elements::format);
+  if (found == std::end(kElements)) {
+    throw Failure("{} is no format of arrays", NameOf(format));
+  }
+  return *found;
+}
+
+// Words of grey and mosaics are stored low byte first on every host, those of colours as the host
+// has them.
+bool IsLowByteFirst(const Elements& elements) {
+  return elements.channels == 1 || std::endian::native == std::endian::little;
+}
+
+// --- Reading -------------------------------------------------------------------------------------
+
+struct Header {
+  unsigned size = 0;  // of an element
+  bool lowByteFirst = true;
+  std::vector<std::uint64_t> shape;
+  std::size_t dataBegin = 0;
+};
+
+std::string HeaderText(const InputFile& file, std::size_t& dataBegin) {
+  constexpr std::size_t kLongest = 1024;
+  const Bytes& bytes = file.Read();
+  const unsigned char* data = bytes.data.get();
+  if (bytes.size < 12 || std::memcmp(data, "\x93NUMPY", 6) != 0 || data[6] < 1 || data[6] > 3) {
+    throw Failure("{} is not an NPY file", file.path());
+  }
+  const std::size_t begin = data[6] == 1 ? 10 : 12;
+  std::size_t size = data[8] + (std::size_t{data[9]} << 8);
+  if (data[6] > 1) {
+    size += (std::size_t{data[10]} << 16) + (std::size_t{data[11]} << 24);
+  }
+  if (size > bytes.size - begin) {
+    throw Failure("{} is a damaged NPY file: it ends within its header", file.path());
+  }
+  dataBegin = begin + size;
+  return {reinterpret_cast<const char*>(data + begin), std::min(size, kLongest)};
+}
+
+std::vector<std::uint64_t> Numbers(const std::string& text) {
+  std::vector<std::uint64_t> numbers;
+  const char* next = text.data();
+  const char* const end = next + text.size();
+  while ((next = std::find_if(next, end, [](char c) { return c >= '0' && c <= '9'; })) != end) {
+    std::uint64_t number = 0;
+    const auto parsed = std::from_chars(next, end, number);
+    numbers.push_back(parsed.ec == std::errc() ? number : 0);
+    next = parsed.ptr;
+  }
+  return numbers;
+}
+
+Header ReadHeader(const InputFile& file) {
+  Header header;
+  const std::string text = HeaderText(file, header.dataBegin);
+  std::smatch type;
+  std::smatch shape;
+  if (!std::regex_search(text, type, std::regex("'descr': *'([<>|=]?)([a-zA-Z])([0-9]{1,3})'")) ||
+      !std::regex_search(text, shape, std::regex("'shape': *\\(([0-9, ]*)\\)"))) {
+    throw Failure("{} holds no plain array; uint8 and uint16 are supported", file.path());
+  }
+  if (type[2] != "u" || (type[3] != "1" && type[3] != "2")) {
+    throw Failure("{} holds elements of type {}{}; uint8 and uint16 are supported", file.path(),
+                  type[2].str(), type[3].str());
+  }
+  if (!std::regex_search(text, std::regex("'fortran_order': *False"))) {
+    throw Failure("{} is in Fortran order; save numpy.ascontiguousarray(a)", file.path());
+  }
+  header.size = type[3] == "1" ? 1 : 2;
+  header.lowByteFirst =
+      type[1] == "<" || (type[1] != ">" && std::endian::native == std::endian::little);
+  header.shape = Numbers(shape[1]);
+  return header;
+}
+
+std::string ShapeText(const Header& header) {
+  return fmt::format("{} of uint{}", fmt::join(header.shape, " x "), 8 * header.size);
+}
+
+bool Fits(const Elements& elements, const Header& header) {
+  const std::size_t dimensions = elements.channels > 1 ? 3 : 2;
+  return elements.size == header.size && header.shape.size() == dimensions &&
+         (dimensions == 2 || header.shape[2] == elements.channels);
+}
+
+const Elements& Choose(const InputFile& file, const Header& header, const PixelFormatInfo* wanted) {
+  if (wanted != nullptr) {
+    const Elements& elements = ElementsOf(wanted->format);
+    if (!Fits(elements, header)) {
+      throw Failure("{} does not hold {}: its shape is {}", file.path(), wanted->name,
+                    ShapeText(header));
+    }
+    return elements;
+  }
+  for (const Elements& elements : kElements) {
+    if (elements.suggested && Fits(elements, header)) {
+      return elements;
+    }
+  }
+  throw Failure("{} is an array of {}, and no format suggests itself; say which with --from",
+                file.path(), ShapeText(header));
+}
+
+// The width in pixels of rows of `bytes` bytes of groups.
+std::uint64_t GroupedWidth(const InputFile& file, const PixelFormatInfo& format,
+                           std::uint64_t bytes) {
+  if (bytes % format.bytesPerGroup != 0) {
+    throw Failure("{} has rows of {} bytes, and {} needs multiples of {}", file.path(), bytes,
+                  format.name, format.bytesPerGroup);
+  }
+  return bytes / format.bytesPerGroup * format.pixelsPerGroup;
+}
+
+std::uint32_t Side(const InputFile& file, std::uint64_t length) {
+  constexpr std::uint64_t kMost = 0xffffffff;
+  if (length == 0 || length > kMost) {
+    throw Failure("{} is {} pixels long at one side; 1 to {} make a frame", file.path(), length,
+                  kMost);
+  }
+  return static_cast<std::uint32_t>(length);
+}
+
+void SwapWords(unsigned char* words, std::size_t bytes) {
+  for (std::size_t i = 0; i + 1 < bytes; i += 2) {
+    std::swap(words[i], words[i + 1]);
+  }
+}
+
+}  // namespace
+
+Image ReadNpy(const InputFile& file, const PixelFormatInfo* wanted, BayerTileFormat tile) {
+  const Header header = ReadHeader(file);
+  const Elements& elements = Choose(file, header, wanted);
+  const PixelFormatInfo& format = *FindPixelFormat(elements.format);
+  const std::uint32_t height = Side(file, header.shape[0]);
+  const std::uint32_t width = Side(
+      file, elements.channels == 0 ? GroupedWidth(file, format, header.shape[1]) : header.shape[1]);
+  const Bytes& bytes = file.Read();
+  const std::uint64_t size = PackedSize(format, std::uint64_t{width} * height);
+  if (bytes.size - header.dataBegin != size) {
+    throw Failure("{} is a damaged NPY file: {} bytes follow the header of {}", file.path(),
+                  bytes.size - header.dataBegin, ShapeText(header));
+  }
+  Image image = NewImage(width, height, format, tile);
+  std::memcpy(image.GetData(), bytes.data.get() + header.dataBegin, size);
+  if (header.size == 2 && header.lowByteFirst != IsLowByteFirst(elements)) {
+    SwapWords(image.GetData(), size);
+  }
+  return image;
+}
+
+void WriteNpy(const Image& image, OutputFile& file, const WriteOptions& /*options*/) {
+  const PixelFormatInfo& format = *FindPixelFormat(image.GetPixelFormat());
+  const Elements& elements = ElementsOf(format.format);
+  if (elements.channels == 0 && image.GetCols() % format.pixelsPerGroup != 0) {
+    throw Failure("rows of {} pixels of {} share bytes; such an array needs a multiple of {}",
+                  image.GetCols(), format.name, format.pixelsPerGroup);
+  }
+  const std::uint64_t size = PackedSize(format, std::uint64_t{image.GetCols()} * image.GetRows());
+  const std::uint64_t columns = elements.channels == 0 ? size / image.GetRows() : image.GetCols();
+  std::string header =
+      fmt::format("{{'descr': '{}u{}', 'fortran_order': False, 'shape': ({}, {}{}), }}",
+                  elements.size == 1         ? "|"
+                  : IsLowByteFirst(elements) ? "<"
+                                             : ">",
+                  elements.size, image.GetRows(), columns,
+                  elements.channels > 1 ? fmt::format(", {}", elements.channels) : std::string());
+  constexpr std::size_t kBefore = 10;
+  constexpr std::size_t kAlignment = 64;
+  header.append(kAlignment - 1 - (kBefore + header.size()) % kAlignment, ' ');
+  header += '\n';
+  const unsigned char magic[kBefore] = {0x93,
+                                        'N',
+                                        'U',
+                                        'M',
+                                        'P',
+                                        'Y',
+                                        1,
+                                        0,
+                                        static_cast<unsigned char>(header.size()),
+                                        static_cast<unsigned char>(header.size() >> 8)};
+  file.Write(magic, sizeof magic);
+  file.Write(header.data(), header.size());
+  file.Write(image.GetData(), static_cast<std::size_t>(size));
+}
+
+}  // namespace Korvex2::Io
