@@ -60,9 +60,9 @@ function(korvex2_shared_library_package component package library)
 endfunction()
 
 set(about_engine
-"The engine turns the Bayer mosaic of a camera's sensor into a colour picture, by
-six methods from nearest neighbour to residual interpolation, at 8 and 16 bits:
-one function in plain C. It is part of the pixel-format converter Korvex2.
+"The engine turns the Bayer mosaic of a camera's sensor into a colour picture,
+by six methods from nearest neighbour to residual interpolation, at 8 and 16
+bits: one function in plain C. The pixel-format converter Korvex2 uses it.
 
 ")
 
@@ -96,7 +96,7 @@ pkg-config module korvex2.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME korvex2-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION graphics)
-set(CPACK_COMPONENT_TOOLS_DEPENDS library)
+set(CPACK_COMPONENT_TOOLS_DEPENDS library engine)
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION
 "exact and fast pixel-format conversion (command-line tool)
 ${about}This package contains the tool korvex2: it converts dumps, PNG, TIFF, NPY and

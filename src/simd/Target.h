@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <span>
 
-/// Marks what libkorvex2 takes out of libvorbayer, where all of this lies: under a version of its own
-/// among the exported symbols, which only libraries of one release share.
+/// Marks what libkorvex2 takes out of libvorbayer, where all of this lies. These symbols have a
+/// version of their own, which only libraries of one release share.
 #define KORVEX2_SIMD_API __attribute__((visibility("default")))
 
 namespace Korvex2::Simd {

@@ -125,15 +125,19 @@ def test_examples_of_the_shell(script, tmp_path, environment):
     assert matches((ROOT / "tests/docs/examples" / f"{script.stem}.txt").read_text(), result.stdout), result.stdout
 
 
-def test_example_of_cmake(tmp_path, environment, prefix):
-    cmake = os.environ["CMAKE"]
-    subprocess.run([cmake, "-S", ROOT / "examples/cmake", "-B", tmp_path, f"-DCMAKE_PREFIX_PATH={prefix}",
-                    f"-DCMAKE_CXX_COMPILER={os.environ['CXX']}"], check=True, stdout=subprocess.DEVNULL)
+@pytest.mark.parametrize("example,language,program,prints", [
+    ("cmake", "CXX", "picture", r"Korvex2 \d+\.\d+\.\d+: VORERROR_OK, 640 x 480 pixels\n"),
+    ("c", "C", "colour", r"bayerToColor: 0, centre 127 127 128\n"),
+])
+def test_examples_of_cmake(example, language, program, prints, tmp_path, environment, prefix):
+    cmake, compiler = os.environ["CMAKE"], os.environ["CXX" if language == "CXX" else "CC"]
+    subprocess.run([cmake, "-S", ROOT / "examples" / example, "-B", tmp_path, f"-DCMAKE_PREFIX_PATH={prefix}",
+                    f"-DCMAKE_{language}_COMPILER={compiler}"], check=True, stdout=subprocess.DEVNULL)
     subprocess.run([cmake, "--build", tmp_path], check=True, stdout=subprocess.DEVNULL)
-    printed = subprocess.run([tmp_path / "picture"], env=environment, cwd=tmp_path, check=True, capture_output=True,
+    printed = subprocess.run([tmp_path / program], env=environment, cwd=tmp_path, check=True, capture_output=True,
                              text=True).stdout
-    assert re.fullmatch(r"Korvex2 \d+\.\d+\.\d+: VORERROR_OK, 640 x 480 pixels\n", printed)
-    assert (tmp_path / "picture.ppm").read_bytes().startswith(b"P6\n640 480\n255\n")
+    assert re.fullmatch(prints, printed), printed
+    assert (tmp_path / f"{program}.ppm").read_bytes().startswith(b"P6\n640 480\n255\n")
 
 
 @pytest.mark.parametrize("page", pages(), ids=str)
