@@ -52,9 +52,9 @@ std::size_t scratchBytes(int, int cols, int sampleBytes) {
                                   kHalfRows * (columns / 2) * kFloatBytes);
 }
 
-BlockFunctions functions([[maybe_unused]] Target target) {
+BlockFunctions functions([[maybe_unused]] InstructionSet set) {
 #if KORVEX2_WITH_HIGHWAY
-  if (target != Target::kPlain) return weightedDirectionalSimd(target);
+  if (set != InstructionSet::Plain) return WeightedDirectionalSimd(set);
 #endif
   return Plain::weightedDirectionalFunctions();
 }

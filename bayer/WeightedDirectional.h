@@ -21,6 +21,6 @@ template <typename Sample>
 using WeightedDirectionalInt = std::conditional_t<sizeof(Sample) == 1, std::int16_t, std::int32_t>;
 
 /// The same for an instruction set; only where Highway is compiled in.
-BlockFunctions weightedDirectionalSimd(Target target);
+BlockFunctions WeightedDirectionalSimd(InstructionSet set);
 
 }  // namespace Korvex2::Bayer

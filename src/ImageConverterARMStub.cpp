@@ -259,8 +259,8 @@ Error ImageConverter::WalkRoutine(Routine routine, const Image* pSrc, Image* pDs
 }
 
 Error ImageConverter::RunKernel(const RoutineInfo& info, const Image* pSrc, Image* pDst) const {
-  const kernels::Kernel kernel = kernels::Find(info.routine);
-  const kernels::Flags flags = {.littleEndian = m_LittleEndian};
+  const Kernels::Kernel kernel = Kernels::Find(info.routine);
+  const Kernels::Flags flags = {.littleEndian = m_LittleEndian};
   const unsigned char* src = pSrc->GetData();
   unsigned char* dst = pDst->GetData();
   const std::size_t pixels = GetNumberOfPixels(pSrc);
@@ -326,7 +326,7 @@ unsigned int ImageConverter::GetNumberOfPixels(const Image* pImage) const {
 }
 
 unsigned char ImageConverter::Clamp_8bit(short value) const {
-  return kernels::scalar::Clamp(value);
+  return Kernels::Scalar::Clamp(value);
 }
 
 // --- Demosaicing --------------------------------------------------------------------------------

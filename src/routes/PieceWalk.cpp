@@ -28,7 +28,7 @@ RunSize AdvanceOf(Routine routine) {
 }
 
 void WalkChain(const RoutineInfo& info, const std::uint8_t* src, std::uint8_t* dst,
-               std::size_t pixels, kernels::Flags flags) {
+               std::size_t pixels, Kernels::Flags flags) {
   const RunSize first = AdvanceOf(info.firstStep);
   const RunSize last = AdvanceOf(info.lastStep);
   alignas(64) std::uint8_t temporary[kPiecePixels * kWidestTemporary + kReach];
@@ -73,8 +73,8 @@ bool ClearsDestination(Routine routine) noexcept {
 }
 
 void Walk(Routine routine, const std::uint8_t* src, std::uint8_t* dst, std::size_t pixels,
-          kernels::Flags flags) noexcept {
-  if (const kernels::FastKernel fast = kernels::FindFast(routine)) {
+          Kernels::Flags flags) noexcept {
+  if (const Kernels::FastKernel fast = Kernels::FindFast(routine)) {
     const std::size_t done = fast(src, dst, pixels);
     if (done == pixels) {
       return;
@@ -87,7 +87,7 @@ void Walk(Routine routine, const std::uint8_t* src, std::uint8_t* dst, std::size
   const RoutineInfo& info = GetRoutine(routine);
   switch (info.kind) {
     case RoutineInfo::Kind::Kernel:
-      return kernels::Find(routine)(src, dst, pixels, flags);
+      return Kernels::Find(routine)(src, dst, pixels, flags);
     case RoutineInfo::Kind::Wrapper:
       return Walk(info.lastStep, src, dst, pixels, flags);
     case RoutineInfo::Kind::Chain:
