@@ -220,7 +220,7 @@ class Source {
     m_image = &plain;
   }
 
-  Image& image() { return *m_image; }
+  Image& AsImage() { return *m_image; }
   bool IsPlain() const { return m_image != &m_subclass; }
 
  private:
@@ -266,7 +266,7 @@ class Destination {
             plan.destinationKind == kLentTooSmall);
   }
 
-  Image& image() { return *m_image; }
+  Image& AsImage() { return *m_image; }
 
  private:
   void Reuse(std::uint32_t rows, std::uint32_t cols, Reference::Format format, int garbage) {
@@ -300,15 +300,15 @@ Reference::Outcome Refusal(ErrorType cause) {
   return {Reference::kFailed, Reference::kRefusedShape, true, cause};
 }
 
-// CheckConversion foretells what Convert answers.
-void RequireForetold(const Plan& plan, ErrorType foretold, const Error& error) {
-  switch (foretold) {
+// CheckConversion predicts what Convert answers.
+void RequirePredicted(const Plan& plan, ErrorType predicted, const Error& error) {
+  switch (predicted) {
     case VORERROR_OK:
     case VORERROR_INVALID_SETTINGS:
     case VORERROR_IMAGE_CONVERSION_FAILED:
-      return Require(error == VORERROR_OK, "CheckConversion foretold success", plan);
+      return Require(error == VORERROR_OK, "CheckConversion predicted success", plan);
     default:
-      return Require(error == foretold, "CheckConversion foretold another failure", plan);
+      return Require(error == predicted, "CheckConversion predicted another failure", plan);
   }
 }
 
@@ -321,13 +321,13 @@ void RunConvert(const Plan& plan, const Case<Header>& c) {
   Source source(plan, c);
   Destination given(plan, c.header.garbage);
   const bool itself = plan.destinationKind == kSourceItself && source.IsPlain();
-  Image& destination = itself ? source.image() : given.image();
+  Image& destination = itself ? source.AsImage() : given.AsImage();
   Reference::Frame frame;
   if (!plan.huge) {
-    frame = FrameOf(source.image());
+    frame = FrameOf(source.AsImage());
   }
-  const Error foretold = CheckConversion(source.image(), target);
-  const Error error = Probe(plan.littleEndian).Convert(&source.image(), target, &destination);
+  const Error predicted = CheckConversion(source.AsImage(), target);
+  const Error error = Probe(plan.littleEndian).Convert(&source.AsImage(), target, &destination);
 
   if (tooLarge) {
     return Require(OutcomeOf(error) == Refusal(VORERROR_INVALID_PARAMETER), "too large", plan);
@@ -343,7 +343,7 @@ void RunConvert(const Plan& plan, const Case<Header>& c) {
     return Require(error == VORERROR_BUFFER_TOO_SMALL, "too small for the copy", plan);
   }
   if (source.IsPlain() && !itself) {
-    RequireForetold(plan, foretold.GetType(), error);
+    RequirePredicted(plan, predicted.GetType(), error);
   }
   Reference::Frame expected;
   Reference::Frame* const to = itself ? &frame : &expected;
@@ -381,7 +381,7 @@ class Shaped {
     m_image = plan.destinationKind == kSubclass ? &m_subclass : &m_plain;
   }
 
-  Image& image() { return *m_image; }
+  Image& AsImage() { return *m_image; }
 
  private:
   Image m_plain;
@@ -418,7 +418,7 @@ void RunConvertTo(const Plan& plan, const Case<Header>& c) {
     return;
   }
   Source source(plan, c);
-  const Reference::Frame frame = FrameOf(source.image());
+  const Reference::Frame frame = FrameOf(source.AsImage());
   Block actual(plan.TargetBytes());
   Block expected(plan.TargetBytes());
   Shaped destination(plan, actual.data());
@@ -428,7 +428,8 @@ void RunConvertTo(const Plan& plan, const Case<Header>& c) {
   std::memset(expected.data(), old, expected.size());
   Reference::Frame to = FrameOn(expected.data(), plan, false);
 
-  const Error error = Probe(plan.littleEndian).Call(member, &source.image(), &destination.image());
+  const Error error =
+      Probe(plan.littleEndian).Call(member, &source.AsImage(), &destination.AsImage());
   const Reference::Outcome outcome = OracleOf(plan).ConvertTo(plan.target, &frame, &to);
   RequireSame(plan, outcome, error, expected, actual);
 }
@@ -457,7 +458,7 @@ void RunOverlap(const Plan& plan, const Case<Header>& c) {
   const Reference::Frame sourceFrame = FrameOn(expected.data() + from, plan, true);
   Reference::Frame destinationFrame = FrameOn(expected.data() + to, plan, false);
 
-  const Error error = Probe(plan.littleEndian).Call(member, source, &destination.image());
+  const Error error = Probe(plan.littleEndian).Call(member, source, &destination.AsImage());
   const Reference::Outcome outcome =
       OracleOf(plan).ConvertTo(plan.target, &sourceFrame, &destinationFrame);
   RequireSame(plan, outcome, error, expected, actual);
@@ -469,7 +470,7 @@ void RunNull(const Plan& plan, const Case<Header>& c) {
   Source source(plan, c);
   const Image* const from = plan.entry == kNullSource         ? nullptr
                             : plan.entry == kNullSourceBuffer ? &empty
-                                                              : &source.image();
+                                                              : &source.AsImage();
   // A missing destination comes with every kind of source, and a missing source is found first.
   Image* const to = plan.entry == kNullDestination || plan.word % 2 == 0 ? nullptr : &destination;
   const Error error = Probe().Convert(from, static_cast<PixelFormat>(plan.target), to);
