@@ -223,12 +223,12 @@ HWY_INLINE Vec8 Channel(const Vec8 (&quads)[4]) {
 template <typename Source>
 HWY_NOINLINE Vec8 MendPixels(Vec8 lumas, hn::Mask<Tag8> which, const Vec8 (&quads)[4]) {
   const Tag8 d;
-  constexpr std::size_t n = HWY_MAX_BYTES;
-  HWY_ALIGN std::uint8_t mended[n];
-  HWY_ALIGN std::uint8_t pixels[4 * n];
+  constexpr std::size_t kBytes = HWY_MAX_BYTES;
+  HWY_ALIGN std::uint8_t mended[kBytes];
+  HWY_ALIGN std::uint8_t pixels[4 * kBytes];
   hn::Store(lumas, d, mended);
   for (std::size_t k = 0; k < 4; ++k) {
-    hn::Store(quads[k], d, pixels + k * n);
+    hn::Store(quads[k], d, pixels + k * kBytes);
   }
   ForEachLane(d, which, [&](std::size_t i) HWY_ATTR {
     const std::uint8_t* p = pixels + Source::Place(i);
