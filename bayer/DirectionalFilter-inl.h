@@ -79,7 +79,7 @@ void DirectionalFilter(const Block<Sample>& block) {
   const Columns columns = columnsAround(cols, kDirectionalFilterReach);
   const std::ptrdiff_t stride = floatStride(cols);
   constexpr float kLevel = levelOf<Sample>();
-  float* scratch = static_cast<float*>(block.scratch);
+  auto* scratch = static_cast<float*>(block.scratch);
   const Ring<8> mosaic(scratch, stride);
   const Ring<8> across(scratch, stride);
   const Ring<8> along(scratch, stride);

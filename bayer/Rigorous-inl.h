@@ -481,7 +481,7 @@ void Rigorous(const Block<Sample>& block) {
   const std::ptrdiff_t stride = floatStride(cols);
   constexpr float kLevel = levelOf<Sample>();
   constexpr float kNoise = 0.1F * kLevel * kLevel;
-  float* scratch = static_cast<float*>(block.scratch);
+  auto* scratch = static_cast<float*>(block.scratch);
   const Ring<64> mosaic(scratch, stride);
   const Ring<16> along0(scratch, stride), along1(scratch, stride), along2(scratch, stride);
   const Ring<16> across0(scratch, stride), across1(scratch, stride), across2(scratch, stride);

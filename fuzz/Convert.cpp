@@ -536,9 +536,9 @@ std::vector<Seed> Seeds() {
         h.target = target;
         h.cols = static_cast<std::uint16_t>(40 + 2 * target);
         h.tile = static_cast<std::uint8_t>(source + target);
-        h.method = static_cast<std::uint8_t>(target);
+        h.method = target;
         h.entry = static_cast<std::uint8_t>((source + target) % 3);
-        h.sourceKind = static_cast<std::uint8_t>(target);
+        h.sourceKind = target;
         h.destinationKind = static_cast<std::uint8_t>(source + 3 * target);
         h.content = target;
         h.oldFormat = static_cast<std::uint8_t>(source + 1);
