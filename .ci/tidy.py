@@ -56,10 +56,12 @@ def changed(since, root=ROOT):
 
 def includes(database, jobs):
     """The files of the tree that each source of the compilation database includes."""
-    rules = subprocess.run(["clang-scan-deps-19", "-compilation-database", database, "-format=make", f"-j{jobs}"],
-                           capture_output=True, text=True, check=True).stdout
+    done = subprocess.run(["clang-scan-deps-19", "-compilation-database", database, "-format=make", "-j", str(jobs)],
+                          capture_output=True, text=True)
+    if done.returncode != 0:
+        sys.exit(f"lint: clang-scan-deps fails:\n{done.stderr}")
     found = {}
-    for rule in rules.replace("\\\n", " ").splitlines():
+    for rule in done.stdout.replace("\\\n", " ").splitlines():
         paths = [Path(os.path.normpath(path)) for path in rule.partition(":")[2].split()]
         inside = [str(path.relative_to(ROOT)) for path in paths if path.is_relative_to(ROOT)]
         if inside:
