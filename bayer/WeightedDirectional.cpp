@@ -51,9 +51,9 @@ std::size_t scratchBytes(int, int cols, int sampleBytes) {
   return kPlan.ScratchBytes(cols, sampleBytes);
 }
 
-BlockFunctions functions([[maybe_unused]] Target target) {
+BlockFunctions functions([[maybe_unused]] InstructionSet set) {
 #if KORVEX2_WITH_HIGHWAY
-  if (target != Target::kPlain) return weightedDirectionalSimd(target);
+  if (set != InstructionSet::Plain) return WeightedDirectionalSimd(set);
 #endif
   return Plain::weightedDirectionalFunctions();
 }

@@ -10,6 +10,6 @@ namespace Korvex2::Bayer {
 extern const Method kWeightedDirectional;
 
 /// The same for an instruction set; only where Highway is compiled in.
-BlockFunctions weightedDirectionalSimd(Target target);
+BlockFunctions WeightedDirectionalSimd(InstructionSet set);
 
 }  // namespace Korvex2::Bayer

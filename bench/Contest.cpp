@@ -110,7 +110,8 @@ std::optional<Contestant> Make(const std::string& name, const Setting& setting) 
   if (name == "literal") return Literal();
   // Peers go by rows, we by one run: only rows of whole groups are the same to both.
   const std::optional<Peer> peer = FindPeer(name, setting.source, setting.target);
-  const Call call = peer && setting.size.cols % 4 == 0 ? peer->make(setting.size) : nullptr;
+  if (!peer || setting.size.cols % 4 != 0) return std::nullopt;
+  const Call call = peer->make(setting.size);
   if (!call) return std::nullopt;
   return Contestant{
       name, [call](Slice& slice) { call(slice.source.GetData(), slice.destination.GetData()); },
@@ -249,7 +250,7 @@ class Race {
 
 Measure MeasureOf(Contestant& contestant) {
   std::vector<double>& samples = contestant.samples;
-  std::sort(samples.begin(), samples.end());
+  std::ranges::sort(samples);
   Measure measure;
   measure.samples = samples.size();
   measure.least = samples.front();

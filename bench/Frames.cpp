@@ -59,7 +59,7 @@ Image Scene(FrameSize size, Content content) {
   unsigned char* out = scene.GetData();
   for (unsigned y = 0; y < size.rows; ++y) {
     for (unsigned x = 0; x < size.cols; ++x) {
-      std::uint32_t noise = static_cast<std::uint32_t>(random());
+      auto noise = static_cast<std::uint32_t>(random());
       for (unsigned channel = 0; channel < 3; ++channel, out += 2) {
         if (channel > 0 && content != Content::Grey) noise = static_cast<std::uint32_t>(random());
         const std::uint16_t sample = Sample(content, x, y, channel, noise);

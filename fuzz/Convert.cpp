@@ -223,7 +223,7 @@ class Source {
     m_image = &plain;
   }
 
-  Image& image() { return *m_image; }
+  Image& AsImage() { return *m_image; }
   bool IsPlain() const { return m_image != &m_subclass; }
   Reference::Frame Frame() const { return FrameOf(*m_image, m_held); }
 
@@ -275,9 +275,9 @@ class Destination {
             plan.destinationKind == kLentTooSmall);
   }
 
-  Image& image() { return *m_image; }
+  Image& AsImage() { return *m_image; }
   /// What the oracle is to write into.
-  Reference::Frame& frame() { return m_frame; }
+  Reference::Frame& AsFrame() { return m_frame; }
 
  private:
   void Reuse(std::uint32_t rows, std::uint32_t cols, Reference::Format format, int garbage) {
@@ -312,15 +312,15 @@ Reference::Outcome Refusal(ErrorType cause) {
   return {Reference::kFailed, Reference::kRefusedShape, true, cause};
 }
 
-// CheckConversion foretells what Convert answers.
-void RequireForetold(const Plan& plan, ErrorType foretold, const Error& error) {
-  switch (foretold) {
+// CheckConversion predicts what Convert answers.
+void RequirePredicted(const Plan& plan, ErrorType predicted, const Error& error) {
+  switch (predicted) {
     case VORERROR_OK:
     case VORERROR_INVALID_SETTINGS:
     case VORERROR_IMAGE_CONVERSION_FAILED:
-      return Require(error == VORERROR_OK, "CheckConversion foretold success", plan);
+      return Require(error == VORERROR_OK, "CheckConversion predicted success", plan);
     default:
-      return Require(error == foretold, "CheckConversion foretold another failure", plan);
+      return Require(error == predicted, "CheckConversion predicted another failure", plan);
   }
 }
 
@@ -333,13 +333,13 @@ void RunConvert(const Plan& plan, const Case<Header>& c) {
   Source source(plan, c);
   Destination given(plan, c.header.garbage);
   const bool itself = plan.destinationKind == kSourceItself && source.IsPlain();
-  Image& destination = itself ? source.image() : given.image();
+  Image& destination = itself ? source.AsImage() : given.AsImage();
   Reference::Frame frame;
   if (!plan.huge) {
     frame = source.Frame();
   }
-  const Error foretold = CheckConversion(source.image(), target);
-  const Error error = Probe(plan.littleEndian).Convert(&source.image(), target, &destination);
+  const Error predicted = CheckConversion(source.AsImage(), target);
+  const Error error = Probe(plan.littleEndian).Convert(&source.AsImage(), target, &destination);
 
   if (tooLarge) {
     return Require(OutcomeOf(error) == Refusal(VORERROR_INVALID_PARAMETER), "too large", plan);
@@ -355,9 +355,9 @@ void RunConvert(const Plan& plan, const Case<Header>& c) {
     return Require(error == VORERROR_BUFFER_TOO_SMALL, "too small for the copy", plan);
   }
   if (source.IsPlain() && !itself) {
-    RequireForetold(plan, foretold.GetType(), error);
+    RequirePredicted(plan, predicted.GetType(), error);
   }
-  Reference::Frame* const to = itself ? &frame : &given.frame();
+  Reference::Frame* const to = itself ? &frame : &given.AsFrame();
   const Reference::Outcome outcome = OracleOf(plan).Convert(&frame, plan.target, to);
   Require(SameResult(outcome, *to, error, destination, capacity), plan);
 }
@@ -389,7 +389,7 @@ class Shaped {
     m_image = plan.destinationKind == kSubclass ? &m_subclass : &m_plain;
   }
 
-  Image& image() { return *m_image; }
+  Image& AsImage() { return *m_image; }
 
  private:
   Image m_plain;
@@ -436,7 +436,8 @@ void RunConvertTo(const Plan& plan, const Case<Header>& c) {
   std::memset(expected.data(), c.header.garbage, expected.size());
   Reference::Frame to = FrameOn(expected.data(), plan, plan.target, plan.TargetStride());
 
-  const Error error = Probe(plan.littleEndian).Call(member, &source.image(), &destination.image());
+  const Error error =
+      Probe(plan.littleEndian).Call(member, &source.AsImage(), &destination.AsImage());
   const Reference::Outcome outcome = OracleOf(plan).ConvertTo(plan.target, &frame, &to);
   RequireSame(plan, outcome, error, expected, actual);
 }
@@ -478,7 +479,7 @@ void RunOverlap(const Plan& plan, const Case<Header>& c) {
   Reference::Frame destinationFrame =
       FrameOn(expected.data() + to, plan, plan.target, targetStride);
 
-  const Error error = Probe(plan.littleEndian).Call(member, source, &destination.image());
+  const Error error = Probe(plan.littleEndian).Call(member, source, &destination.AsImage());
   const Reference::Outcome outcome =
       OracleOf(plan).ConvertTo(plan.target, &sourceFrame, &destinationFrame);
   RequireSame(plan, outcome, error, expected, actual);
@@ -490,7 +491,7 @@ void RunNull(const Plan& plan, const Case<Header>& c) {
   Source source(plan, c);
   const Image* const from = plan.entry == kNullSource         ? nullptr
                             : plan.entry == kNullSourceBuffer ? &empty
-                                                              : &source.image();
+                                                              : &source.AsImage();
   // A missing destination comes with every kind of source, and a missing source is found first.
   Image* const to = plan.entry == kNullDestination || plan.word % 2 == 0 ? nullptr : &destination;
   const Error error = Probe().Convert(from, static_cast<PixelFormat>(plan.target), to);
@@ -556,9 +557,9 @@ std::vector<Seed> Seeds() {
         h.target = target;
         h.cols = static_cast<std::uint16_t>(40 + 2 * target);
         h.tile = static_cast<std::uint8_t>(source + target);
-        h.method = static_cast<std::uint8_t>(target);
+        h.method = target;
         h.entry = static_cast<std::uint8_t>((source + target) % 3);
-        h.sourceKind = static_cast<std::uint8_t>(target);
+        h.sourceKind = target;
         h.destinationKind = static_cast<std::uint8_t>(source + 3 * target);
         h.content = target;
         h.oldFormat = static_cast<std::uint8_t>(source + 1);

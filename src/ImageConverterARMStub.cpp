@@ -227,7 +227,7 @@ bool ImageConverter::MayWalk(const RoutineInfo& info, const Image* pSrc, const I
 Error ImageConverter::WalkRoutine(const RoutineInfo& info, const Image* pSrc, Image* pDst) const {
   const std::size_t pixels = GetNumberOfPixels(pSrc);
   const DestinationBytes to = BytesToWrite(info, *pDst, pDst->GetData(), pixels);
-  const kernels::Flags flags = {.littleEndian = m_LittleEndian};
+  const Kernels::Flags flags = {.littleEndian = m_LittleEndian};
   RunWithin(info, BytesToRead(info, *pSrc, pSrc->GetData(), pixels), to, pixels,
             [=](const std::uint8_t* src, std::uint8_t* dst, std::size_t count) {
               Walk(info, src, dst, count, flags);
@@ -247,8 +247,8 @@ Error ImageConverter::RunKernel(const RoutineInfo& info, const Image* pSrc, Imag
   }
   const SourceBytes from = BytesToRead(info, *pSrc, src, pixels);
   const DestinationBytes to = BytesToWrite(info, *pDst, dst, pixels);
-  const auto run = [kernel = kernels::Find(RoutineOf(info)),
-                    flags = kernels::Flags{.littleEndian = m_LittleEndian}](
+  const auto run = [kernel = Kernels::Find(RoutineOf(info)),
+                    flags = Kernels::Flags{.littleEndian = m_LittleEndian}](
                        const std::uint8_t* in, std::uint8_t* out, std::size_t count) {
     kernel(in, out, count, flags);
   };
@@ -333,7 +333,7 @@ DestinationBytes ImageConverter::BytesToWrite(const RoutineInfo& info, const Ima
 }
 
 unsigned char ImageConverter::Clamp_8bit(short value) const {
-  return kernels::scalar::Clamp(value);
+  return Kernels::Scalar::Clamp(value);
 }
 
 // --- Demosaicing --------------------------------------------------------------------------------

@@ -279,7 +279,7 @@ def _size(source: FormatInfo, array_shape: Shape, dtype: np.dtype[Any],
 def _check_flat(source: FormatInfo, nbytes: int, shape: tuple[int, int]) -> None:
     rows, cols = shape
     whole = source.nbytes(rows, cols)
-    cut = -(-rows * cols * source.bits_per_pixel // 8)  # dumps may end with the last pixel
+    cut = -(-rows * cols * source.bits_per_pixel // 8)  # headerless files may end with the last pixel
     if nbytes not in (whole, cut):
         raise ValueError(f"{rows} x {cols} pixels of {source.name} are {whole} bytes, not {nbytes}")
 

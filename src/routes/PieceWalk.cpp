@@ -43,7 +43,7 @@ RunSize AdvanceOf(const RoutineInfo& info) {
 }
 
 void WalkChain(const RoutineInfo& info, const std::uint8_t* src, std::uint8_t* dst,
-               std::size_t pixels, kernels::Flags flags) {
+               std::size_t pixels, Kernels::Flags flags) {
   const RunSize first = AdvanceOf(*info.firstStep);
   const RunSize last = AdvanceOf(*info.lastStep);
   alignas(64) std::uint8_t temporary[kPiecePixels * kWidestTemporary + kReach];
@@ -89,8 +89,8 @@ bool ClearsDestination(const RoutineInfo& info) noexcept {
 }
 
 void Walk(const RoutineInfo& info, const std::uint8_t* src, std::uint8_t* dst, std::size_t pixels,
-          kernels::Flags flags) noexcept {
-  if (const kernels::FastKernel fast = kernels::FindFast(RoutineOf(info))) {
+          Kernels::Flags flags) noexcept {
+  if (const Kernels::FastKernel fast = Kernels::FindFast(RoutineOf(info))) {
     const std::size_t done = fast(src, dst, pixels);
     if (done == pixels) {
       return;
@@ -102,7 +102,7 @@ void Walk(const RoutineInfo& info, const std::uint8_t* src, std::uint8_t* dst, s
   }
   switch (info.kind) {
     case RoutineInfo::Kind::Kernel:
-      return kernels::Find(RoutineOf(info))(src, dst, pixels, flags);
+      return Kernels::Find(RoutineOf(info))(src, dst, pixels, flags);
     case RoutineInfo::Kind::Wrapper:
       return Walk(*info.lastStep, src, dst, pixels, flags);
     case RoutineInfo::Kind::Chain:

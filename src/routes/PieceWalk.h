@@ -34,6 +34,6 @@ bool ClearsDestination(const RoutineInfo& info) noexcept;
 /// Every byte comes out as if the chain had gone over the whole run with a temporary image of zeros
 /// between its steps. Takes up to a few kilobytes of stack for each chain that nests, and no heap.
 void Walk(const RoutineInfo& info, const std::uint8_t* src, std::uint8_t* dst, std::size_t pixels,
-          kernels::Flags flags) noexcept;
+          Kernels::Flags flags) noexcept;
 
 }  // namespace Korvex2

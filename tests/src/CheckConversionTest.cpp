@@ -1,4 +1,4 @@
-// What CheckConversion foresees, against what a conversion then does.
+// What CheckConversion predicts, against what a conversion then does.
 
 #include "CheckConversion.h"
 
@@ -152,15 +152,15 @@ class Foresight : public testing::TestWithParam<Reference::Format> {
     const Image source =
         Frame(size.rows, size.cols, static_cast<PixelFormat>(GetParam()), tile, own);
     const ErrorType happens = WhatHappens(source, target);
-    const Error foreseen = CheckConversion(source, target);
+    const Error predicted = CheckConversion(source, target);
     ++m_compared;
-    ASSERT_EQ(foreseen.GetType(), happens)
+    ASSERT_EQ(predicted.GetType(), happens)
         << Reference::FormatName(GetParam()) << " -> " << Reference::FormatName(target) << ", "
         << size.rows << " rows x " << size.cols << " cols, tile " << tile << ", method " << own
-        << ", default " << Image::GetDefaultColorProcessing() << ": " << foreseen << ", but "
+        << ", default " << Image::GetDefaultColorProcessing() << ": " << predicted << ", but "
         << GetErrorTypeName(happens);
-    ASSERT_EQ(Reasons(foreseen).empty(), foreseen == VORERROR_OK);
-    for (const std::string& reason : Reasons(foreseen)) ASSERT_FALSE(reason.empty());
+    ASSERT_EQ(Reasons(predicted).empty(), predicted == VORERROR_OK);
+    for (const std::string& reason : Reasons(predicted)) ASSERT_FALSE(reason.empty());
   }
 
   int m_compared = 0;

@@ -26,9 +26,9 @@ int ConvertAll(ImageConverter& converter, const std::vector<Job>& jobs, std::siz
   Image destination;
   for (std::size_t i = 0; i < jobs.size(); ++i) {
     const Job& job = jobs[(first + i) % jobs.size()];
-    const Error foreseen = CheckConversion(job.source, job.target);
+    const Error predicted = CheckConversion(job.source, job.target);
     const Error error = Convert(converter, job, destination);
-    if (foreseen == job.foreseen && SameOutcome(job, error, destination)) continue;
+    if (predicted == job.predicted && SameOutcome(job, error, destination)) continue;
     ++wrong;
     ADD_FAILURE() << Describe(job) << ": " << error;
   }

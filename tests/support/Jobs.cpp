@@ -34,7 +34,7 @@ Job MakeJob(PixelFormat from, PixelFormat to, int method, unsigned seed, unsigne
   job.source.SetColorProcessing(static_cast<ColorProcessingAlgorithm>(method));
   Fill(job.source.GetData(), job.source.GetDataSize(), Content::Random, seed);
   job.answer = ImageConverter().Convert(&job.source, to, &job.picture).GetType();
-  job.foreseen = CheckConversion(job.source, to).GetType();
+  job.predicted = CheckConversion(job.source, to).GetType();
   return job;
 }
 

@@ -16,7 +16,7 @@ struct Job {
   Image source;
   PixelFormat target = UNSPECIFIED_PIXEL_FORMAT;
   ErrorType answer = VORERROR_OK;
-  ErrorType foreseen = VORERROR_OK;  ///< what CheckConversion said of it
+  ErrorType predicted = VORERROR_OK;  ///< what CheckConversion said of it
   Image picture;
 };
 

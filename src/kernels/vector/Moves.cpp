@@ -7,17 +7,17 @@
 #include <utility>
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "kernels/simd/Moves.cpp"
+#define HWY_TARGET_INCLUDE "kernels/vector/Moves.cpp"
 #include "hwy/foreach_target.h"
 // After foreach_target.h.
 #include "Korvex2Defs.h"
 #include "hwy/cache_control.h"
-#include "kernels/simd/Interleave-inl.h"
-#include "kernels/simd/Simd.h"
-#include "simd/TargetTable.h"
+#include "kernels/vector/Interleave-inl.h"
+#include "kernels/vector/Vector.h"
+#include "simd/DispatchTable.h"
 
 HWY_BEFORE_NAMESPACE();
-namespace Korvex2::kernels::HWY_NAMESPACE {
+namespace Korvex2::Kernels::HWY_NAMESPACE {
 
 #if HWY_TARGET != HWY_SCALAR
 
@@ -339,17 +339,17 @@ FastKernel FindMove(Routine) {
 
 #endif
 
-}  // namespace Korvex2::kernels::HWY_NAMESPACE
+}  // namespace Korvex2::Kernels::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
-namespace Korvex2::kernels::simd {
+namespace Korvex2::Kernels::Vector {
 
 HWY_EXPORT(FindMove);
 
-FastKernel Moves(Simd::Target target, Routine routine) {
-  return KORVEX2_FOR_TARGET(FindMove, target)(routine);
+FastKernel Moves(Simd::InstructionSet set, Routine routine) {
+  return KORVEX2_FOR_INSTRUCTION_SET(FindMove, set)(routine);
 }
 
-}  // namespace Korvex2::kernels::simd
+}  // namespace Korvex2::Kernels::Vector
 #endif
