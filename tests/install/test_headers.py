@@ -101,6 +101,12 @@ def test_boost_comes_with_singletons_definitions_alone(include, headers):
         assert ("/boost/" in text) == (header == "SingletonDefinitions.h"), header
 
 
+def test_neither_cmake_nor_pkg_config_ask_a_client_for_boost(include):
+    asking = [path for pattern in ("*.cmake", "*.pc") for path in include.parent.parent.rglob(pattern)]
+    assert {path.name for path in asking} >= {"Korvex2Config.cmake", "Korvex2Targets.cmake", "korvex2.pc"}
+    assert [path.name for path in asking if "boost" in path.read_text().lower()] == []
+
+
 def macros_after(include, text):
     return set(re.findall(r"^#define (\w+)", preprocess(include, text, "-dM"), re.M))
 
