@@ -35,14 +35,15 @@ class CMakeBuild(build_ext):
         module = Path(self.get_ext_fullpath(extension.name)).resolve()
         generator = ["-GNinja"] if shutil.which("ninja") and "CMAKE_GENERATOR" not in os.environ else []
         subprocess.run(
-            ["cmake", "-S", HERE, "-B", build, *generator, "-DCMAKE_BUILD_TYPE=Release", "-DBUILD_SHARED_LIBS=OFF",
+            ["cmake", "-S", HERE, "-B", build, *generator, "-DCMAKE_BUILD_TYPE=Release", "-DKORVEX2_SHARED=OFF",
              "-DKORVEX2_BUILD_TOOL=OFF", "-DKORVEX2_BUILD_TESTS=OFF", "-DKORVEX2_BUILD_PYTHON=ON",
              f"-DPython3_EXECUTABLE={sys.executable}", *pybind11_options(),
              *shlex.split(os.environ.get("CMAKE_ARGS", ""))], check=True)
         jobs = os.environ.get("CMAKE_BUILD_PARALLEL_LEVEL") or str(self.parallel or os.cpu_count())
         subprocess.run(["cmake", "--build", build, "--target", "korvex2_python", "--parallel", jobs], check=True)
         module.parent.mkdir(parents=True, exist_ok=True)
-        shutil.copy(build / "python" / "korvex2" / module.name, module)
+        for name in (module.name, "_formats.py"):
+            shutil.copy(build / "python" / "korvex2" / name, module.parent)
 
 
 setup(version=version(), ext_modules=[Extension("korvex2._core", [])], cmdclass={"build_ext": CMakeBuild})

@@ -19,9 +19,9 @@ namespace {
 //        round 1:  3 along the direction x 5 across        round 2:  5 x 5
 //
 //    the line m = a * other + b is fitted (least squares, variance + noise below the stroke). Means
-//    of the lines over the same window give each sample a residual; means of the lines of the places
-//    in between, which hold the other colour, give a new estimate there, to which the mean of the
-//    two adjacent residuals is added.
+//    of the lines over the same window give each sample a residual; means of the lines of the
+//    places in between, which hold the other colour, give a new estimate there, to which the mean
+//    of the two adjacent residuals is added.
 //
 // 2. |d(after) - d(before)| along each direction, summed over 3x3 (narrow) and 5x5 (wide) pixels;
 //    weights 1 / (level + sum)^2.
@@ -34,8 +34,8 @@ namespace {
 // 4. r: the squared changes of d over 9x9 pixels, divided by those of green. Where colours follow
 //    green it is small.
 //
-// 5. Twice: d moves towards the mean of its four sides (wide weights) by 1 / (1 + 1000 r^2), and the
-//    rest of 3 is done again.
+// 5. Twice: d moves towards the mean of its four sides (wide weights) by 1 / (1 + 1000 r^2), and
+//    the rest of 3 is done again.
 //
 // 6. Red and blue twice over: green minus d as in 3 (narrow weights); and guided by green: a line
 //    through 5x5 samples of the colour, the mean of least squares and of least Laplacian of the

@@ -37,8 +37,8 @@ constexpr std::size_t kMostRounds = 101;
 // for whoever comes next.
 constexpr int kWarmUps = 3;
 
-const ImageConverter& Converter() {
-  static const ImageConverter converter;
+ImageConverter& Converter() {
+  static ImageConverter converter;
   return converter;
 }
 
@@ -117,7 +117,7 @@ std::optional<Contestant> Make(const std::string& name, const Setting& setting) 
       peer->how};
 }
 
-// --- The bytes -----------------------------------------------------------------------------------
+// --- The bytes
 
 std::size_t FrameBytes(const Image& image) {
   return BytesOf(image.GetPixelFormat(), std::size_t{image.GetRows()} * image.GetCols());
@@ -129,10 +129,7 @@ void Smear(Image& image) {
 
 // By 16-bit samples where the format has them, by bytes elsewhere.
 unsigned LargestDifference(const Image& a, const Image& b) {
-  const bool deep =
-      a.GetPixelFormat() == PIXEL_FORMAT_MONO16 || a.GetPixelFormat() == PIXEL_FORMAT_RAW16 ||
-      a.GetPixelFormat() == PIXEL_FORMAT_RGB16 || a.GetPixelFormat() == PIXEL_FORMAT_BGR16 ||
-      a.GetPixelFormat() == PIXEL_FORMAT_BGRU16;
+  const bool hasWords = FindPixelFormat(a.GetPixelFormat())->bitsPerSample == 16;
   int largest = 0;
   const auto compare = [&]<typename Sample>(Sample) {
     for (std::size_t i = 0; i + sizeof(Sample) <= FrameBytes(a); i += sizeof(Sample)) {
@@ -143,7 +140,7 @@ unsigned LargestDifference(const Image& a, const Image& b) {
       largest = std::max(largest, std::abs(x - y));
     }
   };
-  deep ? compare(std::uint16_t{}) : compare(std::uint8_t{});
+  hasWords ? compare(std::uint16_t{}) : compare(std::uint8_t{});
   return static_cast<unsigned>(largest);
 }
 
@@ -194,7 +191,7 @@ const Verdict& VerdictOn(const Setting& setting, const std::vector<Contestant>& 
   return verdicts[key] = Judge(setting, contestants, slice);
 }
 
-// --- The times -----------------------------------------------------------------------------------
+// --- The times
 
 class Race {
  public:

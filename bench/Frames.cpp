@@ -39,8 +39,7 @@ std::uint8_t* Arena(std::size_t bytes) {
 
 void Shape(Image& image, PixelFormat format, FrameSize size) {
   const unsigned stride = PackedStride(size.cols, Image::DetermineBitsPerPixel(format));
-  const bool raw =
-      format == PIXEL_FORMAT_RAW8 || format == PIXEL_FORMAT_RAW12 || format == PIXEL_FORMAT_RAW16;
+  const bool raw = FindPixelFormat(format)->IsRaw();
   Expect(image.SetDimensions(size.rows, size.cols, stride, format, raw ? RGGB : NONE));
 }
 
@@ -95,8 +94,7 @@ Image Patch(PixelFormat format, FrameSize size, Content content) {
     scene = Scene({size.cols, rows}, content);
     shown = content;
   }
-  const bool raw =
-      format == PIXEL_FORMAT_RAW8 || format == PIXEL_FORMAT_RAW12 || format == PIXEL_FORMAT_RAW16;
+  const bool raw = FindPixelFormat(format)->IsRaw();
   Image patch;
   const Image truth = raw ? Mosaic(scene) : scene;
   Expect(ImageConverter().Convert(&truth, format, &patch));

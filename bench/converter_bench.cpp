@@ -54,7 +54,7 @@ struct Options {
 
 bool failed = false;
 
-// --- Which rows there are ------------------------------------------------------------------------
+// --- Which rows there are
 
 /// A size with its cache state, and who is timed there.
 struct Round {
@@ -162,7 +162,7 @@ class Filter {
   std::regex m_regex;
 };
 
-// --- Rows of one contest -------------------------------------------------------------------------
+// --- Rows of one contest
 
 /// Held when its first row is run.
 struct Contest {
@@ -218,7 +218,7 @@ void Register(const Pair& pair, const Round& round, const Options& options, cons
   }
 }
 
-// --- The command line ----------------------------------------------------------------------------
+// --- The command line
 
 [[noreturn]] void Misused(const std::string& why) {
   std::fprintf(stderr, "converter_bench: %s\n\n%s", why.c_str(), kUsage);

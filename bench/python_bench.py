@@ -1,7 +1,7 @@
 """korvex2.convert beside cv2.cvtColor, from Python, on one thread, into arrays that are there already.
 
-The two do the same kind of work, not the same bytes: OpenCV rounds where Korvex2 truncates, its YUV is of video range, and
-of its demosaicing methods the nearest relative is taken.
+The two do the same kind of work, not the same bytes: OpenCV rounds where Korvex2 truncates, its YUV is of video range,
+and of its demosaicing methods the nearest relative is taken.
 """
 
 import argparse
@@ -24,8 +24,10 @@ PAIRS = [
     ("4:4:4 to colour", "yuv444", "bgr8", {}, cv2.COLOR_YUV2BGR, (3,)),
     ("colour to 4:4:4", "bgr8", "yuv444", {}, cv2.COLOR_BGR2YUV, (3,)),
     ("mosaic, HQ linear; bilinear", "raw8", "bgr8", {"tile": "rggb", "method": "hq_linear"}, cv2.COLOR_BayerBG2BGR, ()),
-    ("mosaic, edge sensing; edge aware", "raw8", "bgr8", {"tile": "rggb", "method": "edge"}, cv2.COLOR_BayerBG2BGR_EA, ()),
-    ("mosaic, directional; VNG", "raw8", "bgr8", {"tile": "rggb", "method": "directional"}, cv2.COLOR_BayerBG2BGR_VNG, ()),
+    ("mosaic, edge sensing; edge aware", "raw8", "bgr8", {"tile": "rggb", "method": "edge"},
+     cv2.COLOR_BayerBG2BGR_EA, ()),
+    ("mosaic, directional; VNG", "raw8", "bgr8", {"tile": "rggb", "method": "directional"},
+     cv2.COLOR_BayerBG2BGR_VNG, ()),
 ]
 
 

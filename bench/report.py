@@ -199,8 +199,8 @@ def large_section(report):
                      multiple(large / cold), multiple(ratio(*copies))])
     if not rows:
         return "Not measured in this run.\n"
-    return (f"From 8 megapixels in cold buffers to 150 megapixels the time of a pixel grows by {multiple(worst)} at most "
-            f"(the bar: {multiple(LARGEST_SCALING)}).\n\n"
+    return (f"From 8 megapixels in cold buffers to 150 megapixels the time of a pixel grows by {multiple(worst)} at "
+            f"most (the bar: {multiple(LARGEST_SCALING)}).\n\n"
             + table(["conversion", "8 Mpx hot, ns/px", "8 Mpx cold, ns/px", "150 Mpx, ns/px", "150 / 8 cold",
                      "memcpy: 150 / 8 cold"], rows))
 
@@ -256,8 +256,8 @@ everyone takes turns; before, our bytes are compared with those of the plain loo
 {common_table(report, "3840x2160", "cold")}
 ## Beside memcpy
 
-The bars: where bytes only move, {moves:g} times memcpy at 1920 × 1080 in hot buffers and {far_moves:g} times in larger or
-cold ones; where colour is computed, {arithmetic:g} and {far_arithmetic:g} times. Demosaicing has no bar.
+The bars: where bytes only move, {moves:g} times memcpy at 1920 × 1080 in hot buffers and {far_moves:g} times in larger
+or cold ones; where colour is computed, {arithmetic:g} and {far_arithmetic:g} times. Demosaicing has no bar.
 
 {misses_section(report)}
 ## Small and large frames

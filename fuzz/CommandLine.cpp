@@ -11,12 +11,12 @@
 #include <map>
 
 #include "CommandLine.h"
-#include "Failure.h"
 #include "Folder.h"
 #include "Fuzz.h"
 #include "LimitedMemory.h"
 #include "PixelFormats.h"
 #include "io/Containers.h"
+#include "terminal/Failure.h"
 
 namespace Korvex2::Fuzz {
 namespace {
@@ -293,8 +293,7 @@ std::vector<Seed> Seeds() {
   seeds.push_back({"found-progress-before-a-failure", Bytes(kProgress.begin(), kProgress.end())});
   constexpr Piped kPiped[] = {
       {"convert\n-\nout.png\n--from\nmono8\n--width\n4\n--height\n3\n--to\nrgb8", "twelve bytes"},
-      {"convert\n-\n-\n--from\nraw8\n--tile\nrggb\n--width\n4\n--height\n2\n--to\nbgr",
-       "8 bytes."},
+      {"convert\n-\n-\n--from\nraw8\n--tile\nrggb\n--width\n4\n--height\n2\n--to\nbgr", "8 bytes."},
       {"convert\n-\n{index}.pgm\n--from\nmono8\n--width\n2\n--height\n2\n--to\nmono8\n--frames\n2",
        "two 2x2."},
       {"convert\n-\ny4m:-\n--from\nyuv444\n--width\n1\n--height\n1\n--to\nyuv444\n--skip\n1",

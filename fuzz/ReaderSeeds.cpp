@@ -18,7 +18,7 @@
 namespace Korvex2::Fuzz {
 namespace {
 
-using namespace Tool;
+using namespace Io;
 
 struct Size {
   std::uint32_t width;
@@ -52,7 +52,6 @@ Seed Case(const std::string& name, std::string_view extension, const Bytes& file
 }
 
 // --- What the tool writes itself.
-// -----------------------------------------------------------------
 
 // An array's rows are whole groups of pixels.
 Image Written(std::string_view extension, const PixelFormatInfo& format) {
@@ -99,7 +98,6 @@ void AddText(std::vector<Seed>& seeds) {
 }
 
 // --- NPY as NumPy writes it and the tool does not.
-// ------------------------------------------------
 
 struct NpyVariant {
   const char* name;
@@ -142,7 +140,6 @@ void AddNpy(std::vector<Seed>& seeds) {
 }
 
 // --- PNG in the variants that the tool reads and does not write.
-// ----------------------------------
 
 extern "C" void AppendPng(png_structp png, png_bytep data, std::size_t size) {
   auto* bytes = static_cast<Bytes*>(png_get_io_ptr(png));
@@ -228,7 +225,6 @@ void AddPng(std::vector<Seed>& seeds) {
 }
 
 // --- TIFF, and DNG, which is one.
-// -----------------------------------------------------------------
 
 struct TiffVariant {
   const char* name;

@@ -9,14 +9,14 @@
 #include <new>
 #include <optional>
 
-#include "Failure.h"
 #include "Folder.h"
 #include "Fuzz.h"
-#include "Guess.h"
 #include "LimitedMemory.h"
 #include "ReaderCase.h"
+#include "analysis/Candidates.h"
 #include "io/Containers.h"
-#include "io/Dump.h"
+#include "io/Headerless.h"
+#include "terminal/Failure.h"
 
 namespace Korvex2::Fuzz {
 namespace {
@@ -130,14 +130,15 @@ void Check(const Image& image, const Folder& folder) {
 }
 
 // What a file without a header may be has the size of the file, its last group completed or not.
-void RequireGuessesFit(const Bytes& bytes, const InputShape& shape) {
+void RequireCandidatesFit(const Bytes& bytes, const InputShape& shape) {
   Tool::Bytes file(bytes.size());
   std::copy(bytes.begin(), bytes.end(), file.data.get());
-  for (const Reading& reading : Guess(file, {shape.format, shape.width, shape.height})) {
-    const std::uint64_t pixels = std::uint64_t{reading.width} * reading.height;
-    if (PackedSize(*reading.format, pixels) != file.size &&
-        DumpSize(*reading.format, pixels) != file.size) {
-      Fail("a guess of another size");
+  for (const Candidate& candidate :
+       FindCandidates(file, {shape.format, shape.width, shape.height})) {
+    const std::uint64_t pixels = std::uint64_t{candidate.width} * candidate.height;
+    if (PackedSize(*candidate.format, pixels) != file.size &&
+        GroupedSize(*candidate.format, pixels) != file.size) {
+      Fail("a candidate of another size");
     }
   }
 }
@@ -153,7 +154,7 @@ void Run(const Case<ReaderHeader>& c) {
   if (const auto image = Read(folder.Path("in" + std::string(extension)), shape)) {
     Check(*image, folder);
   } else if (extension == ".raw") {
-    RequireGuessesFit(bytes, shape);
+    RequireCandidatesFit(bytes, shape);
   }
 }
 

@@ -22,7 +22,6 @@ namespace Korvex2::Python {
 namespace {
 
 // --- Failures
-// -------------------------------------------------------------------------------------
 
 // What the library answered, on its way to korvex2.Error.
 struct Failure {
@@ -54,7 +53,6 @@ void Translate(std::exception_ptr exception) {
 }
 
 // --- Conversion
-// -----------------------------------------------------------------------------------
 
 struct Frame {
   unsigned int rows;
@@ -160,23 +158,30 @@ py::array Convert(const py::array& source, unsigned int rows, unsigned int cols,
 }
 
 // --- Tables
-// ---------------------------------------------------------------------------------------
 
 std::string Text(std::string_view text) {
   return std::string(text);
 }
 
+// The type of a sample as NumPy writes it: "|u1", "<u2", "=i2".
+std::string DtypeOf(const PixelFormatInfo& info) {
+  const bool areWords = info.bitsPerSample == 16;
+  const char order = !areWords ? '|' : info.order == SampleOrder::Host ? '=' : '<';
+  return {order, info.isSigned ? 'i' : 'u', areWords ? '2' : '1'};
+}
+
 py::list Formats() {
   py::list rows;
   for (const PixelFormatInfo& info : PixelFormats()) {
-    rows.append(
-        py::dict(py::arg("value") = static_cast<std::uint32_t>(info.format),
-                 py::arg("name") = info.name, py::arg("enumerator") = info.enumerator,
-                 py::arg("aliases") = py::tuple(py::str(Text(info.aliases)).attr("split")()),
-                 py::arg("bits_per_pixel") = info.bitsPerPixel,
-                 py::arg("pixels_per_group") = info.pixelsPerGroup,
-                 py::arg("bytes_per_group") = info.bytesPerGroup,
-                 py::arg("convertible") = info.convertible, py::arg("layout") = info.layout));
+    rows.append(py::dict(
+        py::arg("value") = static_cast<std::uint32_t>(info.format), py::arg("name") = info.name,
+        py::arg("enumerator") = info.enumerator,
+        py::arg("aliases") = py::tuple(py::str(Text(info.aliases)).attr("split")()),
+        py::arg("bits_per_pixel") = info.bitsPerPixel,
+        py::arg("pixels_per_group") = info.pixelsPerGroup,
+        py::arg("bytes_per_group") = info.bytesPerGroup, py::arg("convertible") = info.convertible,
+        py::arg("layout") = info.layout, py::arg("raw") = info.IsRaw(),
+        py::arg("dtype") = DtypeOf(info), py::arg("channels") = info.Channels()));
   }
   return rows;
 }

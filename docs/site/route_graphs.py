@@ -29,7 +29,8 @@ def draw_matrix(routes):
         mosaic = any(is_demosaic(kernel) for kernel in route["kernels"])
         text = {"copied": "copy", "refused": "–"}.get(route["is"], str(passes))
         svg.text(x + cell / 2, y + 18, text + (" d" if mosaic else ""), 12, DEMOSAIC if mosaic else INK)
-    svg.text(left, top + row * len(names) + 30, "Passes over the pixels; d: one of them demosaics; –: refused", 12, FAINT,
+    svg.text(left, top + row * len(names) + 30,
+             "Passes over the pixels; d: one of them demosaics; –: refused", 12, FAINT,
              "start")
     return str(svg)
 
@@ -52,7 +53,8 @@ def graph_of(source, routes):
     lines = [
         "digraph {",
         f'tooltip="Routes from {source}"; rankdir=LR; nodesep=0.16; ranksep=0.5; bgcolor="#ffffff";',
-        'node [shape=box, style="rounded,filled", fontname="DejaVu Sans", fontsize=12, height=0.3, margin="0.12,0.04"];',
+        'node [shape=box, style="rounded,filled", fontname="DejaVu Sans", fontsize=12, height=0.3, '
+        'margin="0.12,0.04"];',
         'edge [fontname="DejaVu Sans", fontsize=10, fontcolor="#444444", color="#777777", arrowsize=0.7];']
     for path, node in nodes.items():
         fill = "#b3cdf2" if path == () else "#e3efdf" if node["ends"] else "#ffffff"

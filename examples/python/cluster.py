@@ -1,4 +1,4 @@
-"""A folder of mosaics becomes a folder of pictures, on a Dask cluster; run it again, and only what is missing is made."""
+"""A folder of mosaics becomes a folder of pictures, on a Dask cluster; run again, it makes only what is missing."""
 
 import sys
 import tempfile

@@ -9,7 +9,8 @@ from conan.tools.build import check_min_cppstd
 from conan.tools.cmake import CMake, CMakeDeps, CMakeToolchain, cmake_layout
 from conan.tools.files import copy, load, rmdir
 
-SOURCES = ("CMakeLists.txt", "LICENSE", "bayer/*", "cmake/*", "include/*", "python/*", "sdk/*", "src/*", "tools/*")
+SOURCES = ("CMakeLists.txt", "LICENSE", "bayer/*", "cmake/*", "include/*", "io/*", "python/*", "sdk/*", "src/*",
+           "tools/*")
 
 
 class Korvex2Recipe(ConanFile):
@@ -94,19 +95,26 @@ class Korvex2Recipe(ConanFile):
         for directory in ("lib/cmake", "lib/pkgconfig", "share/doc"):
             rmdir(self, os.path.join(self.package_folder, directory))
 
+    def _component(self, name, target, headers, system_libraries, requires):
+        """A library; its pkg-config module has its name."""
+        component = self.cpp_info.components[name]
+        component.set_property("cmake_target_name", target)
+        component.set_property("pkg_config_name", name)
+        component.includedirs = [headers]
+        component.libs = [name]
+        component.system_libs = system_libraries
+        component.requires = requires
+
     def package_info(self):
         self.cpp_info.set_property("cmake_file_name", "Korvex2")
-        self.cpp_info.set_property("cmake_target_name", "Korvex2::Korvex2")
-        self.cpp_info.set_property("pkg_config_name", "korvex2")
-        self.cpp_info.includedirs = ["include/korvex2"]
-        self.cpp_info.libs = ["korvex2"]
-        self.cpp_info.system_libs = ["m", "pthread"]
-        self.cpp_info.requires = ["boost::headers"]
-        if self.options.simd:
-            self.cpp_info.requires.append("highway::hwy")
+        simd = ["highway::hwy"] if self.options.simd else []
+        self._component("vorbayer", "vorbayer::vorbayer", "include", ["m", "stdc++"], simd)
+        self._component("korvex2", "Korvex2::Korvex2", "include/korvex2", ["m", "pthread"],
+                        ["vorbayer", "boost::headers", *simd])
+        # Programs and modules, which no client links.
         if self.options.tools:
-            self.cpp_info.requires += ["cli11::cli11", "fmt::fmt", "libpng::libpng", "libraw::libraw",
-                                       "libtiff::libtiff", "onetbb::onetbb"]
+            self.cpp_info.components["tools"].requires = ["cli11::cli11", "fmt::fmt", "libpng::libpng",
+                                                          "libraw::libraw", "libtiff::libtiff", "onetbb::onetbb"]
         if self.options.python:
-            self.cpp_info.requires.append("pybind11::pybind11")
+            self.cpp_info.components["python"].requires = ["pybind11::pybind11"]
             self.runenv_info.prepend_path("PYTHONPATH", os.path.join(self.package_folder, "lib/python3/dist-packages"))

@@ -1,7 +1,7 @@
 #!/bin/sh
 # Packages for arm64 on a machine of another kind: unpacked over a copy of what they were built with, used through
-# qemu. Arguments: a directory with packages/, consumer/, convert_chart.sh, use_python.py; that system root; the cross
-# build's toolchain file; the digest that convert_chart.sh has to print.
+# qemu. Arguments: a directory with packages/, consumer/, c_consumer/, convert_chart.sh, use_python.py; that system
+# root; the cross build's toolchain file; the digest that convert_chart.sh has to print.
 set -eu
 cd "$1"
 sysroot=$2 toolchain=$3 digest=$4
@@ -28,8 +28,8 @@ for package in packages/*.deb; do
 done
 # shellcheck disable=SC2046
 DEB_HOST_ARCH=arm64 dpkg-shlibdeps -O \
-  $(printf ' -l%s' trees/*/"$lib" "$sysroot"/packages/*/"$lib" "$sysroot"/packages/*/lib/*) \
-  trees/*/usr/bin/* trees/*/"$lib"/*.so.?.* trees/*/usr/lib/python3/dist-packages/*/*.so
+  $(printf ' -l%s' trees/*/"$lib" trees/*/"$lib"/korvex2 "$sysroot"/packages/*/"$lib" "$sysroot"/packages/*/lib/*) \
+  trees/*/usr/bin/* trees/*/"$lib"/*.so.?.* trees/*/"$lib"/korvex2/*.so.?.* trees/*/usr/lib/python3/dist-packages/*/*.so
 
 step "the tool"
 arm "$root/usr/bin/korvex2" --version
@@ -53,6 +53,17 @@ step "C++ through pkg-config"
 aarch64-linux-gnu-g++ --sysroot="$root" -std=c++20 consumer/main.cpp -o build/again \
   $(PKG_CONFIG_LIBDIR="$root/$lib/pkgconfig" pkg-config --cflags --libs korvex2)
 arm build/again
+
+step "C through CMake"
+cmake -S c_consumer -B build/c -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DKORVEX2_SYSROOT="$root" >/dev/null
+cmake --build build/c >/dev/null
+arm build/c/c_consumer
+
+step "C through pkg-config"
+# shellcheck disable=SC2046
+aarch64-linux-gnu-gcc --sysroot="$root" -std=c99 c_consumer/main.c -o build/c/again \
+  $(PKG_CONFIG_LIBDIR="$root/$lib/pkgconfig" pkg-config --cflags --libs vorbayer)
+arm build/c/again
 
 step "Python"
 arm "$root/usr/bin/python3.11" -B ./use_python.py

@@ -1,6 +1,6 @@
 #!/bin/sh
 # Run in a Debian that has never seen Korvex2, as root: installs the packages, uses them, removes them. The working
-# directory holds packages/, consumer/, convert_chart.sh, use_python.py; the argument is the digest that
+# directory holds packages/, consumer/, c_consumer/, convert_chart.sh, use_python.py; the argument is the digest that
 # convert_chart.sh has to print.
 set -eu
 digest=$1
@@ -25,6 +25,7 @@ files >"$here/before"
 step "install"
 apt-get install -q -y --no-install-recommends "$here"/packages/*.deb
 ldconfig -p | grep libkorvex2.so.2
+ldconfig -p | grep libvorbayer.so.2
 
 step "the tool"
 korvex2 --version
@@ -50,16 +51,28 @@ step "C++ through pkg-config"
 g++ -std=c++20 consumer/main.cpp -o /tmp/consumer/again $(pkg-config --cflags --libs korvex2)
 /tmp/consumer/again
 
+step "C through CMake"
+cmake -S c_consumer -B /tmp/consumer/c >/dev/null
+cmake --build /tmp/consumer/c >/dev/null
+/tmp/consumer/c/c_consumer
+
+step "C through pkg-config"
+# shellcheck disable=SC2046
+gcc -std=c99 c_consumer/main.c -o /tmp/consumer/c/again $(pkg-config --cflags --libs vorbayer)
+/tmp/consumer/c/again
+
 step "Python"
 python3 -c "import korvex2"
 python3 -B ./use_python.py
 
 step "purge"
-apt-get purge -q -y libkorvex2-2 libkorvex2-dev korvex2-tools python3-korvex2
+apt-get purge -q -y libvorbayer2 libvorbayer-dev libkorvex2-2 libkorvex2-dev korvex2-tools python3-korvex2
 apt-get autoremove --purge -q -y >/dev/null
 rm -r /tmp/consumer
 files >"$here/after"
 if ! diff "$here/before" "$here/after"; then fail "the purged packages have left or taken files"; fi
-if dpkg-query -W '*korvex2*' 2>/dev/null; then fail "dpkg still knows the packages"; fi
-if ldconfig -p | grep korvex2; then fail "the cache of libraries still has korvex2"; fi
+for names in '*korvex2*' '*vorbayer*'; do
+  if dpkg-query -W "$names" 2>/dev/null; then fail "dpkg still knows the packages"; fi
+done
+if ldconfig -p | grep -E 'korvex2|vorbayer'; then fail "the cache of libraries still has the libraries"; fi
 echo "nothing is left"

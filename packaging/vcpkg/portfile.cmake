@@ -12,9 +12,11 @@ vcpkg_cmake_configure(
     ${FEATURE_OPTIONS}
     -DKORVEX2_BUILD_PYTHON=OFF
     -DKORVEX2_BUILD_TESTS=OFF
+    -DKORVEX2_PRIVATE_LIBDIR=lib  # where vcpkg lets the tools that it moves look
   OPTIONS_DEBUG
     -DKORVEX2_BUILD_TOOL=OFF)
 vcpkg_cmake_install()
+vcpkg_cmake_config_fixup(PACKAGE_NAME vorbayer CONFIG_PATH lib/cmake/vorbayer DO_NOT_DELETE_PARENT_CONFIG_PATH)
 vcpkg_cmake_config_fixup(CONFIG_PATH lib/cmake/Korvex2)
 vcpkg_fixup_pkgconfig()
 if("tools" IN_LIST FEATURES)

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import enum
 
+
 class ErrorCode(enum.IntEnum):
     """Why the library failed: the VORERROR_... codes of C++ without that prefix."""
 

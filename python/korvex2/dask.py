@@ -27,7 +27,8 @@ from dask.delayed import delayed
 
 from ._convert import convert
 from ._frames import plan
-from ._names import BayerTile, Method, PixelFormat
+from ._formats import PixelFormat
+from ._names import BayerTile, Method
 
 __all__ = ["Written", "convert_blocks", "write_frames"]
 
@@ -216,7 +217,8 @@ def _check_name(name: str, *fields: dict[str, int]) -> None:
         raise ValueError(f"{name!r} is no name for these frames: {error!r}") from None
     if len(names) < len(fields) or not name.endswith(".npy") or os.path.basename(name) != name:
         needed = " and ".join(f"{{{field}}}" for field in fields[0])
-        raise ValueError(f"{name!r} is no name for these frames: it must have {needed}, end with .npy and name no folder")
+        raise ValueError(
+            f"{name!r} is no name for these frames: it must have {needed}, end with .npy and name no folder")
 
 
 def _join(parts: Iterable[Written]) -> Written:

@@ -1,7 +1,7 @@
 """What the pages show is what happens: their blocks of sh, python and cpp run, in the order of the page and in one
-folder. A block of text right below one of sh is what it prints, where a line with … stands for any lines and an … inside
-a line for any words. Blocks of c++ and cmake are quotations of examples. Those of console are not run, nor those without
-a language, but for sessions of Python."""
+folder. A block of text right below one of sh is what it prints, where a line with … stands for any lines and an …
+inside a line for any words. Blocks of c++ and cmake are quotations of examples. Those of console are not run, nor those
+without a language, but for sessions of Python."""
 
 import doctest
 import os
@@ -78,7 +78,8 @@ def compile_and_run(source, name, folder, environment, prefix):
     (folder / f"{name}.cpp").write_text(source)
     library = next(path.parent for path in prefix.rglob("libkorvex2.so"))
     subprocess.run([os.environ["CXX"], "-std=c++17", "-Wall", "-Wextra", "-Werror", f"{name}.cpp", "-o", name,
-                    f"-I{prefix}/include/korvex2", f"-L{library}", f"-Wl,-rpath,{library}", "-lkorvex2", "-pthread"],
+                    f"-I{prefix}/include/korvex2", f"-I{prefix}/include", f"-L{library}", f"-Wl,-rpath,{library}",
+                    "-lkorvex2", "-lvorbayer", "-pthread"],
                    cwd=folder, check=True)
     result = subprocess.run([folder / name], cwd=folder, env=environment, capture_output=True, text=True, timeout=120)
     assert result.returncode == 0, f"{name}: {result.stdout}{result.stderr}"
@@ -118,7 +119,8 @@ def test_sessions_of_python(page, tmp_path, monkeypatch):
 
 @pytest.mark.parametrize("script", sorted((ROOT / "examples/shell").glob("*.sh")), ids=lambda path: path.stem)
 def test_examples_of_the_shell(script, tmp_path, environment):
-    result = subprocess.run(["bash", script], cwd=tmp_path, env=environment, capture_output=True, text=True, timeout=120)
+    result = subprocess.run(["bash", script], cwd=tmp_path, env=environment, capture_output=True, text=True,
+                            timeout=120)
     assert result.returncode == 0, result.stderr
     assert matches((ROOT / "tests/docs/examples" / f"{script.stem}.txt").read_text(), result.stdout), result.stdout
 
@@ -147,7 +149,8 @@ def test_quotations(page):
 def test_names_of_formats():
     """Every name in the table of formats.md is known, as a name of the format of its row."""
     import korvex2
-    rows = re.findall(r"^\| `(\w+)` \| (`Mono|`RGB|`BGR|`YUV|`Bayer)(.*) \|$", (ROOT / "docs/formats.md").read_text(), re.M)
+    page = (ROOT / "docs/formats.md").read_text()
+    rows = re.findall(r"^\| `(\w+)` \| (`Mono|`RGB|`BGR|`YUV|`Bayer)(.*) \|$", page, re.M)
     assert len(rows) == 16
     for name, first, rest in rows:
         for alias in re.findall(r"`(\w+)`", first + rest):

@@ -46,7 +46,7 @@ std::string Label(const char* format, auto... values) {
   return text;
 }
 
-// --- Conversions ---
+// --- Conversions
 
 struct Shape {
   unsigned rows, cols, padding;
@@ -119,7 +119,7 @@ Table Conversions(std::string convert(const Image&, Reference::Format)) {
   return table;
 }
 
-// --- Demosaicing ---
+// --- Demosaicing
 
 struct Mosaic {
   int rows, cols;

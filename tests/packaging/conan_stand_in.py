@@ -1,6 +1,7 @@
 """As much of Conan 2 as the recipes use, so that they can be run where Conan is not installed. What they ask of it
 is recorded; an argument that Conan does not document is a TypeError."""
 
+import collections
 import fnmatch
 import shutil
 import subprocess
@@ -14,9 +15,20 @@ class ConanInvalidConfiguration(Exception):
     pass
 
 
-class CppInfo(SimpleNamespace):
+class Component(SimpleNamespace):
     def __init__(self):
         super().__init__(properties={}, includedirs=["include"], libs=[], system_libs=[], requires=[])
+
+    def set_property(self, name, value):
+        self.properties[name] = value
+
+
+class CppInfo:
+    """Of a package whose components say everything but the name of its CMake file."""
+
+    def __init__(self):
+        self.components = collections.defaultdict(Component)
+        self.properties = {}
 
     def set_property(self, name, value):
         self.properties[name] = value

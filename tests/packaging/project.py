@@ -11,7 +11,7 @@ BUILD = Path(os.environ["KORVEX2_BUILD_DIR"])
 CMAKE = os.environ.get("CMAKE", "cmake")
 
 # What each part of the build asks for, and what vcpkg and Conan call it.
-PARTS = {"library": "src", "simd": ".", "tools": "tools/korvex2", "python": "python"}
+PARTS = {"library": ["src"], "simd": ["."], "tools": ["io", "tools/korvex2"], "python": ["python"]}
 PORTS = {"Boost": "boost-thread", "hwy": "highway", "CLI11": "cli11", "fmt": "fmt", "PNG": "libpng", "TIFF": "tiff",
          "TBB": "tbb", "raw_r": "libraw"}
 RECIPES = {**PORTS, "Boost": "boost", "TIFF": "libtiff", "TBB": "onetbb", "pybind11": "pybind11"}
@@ -27,8 +27,8 @@ def version():
 
 
 def needs(part):
-    """The names that the part's CMakeLists.txt hands to find_package and find_library."""
-    text = lists(PARTS[part])
+    """The names that the part's CMakeLists.txt hand to find_package and find_library."""
+    text = "".join(lists(folder) for folder in PARTS[part])
     found = re.findall(r"\bfind_package\((\w+)", text) + re.findall(r"\bfind_library\(\w+ NAMES (\w+)", text)
     return set(found) - FROM_THE_SYSTEM
 

@@ -59,7 +59,10 @@ def test_requirements_are_what_the_build_asks_for(choice):
     assert set(made.required) == {RECIPES[name] for part in parts for name in needs(part)}
     made.package_folder = "/package"
     made.package_info()
-    assert {component.split("::")[0] for component in made.cpp_info.requires} == set(made.required)
+    components = made.cpp_info.components
+    required = {name for component in components.values() for name in component.requires}
+    assert required & set(components) == {"vorbayer"}
+    assert {name.split("::")[0] for name in required - set(components)} == set(made.required)
     assert ("PYTHONPATH" in made.environment) == choice["python"]
 
 
@@ -113,14 +116,16 @@ def test_the_package_holds_what_package_info_names(tmp_path):
     made.source_folder, made.package_folder = str(ROOT), str(tmp_path)
     made.package()
     made.package_info()
-    for folder in made.cpp_info.includedirs:
-        assert (tmp_path / folder / "Korvex2.h").is_file()
-    for library in made.cpp_info.libs:
-        assert list(tmp_path.glob(f"lib/lib{library}.*"))
+    headers = {"korvex2": "Korvex2.h", "vorbayer": "vorbayer.h"}
+    assert set(made.cpp_info.components) == set(headers)
+    for name, component in made.cpp_info.components.items():
+        assert [(tmp_path / folder / headers[name]).is_file() for folder in component.includedirs] == [True]
+        assert component.libs == [name] and list(tmp_path.glob(f"lib/lib{name}.*"))
     assert (tmp_path / "licenses/LICENSE").read_bytes() == (ROOT / "LICENSE").read_bytes()
     assert not list(tmp_path.rglob("*.cmake")) and not list(tmp_path.rglob("*.pc"))
-    template = (ROOT / "cmake/Korvex2Install.cmake").read_text()
-    assert made.cpp_info.properties["cmake_target_name"] == "Korvex2::Korvex2" and "NAMESPACE Korvex2::" in template
+    clients = "".join((ROOT / f"tests/install/{name}/CMakeLists.txt").read_text() for name in ("consumer", "c_consumer"))
+    for component in made.cpp_info.components.values():
+        assert f"PRIVATE {component.properties['cmake_target_name']})" in clients
 
 
 def test_the_test_package_builds_the_projects_own_client():

@@ -30,19 +30,27 @@ def test_options_are_those_of_the_cache():
 
 def test_the_library_is_packaged_under_its_soversion():
     text = (ROOT / "cmake/Korvex2Packages.cmake").read_text()
-    for file in re.findall(r"\$\{KORVEX2_DEBIAN_FILES\}/([\w/.]+)", text):
+    for file in re.findall(r"\$\{KORVEX2_DEBIAN_FILES\}/([\w/.]+)[\s)]", text):
         assert (PACKAGING / "debian" / file).is_file(), file
-    assert "SOVERSION   ${PROJECT_VERSION_MAJOR}" in (ROOT / "src/CMakeLists.txt").read_text()
-    assert (PACKAGING / "debian/library/shlibs.in").read_text().split()[:2] == ["libkorvex2", "@PROJECT_VERSION_MAJOR@"]
+    assert re.search(r"SOVERSION +\$\{PROJECT_VERSION_MAJOR\}", (ROOT / "cmake/Korvex2Libraries.cmake").read_text())
+    packages = re.findall(r"^korvex2_shared_library_package\(\w+ (\S+) (\w+)\)", text, re.M)
+    assert [library for _, library in packages] == ["libvorbayer", "libkorvex2"]
+    for package, library in packages:
+        assert re.fullmatch(library + r"-?\$\{PROJECT_VERSION_MAJOR\}", package)
+        assert (PACKAGING / f"debian/library/{library}.symbols.in").is_file()
 
 
 def test_debian_packages_name_every_component_that_is_installed():
     text = (ROOT / "cmake/Korvex2Packages.cmake").read_text()
     packaged = set(re.search(r"CPACK_COMPONENTS_ALL ([\w ]+)\)", text).group(1).split())
     installed = set()
-    for path in [*ROOT.glob("cmake/*.cmake"), ROOT / "tools/korvex2/CMakeLists.txt", ROOT / "python/CMakeLists.txt"]:
-        for command in re.findall(r"^ *install\(([^)]*)\)", path.read_text(), re.M):
-            components = re.findall(r"\b(?:NAMELINK_)?COMPONENT (\w+)", command)
-            assert components, f"{path.name}: install({command}) belongs to no component"
-            installed |= set(components)
+    for path in ("cmake/Korvex2Install.cmake", "io/CMakeLists.txt", "tools/korvex2/CMakeLists.txt",
+                 "python/CMakeLists.txt"):
+        text = (ROOT / path).read_text()
+        for command in re.findall(r"^ *(?:korvex2_)?install\(([^)]*)\)", text, re.M):
+            components = re.findall(r"\b(?:NAMELINK_)?COMPONENT (\w+|\$\{\w+\})", command)
+            assert components, f"{path}: install({command}) belongs to no component"
+            installed |= {name for name in components if name.isidentifier()}
+        for arguments in re.findall(r"^korvex2_install_library\(([\w ]+)\)", text, re.M):
+            installed |= set(arguments.split()[3:])
     assert installed - {"license"} == packaged  # Debian has the licence already

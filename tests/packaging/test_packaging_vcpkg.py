@@ -50,18 +50,21 @@ def test_dependencies_are_what_the_build_asks_for():
         assert names(MANIFEST["features"][feature]["dependencies"]) == {PORTS[name] for name in needs(feature)}
 
 
-def test_the_consumer_is_told_the_names_that_the_projects_own_client_uses():
-    client = (ROOT / "tests/install/consumer/CMakeLists.txt").read_text()
+def test_the_consumers_are_told_the_names_that_the_projects_own_clients_use():
+    clients = "".join((ROOT / f"tests/install/{name}/CMakeLists.txt").read_text() for name in ("consumer", "c_consumer"))
     usage = (PORT / "usage").read_text()
     for pattern in (r"find_package\((\w+)", r"target_link_libraries\(\w+ PRIVATE ([\w:]+)"):
-        assert re.search(pattern, usage).group(1) == re.search(pattern, client).group(1)
-    assert "pkg-config --cflags --libs korvex2" in usage and (ROOT / "cmake/korvex2.pc.in").is_file()
+        assert re.findall(pattern, usage) == re.findall(pattern, clients)
+    modules = re.findall(r"pkg-config --cflags --libs (\w+)", usage)
+    assert modules == ["korvex2", "vorbayer"]
+    assert all((ROOT / f"cmake/{module}.pc.in").is_file() for module in modules)
 
 
 def run_port(folder, features, port=PORT):
     return subprocess.run(
         [CMAKE, f"-DPORT_DIR={port}", f"-DWORK_DIR={folder}", f"-DBUILD_DIR={BUILD}",
-         f"-DFEATURES={';'.join(features)}", "-P", Path(__file__).parent / "vcpkg_stand_in.cmake"], capture_output=True, text=True, timeout=200)
+         f"-DFEATURES={';'.join(features)}", "-P", Path(__file__).parent / "vcpkg_stand_in.cmake"],
+        capture_output=True, text=True, timeout=200)
 
 
 @pytest.mark.parametrize("features", [[], ["simd"], ["simd", "tools"]], ids=str)
@@ -81,10 +84,11 @@ def test_the_portfile_configures_and_leaves_what_vcpkg_wants(tmp_path, features)
 
     packages = tmp_path / "packages"
     for file in ("include/korvex2/Korvex2.h", "lib/pkgconfig/korvex2.pc", "share/korvex2/Korvex2Config.cmake",
+                 "include/vorbayer.h", "lib/pkgconfig/vorbayer.pc", "share/vorbayer/vorbayerConfig.cmake",
                  "share/korvex2/copyright", "share/korvex2/usage"):
         assert (packages / file).is_file(), file
     assert (packages / "tools/korvex2/korvex2").is_file() == ("tools" in features)
-    for folder in ("bin", "debug/bin", "debug/include", "debug/share", "share/doc"):
+    for folder in ("bin", "lib/cmake", "debug/bin", "debug/lib/cmake", "debug/include", "debug/share", "share/doc"):
         assert not (packages / folder).exists(), folder
 
 

@@ -96,7 +96,8 @@ def test_byte_orders_are_numbers():
     samples = np.arange(0, 65536, 1024, np.uint16).reshape(8, 8)
     for dtype in ("<u2", ">u2"):
         assert np.array_equal(korvex2.convert(samples.astype(dtype), "mono8", "mono16"), samples >> 8)
-        assert np.array_equal(korvex2.convert(samples.astype(dtype).ravel(), "mono8", "mono16", shape=(8, 8)), samples >> 8)
+        flat = samples.astype(dtype).ravel()
+        assert np.array_equal(korvex2.convert(flat, "mono8", "mono16", shape=(8, 8)), samples >> 8)
 
 
 def test_flat_bytes_are_the_frame():

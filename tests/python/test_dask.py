@@ -149,7 +149,8 @@ def test_bags_are_written_and_resumed(tmp_path):
     out = tmp_path / "out"
     names = [f"{index // 10:04}-{index % 10:06}.npy" for index in range(COUNT)]
     assert korvex2.dask.write_frames(pictures, out).compute() == (names, [])
-    assert all(np.array_equal(np.load(out / name), frame) for name, frame in zip(names, converted(mosaics(), **TO_COLOUR)))
+    frames = converted(mosaics(), **TO_COLOUR)
+    assert all(np.array_equal(np.load(out / name), frame) for name, frame in zip(names, frames))
     assert korvex2.dask.write_frames(pictures, out).compute() == ([], names)
     assert len(list(notes.iterdir())) == COUNT, "nothing is loaded again"
 
@@ -184,7 +185,8 @@ def npy(header):
 
 
 @pytest.mark.parametrize("content", [
-    b"PK\x03\x04abc", b"\x80\x04N.", npy("{" * 16), npy("("), npy("{'descr': 'O', 'fortran_order': False, 'shape': (6, 8), }"),
+    b"PK\x03\x04abc", b"\x80\x04N.", npy("{" * 16), npy("("),
+    npy("{'descr': 'O', 'fortran_order': False, 'shape': (6, 8), }"),
     npy("{'descr': '|u1', 'fortran_order': False, 'shape': (99999999999999999999999, 8), }"),
     npy("{'descr': '|u1', 'fortran_order': False, 'shape': (-6, 8), }"), npy("{'descr': 5}"), npy("\xff"),
     b"\x93NUMPY\x09\0\x10\0" + bytes(16), "zip"], ids=itertools.count())

@@ -195,7 +195,9 @@ def test_mosaics_as_grey(how, rng):
 
 def test_names_say_the_tile(rng):
     samples = rng.integers(0, 256, (ROWS, COLS), np.uint8)
-    assert np.array_equal(korvex2.convert(samples, "bgr8", "BayerGB8"), korvex2.convert(samples, "bgr8", "raw8", "gbrg"))
+    assert np.array_equal(korvex2.convert(samples, "bgr8", "BayerGB8"),
+                          korvex2.convert(samples, "bgr8", "raw8", "gbrg"))
     assert np.array_equal(korvex2.convert(samples, "bgr8", "BayerGB8", "GBRG"),
                           korvex2.convert(samples, "bgr8", "raw8", "gbrg"))
-    assert np.array_equal(korvex2.convert(samples, "rgb8", "BayerGB8", "none"), np.repeat(samples[..., None], 3, axis=2))
+    assert np.array_equal(korvex2.convert(samples, "rgb8", "BayerGB8", "none"),
+                          np.repeat(samples[..., None], 3, axis=2))

@@ -47,7 +47,8 @@ def test_other_threads_run_meanwhile(patient_interpreter, rng):
 def test_a_pool_converts_as_one_thread_does(rng):
     frames = [rng.integers(0, 256, (48, 64), np.uint8) for _ in range(64)]
     jobs = [(frame, to, "raw8", tile, method) for frame in frames
-            for to, tile, method in [("bgr8", "rggb", "hq_linear"), ("yuv422", "gbrg", "edge"), ("mono16", "bggr", None)]]
+            for to, tile, method in [("bgr8", "rggb", "hq_linear"), ("yuv422", "gbrg", "edge"),
+                                     ("mono16", "bggr", None)]]
     expected = [korvex2.convert(*job) for job in jobs]
     with ThreadPoolExecutor(8) as pool:
         for _ in range(3):

@@ -9,7 +9,6 @@ namespace Reference {
 namespace {
 
 // --- What the mosaic and the picture are, by the engine's numbers.
-// ----------------------------------------------------------------
 
 constexpr int kRaw16 = 1;
 
@@ -58,7 +57,6 @@ struct Mosaic {
 };
 
 // --- The methods: the value of a colour at a place of the picture, not yet rounded.
-// --------------------------------------------------------------------------------
 
 // The tile's red and blue; the green of the pixel's own row.
 double NearestNeighbour(const Mosaic& mosaic, int y, int x, char wanted) {

@@ -28,7 +28,6 @@ std::uint8_t Low8(std::uint32_t value) {
 }
 
 // --- Channel layout: each channel is read immediately before it is written.
-// -----------------------
 
 void AddAlphaChannel_8bit(const Run& run) {
   const std::uint8_t* s = run.source;
@@ -185,7 +184,6 @@ void Swap_C1C3_4Channel_16bit(const Run& run) {
 }
 
 // --- Depth of single channels: a group is read, then written.
-// -------------------------------------
 
 void ConvertY8ToY12(const Run& run) {
   const std::uint8_t* s = run.source;
@@ -278,7 +276,6 @@ void ConvertY16ToY12(const Run& run) {
 }
 
 // --- Grey and colour, 8 and 16 bits.
-// --------------------------------------------------------------
 
 double Luma(double r, double g, double b) {
   const double red = r * 0.299;
@@ -381,7 +378,6 @@ void ConvertRGB16ToRGB(const Run& run) {
 }
 
 // --- RGB and packed YUV.
-// --------------------------------------------------------------------------
 
 struct Yuv {
   std::uint8_t y, u, v;

@@ -46,7 +46,6 @@ struct Size {
 constexpr Size kSizes[] = {{2, 2}, {64, 640}, {180, 640}};
 
 // --- The figures of the page.
-// --------------------------------------------------------
 
 struct EngineShare {
   BayerMethod method;
@@ -102,7 +101,6 @@ std::size_t OutermostTemporaryOf(const RoutineInfo* routine, std::size_t pixels)
 }
 
 // --- Conversions, measured.
-// ----------------------------------------------------------
 
 struct Conversion {
   Size size;
@@ -137,8 +135,8 @@ void Shape(const Size& size, PixelFormat format, unsigned padding, Image& image)
   ASSERT_EQ(image.SetDimensions(size.rows, size.cols, stride, format, RGGB).GetType(), VORERROR_OK);
 }
 
-const ImageConverter& Converter() {
-  static const ImageConverter converter;
+ImageConverter& Converter() {
+  static ImageConverter converter;
   return converter;
 }
 
@@ -150,7 +148,7 @@ Taken TakenBy(const Conversion& c, Image& source, Image& destination) {
   Shape(c.size, c.from, c.padding, source);
   (void)source.SetColorProcessing(c.method);
   const ProcessDefault method(c.method);
-  const ImageConverter& converter = Converter();
+  ImageConverter& converter = Converter();
   const HeapWatch watch;
   EXPECT_EQ(converter.Convert(&source, c.to, &destination).GetType(),
             c.IsRefused() ? VORERROR_INVALID_PARAMETER : VORERROR_OK)
@@ -309,7 +307,6 @@ TEST(MemoryUse, ACopyOfPaddedRowsTakesAPackedBufferBesides) {
 }
 
 // --- The engine by itself.
-// -----------------------------------------------------------
 
 bool HasWords(BayerPixelFormat format) {
   return format == BAYER_PIXEL_FORMAT_BGR16 || format == BAYER_PIXEL_FORMAT_BGRU16 ||
@@ -372,7 +369,6 @@ TEST(MemoryUse, TheEngineStaysWithinItsShareWhateverTheSize) {
 }
 
 // --- Stack.
-// --------------------------------------------------------------------------
 
 constexpr std::size_t kMostStack = 64 * kKiB;
 constexpr Size kLongRow = {6, 700};
@@ -386,7 +382,7 @@ std::size_t StackOf(Conversion c) {
   (void)source.SetColorProcessing(c.method);
   const ProcessDefault method(c.method);
   Fill(source.GetData(), source.GetDataSize(), Content::Random, 3);
-  const ImageConverter& converter = Converter();
+  ImageConverter& converter = Converter();
   return StackTaken(0xA5, [&] { (void)converter.Convert(&source, c.to, &destination); });
 }
 

@@ -51,6 +51,13 @@ std::vector<Job> AllJobs(unsigned seed, unsigned scale) {
   return jobs;
 }
 
+Error Convert(ImageConverter& converter, const Job& job, Image& destination) {
+  if (job.foreseen == VORERROR_IMAGE_CONVERSION_FAILED) {
+    destination = Image();
+  }
+  return converter.Convert(&job.source, job.target, &destination);
+}
+
 bool SameOutcome(const Job& job, const Error& error, const Image& picture) {
   if (error != job.answer) return false;
   const std::size_t size = job.picture.GetDataSize();

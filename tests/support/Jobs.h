@@ -29,6 +29,10 @@ Job MakeJob(PixelFormat from, PixelFormat to, int method, unsigned seed, unsigne
 /// All pairs, with all methods where the source is a mosaic; other frames for each seed.
 std::vector<Job> AllJobs(unsigned seed, unsigned scale = 1);
 
+/// Converts a job into a destination that is used again. Where no picture is made the last one
+/// would stay, so there it is a new one.
+Error Convert(ImageConverter& converter, const Job& job, Image& destination);
+
 /// Whether a conversion came out as the job did: code, and for success every byte.
 bool SameOutcome(const Job& job, const Error& error, const Image& picture);
 

@@ -1,7 +1,7 @@
 #pragma once
 
-/// The longest walks of the tests. They are taken whole, but in part where sanitizers or an emulator
-/// make every step long.
+/// The longest walks of the tests. They are taken whole, but in part where sanitizers or an
+/// emulator make every step long.
 
 namespace Korvex2::Test {
 

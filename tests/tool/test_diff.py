@@ -13,7 +13,10 @@ def similarity(a, b, peak):
     line = np.exp(-(np.arange(11) - 5.0) ** 2 / (2 * 1.5 ** 2))
     window = np.outer(line, line) / line.sum() ** 2
     shown = np.lib.stride_tricks.sliding_window_view
-    mean = lambda x: (shown(x, (11, 11)) * window).sum(axis=(2, 3))
+
+    def mean(x):
+        return (shown(x, (11, 11)) * window).sum(axis=(2, 3))
+
     a, b = a.astype(np.float64), b.astype(np.float64)
     ma, mb = mean(a), mean(b)
     va, vb, vab = mean(a * a) - ma * ma, mean(b * b) - mb * mb, mean(a * b) - ma * mb

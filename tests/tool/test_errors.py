@@ -159,8 +159,10 @@ def test_an_empty_picture_is_named(tool, name, data):
     b"P5 0 2 255\n", b"P5 2 0 255\n", b"P5 2 2 0\n1234", b"P5 2 2 65536\n12345678", b"P5 -2 2 255\n1234",
     b"P5 99999999999 2 255\n1234", b"P5 4294967295 4294967295 255\n1234", b"P5 two 2 255\n1234",
     b"P2 2 1 255\n1", b"P2 2 1 255\n1 256", b"P2 2 1 255\n1 x", b"P2 2 1 255\n1 -1", b"P5 2 2 40\n1234",
-    b"P1 1 1 1", b"P4 1 1\n1", b"P8 1 1 1\n1", b"PX", b"P7\nWIDTH 1\n", b"P7\nWIDTH 1\nHEIGHT 1\nDEPTH 5\nMAXVAL 255\nENDHDR\n12345",
-    b"P7\nWIDTH 1\nHEIGHT 1\nDEPTH 1\nMAXVAL 255\nTUPLTYPE RGB\nENDHDR\n1", b"P7\nHEIGHT 1\nDEPTH 1\nMAXVAL 255\nENDHDR\n1",
+    b"P1 1 1 1", b"P4 1 1\n1", b"P8 1 1 1\n1", b"PX", b"P7\nWIDTH 1\n",
+    b"P7\nWIDTH 1\nHEIGHT 1\nDEPTH 5\nMAXVAL 255\nENDHDR\n12345",
+    b"P7\nWIDTH 1\nHEIGHT 1\nDEPTH 1\nMAXVAL 255\nTUPLTYPE RGB\nENDHDR\n1",
+    b"P7\nHEIGHT 1\nDEPTH 1\nMAXVAL 255\nENDHDR\n1",
     b"P7\nSOMETHING 1\nENDHDR\n1", b"\x89PNG\r\n\x1a\n", b"P5 1 1 255#1"])
 def test_damaged_pnm(tool, data):
     (tool.folder / "in.pnm").write_bytes(data)

@@ -144,7 +144,8 @@ def stopped_by(number, kind):
     if number != signal.SIGINT or kind == "one":
         return re.escape(at_once)
     in_peace = (r"; the \d+ frames of 30 that were begun are finished; the same command with --resume goes on"
-                if kind == "many" else rf" after \d+ frames of 120; out/all.{kind} is not written, .*--resume can go on")
+                if kind == "many" else
+                rf" after \d+ frames of 120; out/all.{kind} is not written, .*--resume can go on")
     return re.escape(at_once) + f"|korvex2: stopped by SIGINT{in_peace}\n"
 
 
@@ -332,8 +333,8 @@ def test_a_full_standard_output_ends_the_batch(work):
 
 # --- Folders and inputs that change under the run. ----------------------------------------------------
 
-FOLDER_GONE = ("the folder {} was removed or replaced meanwhile, and the frames in it went along; the same command with "
-               "--resume makes what is missing")
+FOLDER_GONE = ("the folder {} was removed or replaced meanwhile, and the frames in it went along; the same command "
+               "with --resume makes what is missing")
 REMOVED = "cannot write {}: it was removed before it was complete"
 
 

@@ -30,7 +30,7 @@ def swapped(reading):
 
 
 def check(tool, path, truths):
-    """Every truth is among the first six, and most are first but for the order of red and blue. `path` makes the file."""
+    """Every truth is among the first six, and most are first but for the order of red and blue. `path` makes it."""
     truths = some(truths)
     first = 0
     for truth in truths:

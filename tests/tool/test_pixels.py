@@ -90,7 +90,8 @@ def test_formats_answer_to_their_aliases_in_any_case(tool, photo, alias):
 
 def test_the_names_that_cameras_use(tool):
     (tool.folder / "in.raw").write_bytes(bytes([0x12, 0x00, 0xab]))
-    tool.succeeds("convert", "in.raw", "out.pgm", "--from", "Mono12Packed", "--width", 2, "--height", 1, "--to", "Mono8")
+    tool.succeeds("convert", "in.raw", "out.pgm", "--from", "Mono12Packed", "--width", 2, "--height", 1,
+                  "--to", "Mono8")
     assert read_pnm(tool.folder / "out.pgm").tolist() == [[0x12, 0xab]]
     tool.succeeds("convert", "out.pgm", "out.raw", "--to", "BGRa8")
     assert (tool.folder / "out.raw").read_bytes() == bytes([0x12] * 3 + [255] + [0xab] * 3 + [255])

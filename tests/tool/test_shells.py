@@ -33,7 +33,8 @@ def in_bash(tool, line):
     script = tool.succeeds("completions", "bash") + (
         f"COMP_WORDS=({' '.join(repr(word) for word in words)}); COMP_CWORD={len(words) - 1}; _korvex2; "
         'printf "%s\\n" "${COMPREPLY[@]}"')
-    result = subprocess.run(["bash", "--norc", "-c", script], capture_output=True, text=True, cwd=tool.folder, timeout=60)
+    result = subprocess.run(["bash", "--norc", "-c", script], capture_output=True, text=True, cwd=tool.folder,
+                            timeout=60)
     assert result.stderr == ""
     return result.stdout.split()
 
@@ -95,8 +96,9 @@ def test_zsh(tool):
     assert any(spec.startswith("--to[") and spec.endswith(f":({' '.join(FORMATS)})") for spec in specs)
     assert [spec for spec in specs if spec.startswith(":")][0].endswith(":_files")
     script = tool.succeeds("completions", "zsh")
-    check = subprocess.run(["zsh", "-f", "-c", "autoload -Uz compinit; compinit -u -d dump; eval \"$1\"; print $_comps[korvex2]",
-                            "zsh", script], capture_output=True, text=True, cwd=tool.folder, timeout=60)
+    loads = "autoload -Uz compinit; compinit -u -d dump; eval \"$1\"; print $_comps[korvex2]"
+    check = subprocess.run(["zsh", "-f", "-c", loads, "zsh", script], capture_output=True, text=True,
+                           cwd=tool.folder, timeout=60)
     assert check.stdout == "_korvex2\n", check.stderr
 
 

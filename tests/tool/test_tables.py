@@ -2,9 +2,6 @@
 
 import json
 import os
-import subprocess
-
-import pytest
 
 from pictures import BYTE_ORDER
 
@@ -20,7 +17,8 @@ def test_version(tool):
 
 def test_help_has_examples_and_the_subcommands(tool):
     text = tool.succeeds("--help")
-    for word in ["Examples:", "Exit codes", "convert", "chart", "mosaic", "demosaic-compare", "formats", "routes", "info", "bench"]:
+    for word in ["Examples:", "Exit codes", "convert", "chart", "mosaic", "demosaic-compare", "formats", "routes",
+                 "info", "bench"]:
         assert word in text
     for command in ["convert", "chart", "mosaic", "demosaic-compare", "bench"]:
         assert "Examples:" in tool.succeeds(command, "--help")

@@ -5,16 +5,14 @@
 #include <new>
 #include <string>
 
-#include "Failure.h"
 #include "Korvex2Version.h"
-#include "Report.h"
+#include "cli/Parser.h"
 #include "commands/Commands.h"
+#include "terminal/Failure.h"
+#include "terminal/Report.h"
 
 namespace Korvex2::Tool {
 namespace {
-
-constexpr int kFailed = 1;
-constexpr int kUsage = 2;
 
 constexpr const char* kExamples = R"(Examples:
   korvex2 chart chart.png
@@ -44,56 +42,33 @@ Exit codes: 0 done, 1 failed, 2 the command line is wrong; of diff: 0 the same, 
 2 trouble. What cannot be made leaves no output file; a file that is made stays, even if stdout
 does not take the line that says so and the exit code is 1.)";
 
-std::string HelpHint(const CLI::App& app) {
-  for (const CLI::App* sub : app.get_subcommands()) {
-    return fmt::format("korvex2 {} --help", sub->get_name());
-  }
-  return "korvex2 --help";
-}
-
-std::string Describe(const CLI::App& app, const CLI::ParseError& error) {
-  if (app.get_subcommands().empty() && !app.remaining().empty()) {
-    return fmt::format("'{}' is no subcommand", app.remaining().front());
-  }
-  return error.what();
-}
-
-int Parse(CLI::App& app, int argc, char** argv) {
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::Success& wanted) {  // --help, --version
-    return app.exit(wanted);
-  } catch (const CLI::RuntimeError& verdict) {  // a subcommand's own exit code, told already
-    return verdict.get_exit_code();
-  } catch (const CLI::ParseError& error) {
-    Report(fmt::format("{}; see {}", Describe(app, error), HelpHint(app)));
-    return kUsage;
-  }
-  return 0;
-}
-
 int Run(int argc, char** argv) {
   Globals globals;
-  CLI::App app("Converts machine-vision frames between pixel formats, exactly.", "korvex2");
-  app.fallthrough();
-  app.require_subcommand(1);
-  app.footer(kExamples);
-  app.set_version_flag("--version", fmt::format("korvex2 {}", GetVersion()));
-  app.add_flag("-q,--quiet", globals.quiet, "Say nothing unless something fails");
-  AddConvertCommand(app, globals);
-  AddChartCommand(app, globals);
-  AddMosaicCommand(app, globals);
-  AddDemosaicCompareCommand(app, globals);
-  AddBenchCommand(app, globals);
-  AddGuessCommand(app, globals);
-  AddDiffCommand(app, globals);
-  AddFormatsCommand(app);
-  AddRoutesCommand(app);
-  AddInfoCommand(app);
-  AddCompletionsCommand(app);
-  AddManCommand(app);
+  Program program{
+      .name = "korvex2",
+      .help = "Converts machine-vision frames between pixel formats, exactly.",
+      .version = fmt::format("korvex2 {}", GetVersion()),
+      .options = {{"-q,--quiet", &globals.quiet, kFlag, "Say nothing unless something fails"}},
+      .commands = {},
+      .notes = kExamples,
+  };
+  program.commands = {
+      ConvertCommand(globals),
+      ChartCommand(globals),
+      MosaicCommand(globals),
+      DemosaicCompareCommand(globals),
+      BenchCommand(globals),
+      GuessCommand(globals),
+      DiffCommand(globals),
+      FormatsCommand(),
+      RoutesCommand(),
+      InfoCommand(),
+      CompletionsCommand(program),
+      ManCommand(program),
+  };
 
-  const int result = Parse(app, argc, argv);
+  const Command* const command = Parse(program, argc, argv);
+  const int result = command == nullptr ? kDone : command->run();
   FlushStandardOutput();
   return result;
 }

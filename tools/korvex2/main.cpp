@@ -26,6 +26,6 @@ int main(int argc, char** argv) {
   if (!HoldStandardStreams()) {
     return EXIT_FAILURE;
   }
-  RemoveUnfinishedFilesWhenStopped();
+  Korvex2::Io::RemoveUnfinishedFilesWhenStopped();
   return RunCommandLine(argc, argv);
 }

@@ -33,7 +33,7 @@ using TagI16 = hn::ScalableTag<std::int16_t>;
 using VecI16 = hn::Vec<TagI16>;
 using Mask16 = hn::Mask<Tag16>;
 
-// --- Bytes as words: the even and the odd pixels of a vector ---
+// --- Bytes as words: the even and the odd pixels of a vector
 
 HWY_INLINE Vec16 Even(Vec8 bytes) {
   return hn::And(hn::BitCast(Tag16(), bytes), hn::Set(Tag16(), 0x00FF));
@@ -55,7 +55,7 @@ HWY_INLINE Vec16 Times(Vec16 v, int factor) {
   return hn::Mul(v, hn::Set(Tag16(), static_cast<std::uint16_t>(factor)));
 }
 
-// --- Quotients ---
+// --- Quotients
 
 struct Weights {
   int red, green, blue;
@@ -113,7 +113,7 @@ HWY_INLINE Vec16 VQuotient(Vec16 r, Vec16 g, Vec16 b) {
   return By125(hn::Add(k, hn::ShiftRight<3>(l)));
 }
 
-// --- The same in doubles ---
+// --- The same in doubles
 
 using TagD = hn::ScalableTag<double>;
 using VecD = hn::Vec<TagD>;
@@ -155,7 +155,7 @@ struct LumaOfDoubles {
   }
 };
 
-// --- Greys ---
+// --- Greys
 
 // For R = G = B every sum is an exact multiple of 1000, so greys go by a table: whether the double
 // sum comes out one below the multiple, a bit for each byte.
@@ -207,7 +207,7 @@ HWY_INLINE Vec8 DropsOfU(Vec8 r, Vec8 g, Vec8 b) {
   return hn::IfThenElseZero(multiple, hn::AndNot(odd, Drop(r, kUDrops)));
 }
 
-// --- RGB to YUV ---
+// --- RGB to YUV
 
 // What luma becomes where some lanes are exact multiples: greys by the table, and if there are
 // others the whole vector in doubles.
@@ -328,7 +328,7 @@ HWY_INLINE void Encode(Vec8 r, Vec8 g, Vec8 b, Vec8& y, Vec8& u, Vec8& v) {
   v = VQuotients(r, g, b);
 }
 
-// --- YUV to RGB ---
+// --- YUV to RGB
 //
 // A chroma term is added to luma and clamped to a byte: which is a saturating addition of what is
 // positive of the term, then a saturating subtraction of what is negative. Chroma comes as words

@@ -15,7 +15,7 @@ namespace Korvex2::kernels::HWY_NAMESPACE {
 
 #if HWY_TARGET != HWY_SCALAR
 
-// --- Luma and chroma out of their groups; chroma as words U | V << 8, one for two pixels ---
+// --- Luma and chroma out of their groups; chroma as words U | V << 8, one for two pixels
 
 #if KORVEX2_VBMI
 
@@ -74,7 +74,7 @@ HWY_INLINE void Split411(const std::uint8_t* p, Vec8& y, Vec16& uv) {
 
 #endif
 
-// --- As loads of RGB pixels ---
+// --- As loads of RGB pixels
 
 struct LoadYuv444 {
   static constexpr std::size_t kBytesOfTwo = 6;

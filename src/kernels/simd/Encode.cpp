@@ -33,7 +33,7 @@ std::size_t EncodeGrey(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_R
   return done;
 }
 
-// --- 16-bit luma ---
+// --- 16-bit luma
 
 #if KORVEX2_VBMI
 

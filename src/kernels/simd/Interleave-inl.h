@@ -19,7 +19,7 @@ namespace Korvex2::kernels::HWY_NAMESPACE {
 
 #if HWY_TARGET != HWY_SCALAR
 
-// --- Three and four channels of bytes to and from one run ---
+// --- Three and four channels of bytes to and from one run
 
 #if KORVEX2_VBMI
 
@@ -183,7 +183,7 @@ HWY_INLINE void LoadFour(const std::uint8_t* p, Vec8& a, Vec8& b, Vec8& c, Vec8&
   hn::LoadInterleaved4(Tag8(), p, a, b, c, d);
 }
 
-// --- Bytes and words ---
+// --- Bytes and words
 
 // The high, or the low, bytes of two vectors of words, in order.
 #if KORVEX2_VBMI

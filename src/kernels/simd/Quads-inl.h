@@ -18,7 +18,7 @@ namespace Korvex2::kernels::HWY_NAMESPACE {
 
 #if KORVEX2_X86
 
-// --- Pixels in, four vectors of red, green, blue, any ---
+// --- Pixels in, four vectors of red, green, blue, any
 
 // Quads are either in order, or in the order of JoinFour; Order() puts bytes made of them by two
 // packings in order.
@@ -137,7 +137,7 @@ template <>
 struct Quads<LoadBgru16> : QuadsOfWords<4, true> {};
 #endif
 
-// --- Sums ---
+// --- Sums
 
 template <bool BlueFirst>
 HWY_INLINE Vec8 WeightsOfQuads(Weights w) {
@@ -293,7 +293,7 @@ HWY_INLINE Vec8 ChromaVOfQuads(const Vec8 (&quads)[4]) {
   return QuotientsOf<kSumV, Source>(quads, rest0, rest1);
 }
 
-// --- Luma of bytes that were widened to 16 bits, v * 257, of which 12 are kept ---
+// --- Luma of bytes that were widened to 16 bits, v * 257, of which 12 are kept
 
 // Greys whose double sum is below 257 v.
 constexpr DropsOfGreys kWidenedDrops =

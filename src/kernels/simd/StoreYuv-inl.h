@@ -17,7 +17,7 @@ namespace Korvex2::kernels::HWY_NAMESPACE {
 
 #if HWY_TARGET != HWY_SCALAR
 
-// --- Luma and chroma of a vector of pixels ---
+// --- Luma and chroma of a vector of pixels
 
 #if KORVEX2_X86
 
@@ -55,7 +55,7 @@ HWY_INLINE void GetYuv(const std::uint8_t* p, Vec8& y, Vec8& u, Vec8& v) {
 
 #endif
 
-// --- Stores of luma ---
+// --- Stores of luma
 
 struct StoreY8 {
   static constexpr std::size_t kBytesOfTwo = 2;
@@ -72,7 +72,7 @@ struct StoreY12 {
   static HWY_INLINE void Put(Vec8 y, std::uint8_t* p) { StorePacked12(y, p); }
 };
 
-// --- Stores of packed YUV, of a vector of pixels as (luma, U, V) ---
+// --- Stores of packed YUV, of a vector of pixels as (luma, U, V)
 
 // The truncated mean of each two, and of each four, neighbours: as words, and as double words.
 #if KORVEX2_X86

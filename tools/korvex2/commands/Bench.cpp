@@ -10,17 +10,19 @@
 #include <system_error>
 #include <vector>
 
-#include "Conversion.h"
-#include "Failure.h"
 #include "ImageConverterARMStub.h"
 #include "InstructionSets.h"
-#include "Names.h"
 #include "PixelFormats.h"
 #include "Routes.h"
-#include "Table.h"
-#include "Timing.h"
+#include "analysis/Timing.h"
 #include "commands/Commands.h"
+#include "commands/CommonOptions.h"
 #include "io/Raster.h"
+#include "processing/Converted.h"
+#include "processing/InstructionSetChoice.h"
+#include "terminal/Failure.h"
+#include "terminal/Names.h"
+#include "terminal/Table.h"
 
 namespace Korvex2::Tool {
 namespace {
@@ -137,7 +139,7 @@ Outcome Measure(const Pair& pair, Size size) {
   Image result = Converted(frame, pair.target);
   const std::vector<unsigned char> copied(bytes / 2, 1);
   std::vector<unsigned char> copy(bytes / 2);
-  const ImageConverter converter;
+  ImageConverter converter;
   const std::vector<double> seconds = MedianSeconds({
       [&] { (void)converter.Convert(&frame, pair.target, &result); },
       [&] { std::memcpy(copy.data(), copied.data(), copied.size()); },
@@ -212,17 +214,24 @@ Examples:
 
 }  // namespace
 
-void AddBenchCommand(CLI::App& app, const Globals& globals) {
+Command BenchCommand(const Globals& globals) {
   const auto options = std::make_shared<Options>();
-  CLI::App* command =
-      app.add_subcommand("bench", "Measure how fast conversions are on this machine");
-  command->add_option("--from", options->from, "Only from this format")->check(NotEmpty);
-  command->add_option("--to", options->to, "Only to this format")->check(NotEmpty);
-  command->add_option("--size", options->size, "Frames of WIDTHxHEIGHT")->capture_default_str();
-  AddCpuOption(*command, options->cpu);
-  command->add_flag("--json", options->json, "Print JSON");
-  command->footer(kNotes);
-  command->callback([options, &globals] { Run(*options, globals); });
+  Options& o = *options;
+  // clang-format off
+  return {
+      .name = "bench",
+      .help = "Measure how fast conversions are on this machine",
+      .options = {
+          {"--from", &o.from, FormatWords(), "Only from this format"},
+          {"--to",   &o.to,   FormatWords(), "Only to this format"},
+          {"--size", &o.size, kText,         "Frames of WIDTHxHEIGHT"},
+          CpuOption(o.cpu),
+          {"--json", &o.json, kFlag,         "Print JSON"},
+      },
+      .notes = kNotes,
+      .run = [options, &globals] { Run(*options, globals); return kDone; },
+  };
+  // clang-format on
 }
 
 }  // namespace Korvex2::Tool

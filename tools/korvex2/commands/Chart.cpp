@@ -1,16 +1,17 @@
 // korvex2 chart: draws the test chart.
 
-#include "Chart.h"
+#include "drawing/TestChart.h"
 
 #include <memory>
 #include <string>
 
-#include "Conversion.h"
-#include "Failure.h"
-#include "Mosaic.h"
-#include "Names.h"
 #include "commands/Commands.h"
+#include "commands/CommonOptions.h"
 #include "io/Containers.h"
+#include "processing/Converted.h"
+#include "processing/MosaicSampling.h"
+#include "terminal/Failure.h"
+#include "terminal/Names.h"
 
 namespace Korvex2::Tool {
 namespace {
@@ -42,32 +43,40 @@ void Run(const Options& options, const Globals& globals) {
               NameOf(format));
 }
 
+constexpr const char* kIntroduction =
+    R"(The chart is drawn in 16 bits a channel and converted like any other picture; for the raw
+formats a mosaic is sampled from it.
+
+)";
+
+constexpr const char* kExamples = R"(
+Examples:
+  korvex2 chart chart.png
+  korvex2 chart frame.raw --to raw8 --tile rggb --width 640 --height 480
+)";
+
 }  // namespace
 
-void AddChartCommand(CLI::App& app, const Globals& globals) {
+Command ChartCommand(const Globals& globals) {
   const auto options = std::make_shared<Options>();
-  CLI::App* command = app.add_subcommand("chart", "Draw a test chart");
-  command->add_option("output", options->output, "The file to write")->required();
-  command->add_option("--width", options->width, "Pixels a row")
-      ->check(CLI::Range(1U, 0xffffffffU))
-      ->capture_default_str();
-  command->add_option("--height", options->height, "Rows")
-      ->check(CLI::Range(1U, 0xffffffffU))
-      ->capture_default_str();
-  command->add_option("--to", options->to, "Pixel format to write")->capture_default_str();
-  command
-      ->add_option("--tile", options->tile,
-                   "Bayer tile of a raw format: rggb (the default), grbg, gbrg or bggr")
-      ->check(NotEmpty);
-  command->footer(
-      "The chart is drawn in 16 bits a channel and converted like any other picture; for the "
-      "raw\n"
-      "formats a mosaic is sampled from it.\n\n" +
-      ContainerHelp() +
-      "\nExamples:\n"
-      "  korvex2 chart chart.png\n"
-      "  korvex2 chart frame.raw --to raw8 --tile rggb --width 640 --height 480\n");
-  command->callback([options, &globals] { Run(*options, globals); });
+  Options& o = *options;
+  // clang-format off
+  return {
+      .name = "chart",
+      .help = "Draw a test chart",
+      .positionals = {
+          {"output", &o.output, kText, "The file to write"},
+      },
+      .options = {
+          {"--width",  &o.width,  kSide,         "Pixels a row"},
+          {"--height", &o.height, kSide,         "Rows"},
+          {"--to",     &o.to,     FormatWords(), "Pixel format to write"},
+          {"--tile",   &o.tile,   TileWords(),   "Bayer tile of a raw format: rggb (the default), grbg, gbrg or bggr"},
+      },
+      .notes = kIntroduction + ContainerHelp() + kExamples,
+      .run = [options, &globals] { Run(*options, globals); return kDone; },
+  };
+  // clang-format on
 }
 
 }  // namespace Korvex2::Tool

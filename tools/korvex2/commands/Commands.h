@@ -1,16 +1,14 @@
 #pragma once
 
-/// The subcommands, one file each. Each function adds its subcommand to the command line.
+/// The subcommands, one file each. Each function makes one, with the fields that its options fill.
 
 #include <fmt/format.h>
 
-#include <CLI/CLI.hpp>
-#include <cmath>
-#include <cstdlib>
 #include <string>
 #include <utility>
 
-#include "Report.h"
+#include "cli/Program.h"
+#include "terminal/Report.h"
 
 namespace Korvex2::Tool {
 
@@ -30,33 +28,24 @@ struct Globals {
 /// A Failure unless all that was printed on stdout has arrived there.
 void FlushStandardOutput();
 
-/// Refuses what no comparison with a limit refuses.
-inline std::string IsNumber(const std::string& value) {
-  return std::isnan(std::strtod(value.c_str(), nullptr)) ? value + " is no number" : "";
-}
-
-/// Refuses an empty value, which would otherwise count as an option that was not given.
-inline std::string NotEmpty(const std::string& value) {
-  return value.empty() ? "a name is missing" : "";
-}
-
 /// --cpu, for commands that convert; the value goes to ChooseInstructionSet.
-inline void AddCpuOption(CLI::App& command, std::string& name) {
-  command.add_option("--cpu", name, "Instruction set to use, one of 'korvex2 info'")
-      ->check(NotEmpty);
+inline Option CpuOption(std::string& name) {
+  return {"--cpu", &name, kText, "Instruction set to use, one of 'korvex2 info'"};
 }
 
-void AddBenchCommand(CLI::App& app, const Globals& globals);
-void AddConvertCommand(CLI::App& app, const Globals& globals);
-void AddFormatsCommand(CLI::App& app);
-void AddRoutesCommand(CLI::App& app);
-void AddChartCommand(CLI::App& app, const Globals& globals);
-void AddMosaicCommand(CLI::App& app, const Globals& globals);
-void AddDemosaicCompareCommand(CLI::App& app, const Globals& globals);
-void AddDiffCommand(CLI::App& app, const Globals& globals);
-void AddGuessCommand(CLI::App& app, const Globals& globals);
-void AddInfoCommand(CLI::App& app);
-void AddCompletionsCommand(CLI::App& app);
-void AddManCommand(CLI::App& app);
+Command BenchCommand(const Globals& globals);
+Command ConvertCommand(const Globals& globals);
+Command FormatsCommand();
+Command RoutesCommand();
+Command ChartCommand(const Globals& globals);
+Command MosaicCommand(const Globals& globals);
+Command DemosaicCompareCommand(const Globals& globals);
+Command DiffCommand(const Globals& globals);
+Command GuessCommand(const Globals& globals);
+Command InfoCommand();
+
+/// These two tell about the program, which lives as long as they do, all commands included.
+Command CompletionsCommand(const Program& program);
+Command ManCommand(const Program& program);
 
 }  // namespace Korvex2::Tool

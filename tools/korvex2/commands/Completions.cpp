@@ -4,49 +4,53 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
+#include <vector>
 
-#include "Failure.h"
 #include "commands/Commands.h"
-#include "commands/Definitions.h"
 
 namespace Korvex2::Tool {
 namespace {
 
-std::string Join(const std::vector<std::string>& words) {
+std::string Join(const std::vector<std::string_view>& words) {
   return fmt::format("{}", fmt::join(words, " "));
 }
 
-std::string NamesOf(const std::vector<const CLI::App*>& commands) {
-  std::vector<std::string> names;
-  for (const CLI::App* command : commands) {
-    names.push_back(command->get_name());
+std::string CommandNames(const Program& program) {
+  std::vector<std::string_view> names;
+  for (const Command& command : program.commands) {
+    names.push_back(command.name);
   }
   return Join(names);
 }
 
-// The options of a subcommand and those of the whole program, which may stand anywhere.
-std::vector<const CLI::Option*> AllOptions(const CLI::App& app, const CLI::App& command) {
-  std::vector<const CLI::Option*> options = NamedOptions(command);
-  for (const CLI::Option* option : NamedOptions(app)) {
-    if (option != app.get_help_ptr() && option != app.get_version_ptr()) {
-      options.push_back(option);
-    }
-  }
-  return options;
-}
-
-std::vector<std::string> AllNames(const std::vector<const CLI::Option*>& options) {
-  std::vector<std::string> names;
-  for (const CLI::Option* option : options) {
-    for (const std::string& name : OptionNames(*option)) {
+std::string AllNames(const std::vector<Option>& options) {
+  std::vector<std::string_view> names;
+  for (const Option& option : options) {
+    for (const std::string_view name : NamesOf(option)) {
       names.push_back(name);
     }
   }
-  return names;
+  return Join(names);
+}
+
+std::vector<Option> Joined(std::vector<Option> options, const std::vector<Option>& more) {
+  options.insert(options.end(), more.begin(), more.end());
+  return options;
+}
+
+// What may stand before a subcommand.
+std::vector<Option> FirstOptions(const Program& program) {
+  return Joined({kHelpOption, kVersionOption}, program.options);
+}
+
+// What may stand after it: its options, and those of the program, which may stand anywhere.
+std::vector<Option> LaterOptions(const Program& program, const Command& command) {
+  return Joined(Joined({kHelpOption}, command.options), program.options);
 }
 
 // In single quotes, for the three shells alike but for fish, which knows \' in them.
-std::string Quoted(const std::string& text, const char* quote) {
+std::string Quoted(std::string_view text, const char* quote) {
   std::string quoted = "'";
   for (const char c : text) {
     quoted += c == '\'' ? std::string(quote) : std::string(1, c);
@@ -54,48 +58,46 @@ std::string Quoted(const std::string& text, const char* quote) {
   return quoted + "'";
 }
 
-std::string FirstLine(const std::string& text) {
+std::string_view FirstLine(std::string_view text) {
   return text.substr(0, text.find('\n'));
 }
 
 // --- bash ----------------------------------------------------------------------------------------
 
 // "convert,--to) words='mono8 ...'": what follows an option.
-std::string BashValues(const CLI::App& command) {
+std::string BashValues(const Command& command) {
   std::string cases;
-  for (const CLI::Option* option : NamedOptions(command)) {
-    if (!TakesValue(*option)) {
+  for (const Option& option : command.options) {
+    if (!TakesValue(option)) {
       continue;
     }
-    for (const std::string& name : OptionNames(*option)) {
-      const std::vector<std::string> values = ValuesOf(*option);
-      cases += values.empty() ? fmt::format("    {},{}) return ;;\n", command.get_name(), name)
-                              : fmt::format("    {},{}) words='{}' ;;\n", command.get_name(), name,
-                                            Join(values));
+    const std::string words = Join(WordsOf(option));
+    for (const std::string_view name : NamesOf(option)) {
+      cases += words.empty() ? fmt::format("    {},{}) return ;;\n", command.name, name)
+                             : fmt::format("    {},{}) words='{}' ;;\n", command.name, name, words);
     }
   }
   return cases;
 }
 
-std::string BashWords(const CLI::App& app, const CLI::App& command) {
-  std::vector<std::string> positional;
-  for (const CLI::Option* option : Positionals(command)) {
-    for (const std::string& value : ValuesOf(*option)) {
-      positional.push_back(value);
+std::string BashWords(const Program& program, const Command& command) {
+  std::vector<std::string_view> positional;
+  for (const Option& option : command.positionals) {
+    for (const std::string_view word : WordsOf(option)) {
+      positional.push_back(word);
     }
   }
-  return fmt::format("    {},-*) words='{}' ;;\n    {},*) words='{}' ;;\n", command.get_name(),
-                     Join(AllNames(AllOptions(app, command))), command.get_name(),
-                     Join(positional));
+  return fmt::format("    {},-*) words='{}' ;;\n    {},*) words='{}' ;;\n", command.name,
+                     AllNames(LaterOptions(program, command)), command.name, Join(positional));
 }
 
 // Where no words are known, bash goes on with the names of files.
-std::string BashScript(const CLI::App& app) {
+std::string BashScript(const Program& program) {
   std::string values;
   std::string words;
-  for (const CLI::App* command : Subcommands(app)) {
-    values += BashValues(*command);
-    words += BashWords(app, *command);
+  for (const Command& command : program.commands) {
+    values += BashValues(command);
+    words += BashWords(program, command);
   }
   return fmt::format(R"(# Completion of korvex2 for bash, printed by 'korvex2 completions bash'.
 _korvex2() {{
@@ -120,13 +122,13 @@ _korvex2() {{
 }}
 complete -o default -F _korvex2 korvex2
 )",
-                     NamesOf(Subcommands(app)), Join(AllNames(NamedOptions(app))), values, words);
+                     CommandNames(program), AllNames(FirstOptions(program)), values, words);
 }
 
 // --- zsh -----------------------------------------------------------------------------------------
 
 // Brackets and colons mean something to _arguments.
-std::string ZshText(const std::string& text) {
+std::string ZshText(std::string_view text) {
   std::string escaped;
   for (const char c : FirstLine(text)) {
     if (c == '[' || c == ']' || c == ':' || c == '\\') {
@@ -137,41 +139,37 @@ std::string ZshText(const std::string& text) {
   return escaped;
 }
 
-std::string ZshAction(const CLI::Option& option) {
-  const std::vector<std::string> values = ValuesOf(option);
-  return values.empty() ? "_files" : fmt::format("({})", Join(values));
+std::string ZshAction(const Option& option) {
+  const std::string words = Join(WordsOf(option));
+  return words.empty() ? "_files" : fmt::format("({})", words);
 }
 
-std::string ZshSpecs(const CLI::App& app, const CLI::App& command) {
+std::string ZshSpec(std::string_view text) {
+  return " \\\n        " + Quoted(text, R"('\'')");
+}
+
+std::string ZshSpecs(const Program& program, const Command& command) {
   std::string specs;
-  for (const CLI::Option* option : AllOptions(app, command)) {
-    for (const std::string& name : OptionNames(*option)) {
-      const std::string value =
-          TakesValue(*option) ? fmt::format(":value:{}", ZshAction(*option)) : "";
-      specs += " \\\n        " +
-               Quoted(fmt::format("{}[{}]{}", name, ZshText(option->get_description()), value),
-                      R"('\'')");
+  for (const Option& option : LaterOptions(program, command)) {
+    const std::string value = TakesValue(option) ? fmt::format(":value:{}", ZshAction(option)) : "";
+    for (const std::string_view name : NamesOf(option)) {
+      specs += ZshSpec(fmt::format("{}[{}]{}", name, ZshText(option.help), value));
     }
   }
-  for (const CLI::Option* option : Positionals(command)) {
-    specs += " \\\n        " +
-             Quoted(fmt::format(":{}:{}", ZshText(option->get_description()), ZshAction(*option)),
-                    R"('\'')");
+  for (const Option& option : command.positionals) {
+    specs += ZshSpec(fmt::format(":{}:{}", ZshText(option.help), ZshAction(option)));
   }
   return specs;
 }
 
-std::string ZshScript(const CLI::App& app) {
+std::string ZshScript(const Program& program) {
   std::string commands;
   std::string cases;
-  for (const CLI::App* command : Subcommands(app)) {
-    commands +=
-        "    " +
-        Quoted(fmt::format("{}:{}", command->get_name(), FirstLine(command->get_description())),
-               R"('\'')") +
-        "\n";
-    cases += fmt::format("    {})\n      _arguments{} ;;\n", command->get_name(),
-                         ZshSpecs(app, *command));
+  for (const Command& command : program.commands) {
+    const std::string line = fmt::format("{}:{}", command.name, FirstLine(command.help));
+    commands += fmt::format("    {}\n", Quoted(line, R"('\'')"));
+    cases +=
+        fmt::format("    {})\n      _arguments{} ;;\n", command.name, ZshSpecs(program, command));
   }
   return fmt::format(R"(#compdef korvex2
 # Completion of korvex2 for zsh, printed by 'korvex2 completions zsh'.
@@ -200,56 +198,62 @@ else
   compdef _korvex2 korvex2
 fi
 )",
-                     commands, Join(AllNames(NamedOptions(app))), cases);
+                     commands, AllNames(FirstOptions(program)), cases);
 }
 
 // --- fish ----------------------------------------------------------------------------------------
 
-std::string FishOption(const CLI::Option& option, const std::string& condition) {
-  std::string line = "complete -c korvex2" + condition;
-  for (const std::string& name : option.get_snames()) {
-    line += " -s " + name;
+std::string FishOption(const Option& option, std::string_view condition) {
+  std::string line = fmt::format("complete -c korvex2{}", condition);
+  for (const std::string_view name : NamesOf(option)) {
+    line += name.starts_with("--") ? fmt::format(" -l {}", name.substr(2))
+                                   : fmt::format(" -s {}", name.substr(1));
   }
-  for (const std::string& name : option.get_lnames()) {
-    line += " -l " + name;
-  }
-  const std::vector<std::string> values = ValuesOf(option);
-  if (!values.empty()) {
-    line += fmt::format(" -x -a '{}'", Join(values));
+  const std::string words = Join(WordsOf(option));
+  if (!words.empty()) {
+    line += fmt::format(" -x -a '{}'", words);
   } else if (TakesValue(option)) {
     line += " -r";
   }
-  return line + " -d " + Quoted(FirstLine(option.get_description()), "\\'") + "\n";
+  return fmt::format("{} -d {}\n", line, Quoted(FirstLine(option.help), "\\'"));
 }
 
-std::string FishScript(const CLI::App& app) {
+std::string FishCommand(const Command& command) {
+  const std::string condition = fmt::format(" -n '__fish_seen_subcommand_from {}'", command.name);
+  std::string lines = fmt::format("complete -c korvex2 -n __fish_use_subcommand -f -a {} -d {}\n",
+                                  command.name, Quoted(FirstLine(command.help), "\\'"));
+  for (const Option& option : command.options) {
+    lines += FishOption(option, condition);
+  }
+  for (const Option& option : command.positionals) {
+    const std::string words = Join(WordsOf(option));
+    if (!words.empty()) {
+      lines += fmt::format("complete -c korvex2{} -f -a '{}'\n", condition, words);
+    }
+  }
+  return lines;
+}
+
+std::string FishScript(const Program& program) {
   std::string script =
       "# Completion of korvex2 for fish, printed by 'korvex2 completions fish'.\n"
       "complete -c korvex2 -e\n"
       "complete -c korvex2 -n __fish_use_subcommand -f\n";
-  for (const CLI::Option* option : NamedOptions(app)) {
-    script +=
-        FishOption(*option, option == app.get_version_ptr() ? " -n __fish_use_subcommand" : "");
+  script += FishOption(kHelpOption, "");
+  script += FishOption(kVersionOption, " -n __fish_use_subcommand");
+  for (const Option& option : program.options) {
+    script += FishOption(option, "");
   }
-  for (const CLI::App* command : Subcommands(app)) {
-    const std::string condition =
-        fmt::format(" -n '__fish_seen_subcommand_from {}'", command->get_name());
-    script +=
-        fmt::format("complete -c korvex2 -n __fish_use_subcommand -f -a {} -d {}\n",
-                    command->get_name(), Quoted(FirstLine(command->get_description()), "\\'"));
-    for (const CLI::Option* option : NamedOptions(*command)) {
-      if (option != command->get_help_ptr()) {
-        script += FishOption(*option, condition);
-      }
-    }
-    for (const CLI::Option* option : Positionals(*command)) {
-      const std::vector<std::string> values = ValuesOf(*option);
-      if (!values.empty()) {
-        script += fmt::format("complete -c korvex2{} -f -a '{}'\n", condition, Join(values));
-      }
-    }
+  for (const Command& command : program.commands) {
+    script += FishCommand(command);
   }
   return script;
+}
+
+std::string CompletionScript(const Program& program, const std::string& shell) {
+  return shell == "bash"  ? BashScript(program)
+         : shell == "zsh" ? ZshScript(program)
+                          : FishScript(program);
 }
 
 constexpr const char* kNotes =
@@ -261,19 +265,20 @@ with the tool; where they are not:
 
 }  // namespace
 
-std::string CompletionScript(const CLI::App& app, const std::string& shell) {
-  return shell == "bash" ? BashScript(app) : shell == "zsh" ? ZshScript(app) : FishScript(app);
-}
-
-void AddCompletionsCommand(CLI::App& app) {
+Command CompletionsCommand(const Program& program) {
   const auto shell = std::make_shared<std::string>();
-  CLI::App* command =
-      app.add_subcommand("completions", "Print a script that completes command lines in a shell");
-  command->add_option("shell", *shell, "bash, zsh or fish")
-      ->required()
-      ->check(CLI::IsMember({"bash", "zsh", "fish"}));
-  command->footer(kNotes);
-  command->callback([shell, &app] { fmt::print("{}", CompletionScript(app, *shell)); });
+  const Words shells{{"bash", "zsh", "fish"}, /*othersAllowed=*/false};
+  // clang-format off
+  return {
+      .name = "completions",
+      .help = "Print a script that completes command lines in a shell",
+      .positionals = {
+          {"shell", shell.get(), shells, "bash, zsh or fish"},
+      },
+      .notes = kNotes,
+      .run = [shell, &program] { fmt::print("{}", CompletionScript(program, *shell)); return kDone; },
+  };
+  // clang-format on
 }
 
 }  // namespace Korvex2::Tool

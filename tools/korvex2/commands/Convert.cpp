@@ -9,17 +9,20 @@
 #include <optional>
 #include <string>
 
-#include "Batch.h"
 #include "BayerNames.h"
-#include "Conversion.h"
-#include "Failure.h"
-#include "FrameList.h"
-#include "Look.h"
-#include "Names.h"
+#include "batch/Batch.h"
+#include "batch/FrameList.h"
+#include "batch/OutputPattern.h"
 #include "commands/Commands.h"
+#include "commands/CommonOptions.h"
 #include "io/Containers.h"
-#include "io/Dump.h"
-#include "io/Y4m.h"
+#include "io/Headerless.h"
+#include "processing/Converted.h"
+#include "processing/Grading.h"
+#include "processing/InstructionSetChoice.h"
+#include "terminal/Failure.h"
+#include "terminal/Names.h"
+#include "terminal/Values.h"
 
 namespace Korvex2::Tool {
 namespace {
@@ -164,7 +167,7 @@ InputShape ShapeOf(const Options& options) {
   return shape;
 }
 
-Look LookOf(const Options& options) {
+Grade GradeOf(const Options& options) {
   return {ParseCrop(options.crop), ParseWhiteBalance(options.whiteBalance),
           ParseStretch(options.stretch), options.gamma};
 }
@@ -187,9 +190,9 @@ class Conversion {
         target(ParseFormat("--to", options.to).format),
         shape(ShapeOf(options)),
         method(options.method.empty() ? DEFAULT : ParseMethod(options.method)),
-        look(LookOf(options)),
+        grade(GradeOf(options)),
         write(WriteOptionsOf(options)) {
-    RequireAdjustable(look, target);
+    RequireAdjustable(grade, target);
   }
 
   Image Read(const InputFile& file, const Container& container) const {
@@ -198,13 +201,13 @@ class Conversion {
     return source;
   }
   Image Convert(Image source) const {
-    const PixelFormat format = FormatBeforeLook(look, source.GetPixelFormat(), target);
-    return WithLook(Converted(std::move(source), format, method), look, target);
+    const PixelFormat format = FormatBeforeGrading(grade, source.GetPixelFormat(), target);
+    return Graded(Converted(std::move(source), format, method), grade, target);
   }
   FrameSize SizeOfResult(const std::function<const InputFile&()>& file,
                          const Container& container) const {
-    if (look.crop) {
-      return {look.crop->width, look.crop->height};
+    if (grade.crop) {
+      return {grade.crop->width, grade.crop->height};
     }
     if (IsHeaderless(container) && shape.width && shape.height) {
       return {*shape.width, *shape.height};
@@ -220,7 +223,7 @@ class Conversion {
   const PixelFormat target;
   const InputShape shape;
   const ColorProcessingAlgorithm method;
-  const Look look;
+  const Grade grade;
   const WriteOptions write;
 };
 
@@ -271,7 +274,7 @@ FrameLayout LayoutOf(const Options& options, const InputShape& shape, bool hasHe
   }
   RequireFrame(*shape.format, *shape.width, *shape.height);
   const std::uint64_t pixels = std::uint64_t{*shape.width} * *shape.height;
-  layout.pixelBytes = DumpSize(*shape.format, pixels);
+  layout.pixelBytes = GroupedSize(*shape.format, pixels);
   layout.frameBytes = options.frameBytes.value_or(layout.pixelBytes);
   if (layout.frameBytes < layout.pixelBytes) {
     throw UsageFailure("--frame-bytes {} is too short: {} x {} pixels of {} have {}",
@@ -343,89 +346,62 @@ void Run(const Options& options, const Globals& globals) {
   options.IsBatch() ? RunMany(options, globals) : RunOne(options, globals);
 }
 
-void AddLookOptions(CLI::App& command, Options& options) {
-  command
-      .add_option(
-          "--black-level", options.blackLevel,
-          "Subtract it from a raw16 source: a number, or file for what a camera's file says")
-      ->check(NotEmpty);
-  command
-      .add_option("--scale", options.scale,
-                  "The white level of a raw16 source that becomes 65535: a number, or file")
-      ->check(NotEmpty);
-  command.add_option("--crop", options.crop, "x,y,width,height: the part of the result to keep")
-      ->check(NotEmpty);
-  command
-      .add_option("--white-balance", options.whiteBalance,
-                  "grey, or r,g,b: what colours are multiplied by")
-      ->check(NotEmpty);
-  command
-      .add_option("--stretch", options.stretch,
-                  "low,high: the percentiles that become black and white")
-      ->check(NotEmpty);
-  command.add_option("--gamma", options.gamma, "Brightens by the exponent 1/gamma, such as 2.2")
-      ->check(IsNumber)
-      ->check(CLI::Range(0.01, 100.0));
-}
-
-void AddBatchOptions(CLI::App& command, Options& options) {
-  constexpr std::uint64_t kMost = 1'000'000'000'000;
-  command.add_option("--frames", options.frames, "At most so many frames, or all");
-  command.add_option("--skip", options.skip, "Frames passed over at the begin")
-      ->check(CLI::Range(std::uint64_t{0}, kMost));
-  command.add_option("--every", options.every, "Of the rest, take each n-th")
-      ->check(CLI::Range(std::uint64_t{1}, kMost));
-  command
-      .add_option("--header-bytes", options.headerBytes,
-                  "Bytes before the first frame of a headerless file of many")
-      ->check(CLI::Range(std::uint64_t{0}, kMost));
-  command
-      .add_option("--frame-bytes", options.frameBytes,
-                  "Bytes from one frame to the next, where more than pixels lie between")
-      ->check(CLI::Range(std::uint64_t{1}, kMost));
-  command
-      .add_option("--fps", options.fps, "Frames a second of a .y4m output: 25, 29.97, 30000/1001")
-      ->check(NotEmpty);
-  command.add_option("--jobs", options.jobs, "Frames converted at once; all cores if not given")
-      ->check(CLI::Range(1U, kMostJobs));
-  command.add_flag("--resume", options.resume, "Leave out frames whose output is there and whole");
-  command.add_flag("--fail-fast", options.failFast, "Stop at the first frame that fails");
-  command.add_flag("--json-progress", options.jsonProgress,
-                   "Tell the progress on stderr as JSON, an object a line");
-}
+constexpr Text kInput{.mayBeEmpty = false};
+constexpr Text kOutput{.placeholder = "[MORE INPUTS...] OUTPUT"};
+constexpr std::uint64_t kMost = 1'000'000'000'000;
+constexpr WholeNumber kFrom0{0, kMost};
+constexpr WholeNumber kFrom1{1, kMost};
+constexpr WholeNumber kJobs{1, kMostJobs};
+constexpr RealNumber kGamma{0.01, 100};
 
 }  // namespace
 
-void AddConvertCommand(CLI::App& app, const Globals& globals) {
+Command ConvertCommand(const Globals& globals) {
   const auto options = std::make_shared<Options>();
-  CLI::App* command = app.add_subcommand("convert", "Convert files into another pixel format");
-  command->add_option("input", options->input, "What to read: a file, a folder, a quoted glob")
-      ->required()
-      ->check(NotEmpty);
-  command->add_option("output", options->more, "More inputs, and last the file to write")
-      ->required()
-      ->type_name("[MORE INPUTS...] OUTPUT");
-  command->add_option("--to", options->to, "Pixel format to write")->required();
-  command
-      ->add_option("--from", options->from,
-                   "Pixel format of the input, where the file does not say")
-      ->check(NotEmpty);
-  command->add_option("--width", options->width, "Pixels a row, of a headerless input")
-      ->check(CLI::Range(1U, 0xffffffffU));
-  command->add_option("--height", options->height, "Rows, of a headerless input")
-      ->check(CLI::Range(1U, 0xffffffffU));
-  command->add_option("--tile", options->tile, "Bayer tile of a raw input: " + TileNames())
-      ->check(NotEmpty);
-  command
-      ->add_option(
-          "--method", options->method,
-          "How to make colour of a raw input: " + MethodNames() + "; none shows the mosaic as grey")
-      ->check(NotEmpty);
-  AddCpuOption(*command, options->cpu);
-  AddLookOptions(*command, *options);
-  AddBatchOptions(*command, *options);
-  command->footer(ContainerHelp() + kNotes);
-  command->callback([options, &globals] { Run(*options, globals); });
+  Options& o = *options;
+  // clang-format off
+  return {
+      .name = "convert",
+      .help = "Convert files into another pixel format",
+      .positionals = {
+          {"input",  &o.input, kInput,  "What to read: a file, a folder, a quoted glob"},
+          {"output", &o.more,  kOutput, "More inputs, and last the file to write"},
+      },
+      .options = {
+          {"--to",            &o.to,           FormatWords(), "Pixel format to write", Presence::Required},
+          {"--from",          &o.from,         FormatWords(), "Pixel format of the input, where the file does not say"},
+          {"--width",         &o.width,        kSide,         "Pixels a row, of a headerless input"},
+          {"--height",        &o.height,       kSide,         "Rows, of a headerless input"},
+          {"--tile",          &o.tile,         TileWords(),   "Bayer tile of a raw input: " + TileNames()},
+          {"--method",        &o.method,       MethodWords(), "How to make colour of a raw input: " + MethodNames() +
+                                                              "; none shows the mosaic as grey"},
+          CpuOption(o.cpu),
+
+          {"--black-level",   &o.blackLevel,   kText,         "Subtract it from a raw16 source: a number, or file for "
+                                                              "what a camera's file says"},
+          {"--scale",         &o.scale,        kText,         "The white level of a raw16 source that becomes 65535: "
+                                                              "a number, or file"},
+          {"--crop",          &o.crop,         kText,         "x,y,width,height: the part of the result to keep"},
+          {"--white-balance", &o.whiteBalance, kText,         "grey, or r,g,b: what colours are multiplied by"},
+          {"--stretch",       &o.stretch,      kText,         "low,high: the percentiles that become black and white"},
+          {"--gamma",         &o.gamma,        kGamma,        "Brightens by the exponent 1/gamma, such as 2.2"},
+
+          {"--frames",        &o.frames,       kText,         "At most so many frames, or all"},
+          {"--skip",          &o.skip,         kFrom0,        "Frames passed over at the begin"},
+          {"--every",         &o.every,        kFrom1,        "Of the rest, take each n-th"},
+          {"--header-bytes",  &o.headerBytes,  kFrom0,        "Bytes before the first frame of a headerless file of many"},
+          {"--frame-bytes",   &o.frameBytes,   kFrom1,        "Bytes from one frame to the next, where more than pixels "
+                                                              "lie between"},
+          {"--fps",           &o.fps,          kText,         "Frames a second of a .y4m output: 25, 29.97, 30000/1001"},
+          {"--jobs",          &o.jobs,         kJobs,         "Frames converted at once; all cores if not given"},
+          {"--resume",        &o.resume,       kFlag,         "Leave out frames whose output is there and whole"},
+          {"--fail-fast",     &o.failFast,     kFlag,         "Stop at the first frame that fails"},
+          {"--json-progress", &o.jsonProgress, kFlag,         "Tell the progress on stderr as JSON, an object a line"},
+      },
+      .notes = ContainerHelp() + kNotes,
+      .run = [options, &globals] { Run(*options, globals); return kDone; },
+  };
+  // clang-format on
 }
 
 }  // namespace Korvex2::Tool

@@ -8,20 +8,21 @@
 #include <string>
 #include <vector>
 
-#include "Conversion.h"
-#include "Engine.h"
-#include "Failure.h"
-#include "Mosaic.h"
-#include "Names.h"
 #include "PixelFormats.h"
-#include "Quality.h"
-#include "Report.h"
-#include "Sheet.h"
-#include "Table.h"
-#include "Timing.h"
+#include "analysis/Quality.h"
+#include "analysis/Timing.h"
 #include "commands/Commands.h"
+#include "commands/CommonOptions.h"
+#include "drawing/ContactSheet.h"
 #include "io/Containers.h"
 #include "io/Raster.h"
+#include "processing/Converted.h"
+#include "processing/Engine.h"
+#include "processing/MosaicSampling.h"
+#include "terminal/Failure.h"
+#include "terminal/Names.h"
+#include "terminal/Report.h"
+#include "terminal/Table.h"
 
 namespace Korvex2::Tool {
 namespace {
@@ -71,8 +72,7 @@ Image ReadTruth(const Options& options) {
     throw Failure("{} is {} x {} pixels; comparing methods takes at least {} x {}", options.input,
                   image.GetCols(), image.GetRows(), kSmallestForQuality, kSmallestForQuality);
   }
-  const bool deep = format == PIXEL_FORMAT_MONO16 || FindPixelFormat(format)->bitsPerPixel >= 48;
-  Image truth = Converted(image, deep ? PIXEL_FORMAT_RGB16 : PIXEL_FORMAT_RGB8);
+  Image truth = Converted(image, IsDeep(format) ? PIXEL_FORMAT_RGB16 : PIXEL_FORMAT_RGB8);
   if (truth.GetRows() % 2 == 0 && truth.GetCols() % 2 == 0) {
     return truth;
   }
@@ -96,8 +96,8 @@ Outcome Measure(const Image& truth, const Image& mosaic, const EngineMethod& met
 }
 
 std::vector<Outcome> MeasureAll(const Image& truth, BayerTileFormat tile) {
-  const bool deep = truth.GetPixelFormat() == PIXEL_FORMAT_RGB16;
-  const Image mosaic = SampleMosaic(truth, tile, deep ? PIXEL_FORMAT_RAW16 : PIXEL_FORMAT_RAW8);
+  const Image mosaic = SampleMosaic(
+      truth, tile, IsDeep(truth.GetPixelFormat()) ? PIXEL_FORMAT_RAW16 : PIXEL_FORMAT_RAW8);
   std::vector<Outcome> outcomes;
   for (const EngineMethod& method : EngineMethods()) {
     outcomes.push_back(Measure(truth, mosaic, method));
@@ -215,20 +215,26 @@ Examples:
 
 }  // namespace
 
-void AddDemosaicCompareCommand(CLI::App& app, const Globals& globals) {
+Command DemosaicCompareCommand(const Globals& globals) {
   const auto options = std::make_shared<Options>();
-  CLI::App* command = app.add_subcommand("demosaic-compare",
-                                         "Measure all demosaic methods on the mosaic of a picture");
-  command->add_option("input", options->input, "The picture to read")->required();
-  command->add_option("--tile", options->tile, "The top-left 2x2: rggb, grbg, gbrg or bggr")
-      ->capture_default_str();
-  command->add_option("--out", options->sheet, "The contact sheet to write")->check(NotEmpty);
-  command->add_option("--crop", options->detail, "The detail on the sheet: X,Y,WIDTH,HEIGHT")
-      ->delimiter(',')
-      ->expected(4);
-  command->add_flag("--json", options->json, "Print JSON");
-  command->footer(ContainerHelp() + kNotes);
-  command->callback([options, &globals] { Run(*options, globals); });
+  Options& o = *options;
+  // clang-format off
+  return {
+      .name = "demosaic-compare",
+      .help = "Measure all demosaic methods on the mosaic of a picture",
+      .positionals = {
+          {"input", &o.input, kText, "The picture to read"},
+      },
+      .options = {
+          {"--tile", &o.tile,   TileWords(),   "The top-left 2x2: rggb, grbg, gbrg or bggr"},
+          {"--out",  &o.sheet,  kText,         "The contact sheet to write"},
+          {"--crop", &o.detail, NumberList{4}, "The detail on the sheet: X,Y,WIDTH,HEIGHT"},
+          {"--json", &o.json,   kFlag,         "Print JSON"},
+      },
+      .notes = ContainerHelp() + kNotes,
+      .run = [options, &globals] { Run(*options, globals); return kDone; },
+  };
+  // clang-format on
 }
 
 }  // namespace Korvex2::Tool

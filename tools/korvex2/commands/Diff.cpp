@@ -8,18 +8,20 @@
 #include <string>
 
 #include "BayerNames.h"
-#include "Difference.h"
-#include "Failure.h"
-#include "Names.h"
-#include "Quality.h"
-#include "Table.h"
+#include "analysis/Difference.h"
+#include "analysis/Quality.h"
 #include "commands/Commands.h"
+#include "commands/CommonOptions.h"
 #include "io/Containers.h"
+#include "terminal/Failure.h"
+#include "terminal/Names.h"
+#include "terminal/Table.h"
 
 namespace Korvex2::Tool {
 namespace {
 
 constexpr int kDifferent = 1;
+constexpr RealNumber kAmplify{1, 65535};
 
 struct Options {
   std::string first;
@@ -152,18 +154,15 @@ Difference CompareFiles(const Options& options, const Globals& globals) {
 }
 
 // Trouble of any kind has the exit code of wrong use, so that 1 means that the pictures differ.
-void Run(const Options& options, const Globals& globals) {
-  bool same = false;
+int Run(const Options& options, const Globals& globals) {
   try {
-    same = CompareFiles(options, globals).IsNone();
+    const bool same = CompareFiles(options, globals).IsNone();
     FlushStandardOutput();
+    return same ? kDone : kDifferent;
   } catch (const std::bad_alloc&) {
     throw UsageFailure("out of memory");
   } catch (const std::exception& failure) {
     throw UsageFailure("{}", failure.what());
-  }
-  if (!same) {
-    throw CLI::RuntimeError(kDifferent);
   }
 }
 
@@ -188,26 +187,29 @@ Examples:
 
 }  // namespace
 
-void AddDiffCommand(CLI::App& app, const Globals& globals) {
+Command DiffCommand(const Globals& globals) {
   const auto options = std::make_shared<Options>();
-  CLI::App* command = app.add_subcommand("diff", "Measure how far two pictures are apart");
-  command->add_option("first", options->first, "The file to compare with")->required();
-  command->add_option("second", options->second, "The file to compare")->required();
-  command->add_option("--from", options->from, "Pixel format of the files, where they do not say")
-      ->check(NotEmpty);
-  command->add_option("--width", options->width, "Pixels a row, of headerless files")
-      ->check(CLI::Range(1U, 0xffffffffU));
-  command->add_option("--height", options->height, "Rows, of headerless files")
-      ->check(CLI::Range(1U, 0xffffffffU));
-  command->add_option("--picture", options->picture, "A picture of the differences to write")
-      ->check(NotEmpty);
-  command->add_option("--amplify", options->amplify, "What the differences are multiplied by there")
-      ->check(IsNumber)
-      ->check(CLI::Range(1.0, 65535.0))
-      ->capture_default_str();
-  command->add_flag("--json", options->json, "Print JSON");
-  command->footer(ContainerHelp() + kNotes);
-  command->callback([options, &globals] { Run(*options, globals); });
+  Options& o = *options;
+  // clang-format off
+  return {
+      .name = "diff",
+      .help = "Measure how far two pictures are apart",
+      .positionals = {
+          {"first",  &o.first,  kText, "The file to compare with"},
+          {"second", &o.second, kText, "The file to compare"},
+      },
+      .options = {
+          {"--from",    &o.from,    FormatWords(), "Pixel format of the files, where they do not say"},
+          {"--width",   &o.width,   kSide,         "Pixels a row, of headerless files"},
+          {"--height",  &o.height,  kSide,         "Rows, of headerless files"},
+          {"--picture", &o.picture, kText,         "A picture of the differences to write"},
+          {"--amplify", &o.amplify, kAmplify,      "What the differences are multiplied by there"},
+          {"--json",    &o.json,    kFlag,         "Print JSON"},
+      },
+      .notes = ContainerHelp() + kNotes,
+      .run = [options, &globals] { return Run(*options, globals); },
+  };
+  // clang-format on
 }
 
 }  // namespace Korvex2::Tool

@@ -2,10 +2,10 @@
 
 #include <memory>
 
-#include "Names.h"
 #include "PixelFormats.h"
-#include "Table.h"
 #include "commands/Commands.h"
+#include "terminal/Names.h"
+#include "terminal/Table.h"
 
 namespace Korvex2::Tool {
 namespace {
@@ -58,11 +58,18 @@ void PrintJson() {
 
 }  // namespace
 
-void AddFormatsCommand(CLI::App& app) {
+Command FormatsCommand() {
   const auto json = std::make_shared<bool>(false);
-  CLI::App* command = app.add_subcommand("formats", "List the pixel formats and their layouts");
-  command->add_flag("--json", *json, "Print JSON");
-  command->callback([json] { *json ? PrintJson() : PrintTable(); });
+  // clang-format off
+  return {
+      .name = "formats",
+      .help = "List the pixel formats and their layouts",
+      .options = {
+          {"--json", json.get(), kFlag, "Print JSON"},
+      },
+      .run = [json] { *json ? PrintJson() : PrintTable(); return kDone; },
+  };
+  // clang-format on
 }
 
 }  // namespace Korvex2::Tool

@@ -1,39 +1,41 @@
 // korvex2 guess: what a headerless file may be.
 
-#include "Guess.h"
+#include "analysis/Candidates.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <string>
 
-#include "Conversion.h"
-#include "Failure.h"
-#include "Names.h"
-#include "Sheet.h"
-#include "Table.h"
 #include "commands/Commands.h"
+#include "commands/CommonOptions.h"
+#include "drawing/ContactSheet.h"
 #include "io/Containers.h"
 #include "io/Raster.h"
+#include "processing/Converted.h"
+#include "terminal/Failure.h"
+#include "terminal/Names.h"
+#include "terminal/Table.h"
 
 namespace Korvex2::Tool {
 namespace {
 
 constexpr std::size_t kOnSheet = 6;
+constexpr WholeNumber kBest{1, 1000};
 
 struct Options {
   std::string input;
   std::string format;
   std::optional<std::uint32_t> width;
   std::optional<std::uint32_t> height;
-  std::size_t best = 10;
+  std::uint32_t best = 10;
   std::string sheet;
   bool json = false;
 };
 
 // --- The sheet -----------------------------------------------------------------------------------
 
-Image FrameOf(const Reading& reading, const Bytes& file) {
+Image FrameOf(const Candidate& reading, const Bytes& file) {
   Image frame = NewImage(reading.width, reading.height, *reading.format, reading.tile);
   const std::size_t size = std::min<std::size_t>(file.size, frame.GetDataSize());
   std::copy_n(file.data.get(), size, frame.GetData());
@@ -41,27 +43,23 @@ Image FrameOf(const Reading& reading, const Bytes& file) {
 }
 
 // In colour where that can be made: mosaics with an odd side are shown as grey.
-Image PictureOf(const Reading& reading, const Bytes& file) {
+Image PictureOf(const Candidate& reading, const Bytes& file) {
   const bool isOdd = reading.width % 2 != 0 || reading.height % 2 != 0;
-  const bool deep = reading.format->format == PIXEL_FORMAT_MONO12 ||
-                    reading.format->format == PIXEL_FORMAT_MONO16 ||
-                    reading.format->format == PIXEL_FORMAT_RAW12 ||
-                    reading.format->format == PIXEL_FORMAT_RAW16 ||
-                    reading.format->bitsPerPixel >= 48;
-  return Converted(FrameOf(reading, file), deep ? PIXEL_FORMAT_RGB16 : PIXEL_FORMAT_RGB8,
+  return Converted(FrameOf(reading, file),
+                   reading.format->IsDeep() ? PIXEL_FORMAT_RGB16 : PIXEL_FORMAT_RGB8,
                    isOdd ? NO_COLOR_PROCESSING : HQ_LINEAR);
 }
 
-std::string LabelOf(const Reading& reading) {
+std::string LabelOf(const Candidate& reading) {
   return reading.tile == NONE ? std::string(reading.format->name)
                               : fmt::format("{} {}", reading.format->name, NameOf(reading.tile));
 }
 
-void WriteSheet(const Options& options, const Bytes& file, std::span<const Reading> readings) {
+void WriteSheet(const Options& options, const Bytes& file, std::span<const Candidate> readings) {
   std::vector<Image> pictures;
   std::vector<Exhibit> exhibits;
   pictures.reserve(readings.size());
-  for (const Reading& reading : readings) {
+  for (const Candidate& reading : readings) {
     pictures.push_back(PictureOf(reading, file));
     exhibits.push_back(
         {&pictures.back(),
@@ -76,9 +74,9 @@ void WriteSheet(const Options& options, const Bytes& file, std::span<const Readi
 
 // --- The table -----------------------------------------------------------------------------------
 
-void PrintText(std::span<const Reading> readings) {
+void PrintText(std::span<const Candidate> readings) {
   Table table = {{"", "width", "height", "format", "tile", "bits/byte", ""}};
-  for (const Reading& reading : readings) {
+  for (const Candidate& reading : readings) {
     table.push_back({std::to_string(table.size()), std::to_string(reading.width),
                      std::to_string(reading.height), std::string(reading.format->name),
                      reading.tile == NONE ? "" : std::string(NameOf(reading.tile)),
@@ -88,11 +86,11 @@ void PrintText(std::span<const Reading> readings) {
   Print(table);
 }
 
-void PrintJson(const Options& options, const Bytes& file, std::span<const Reading> readings) {
+void PrintJson(const Options& options, const Bytes& file, std::span<const Candidate> readings) {
   fmt::print("{{\n  \"input\": {}, \"bytes\": {},\n  \"readings\": [", Json(options.input),
              file.size);
   const char* separator = "\n";
-  for (const Reading& reading : readings) {
+  for (const Candidate& reading : readings) {
     fmt::print(
         "{}    {{\"width\": {}, \"height\": {}, \"format\": {}, \"tile\": {}, \"bitsPerByte\": "
         "{:.6f}, \"commonSize\": {}}}",
@@ -120,15 +118,15 @@ void Run(const Options& options, const Globals& globals) {
   }
   const InputFile input(options.input);
   const Bytes& file = input.Read();
-  const std::vector<Reading> all = Guess(file, known);
+  const std::vector<Candidate> all = FindCandidates(file, known);
   if (all.empty()) {
     FailForNothing(options, file.size);
   }
-  const std::span<const Reading> readings(all);
+  const std::span<const Candidate> readings(all);
   if (!options.sheet.empty()) {
     WriteSheet(options, file, readings.first(std::min(kOnSheet, all.size())));
   }
-  const auto best = readings.first(std::min(options.best, all.size()));
+  const auto best = readings.first(std::min<std::size_t>(options.best, all.size()));
   if (options.json) {
     PrintJson(options, file, best);
     return;
@@ -140,8 +138,8 @@ void Run(const Options& options, const Globals& globals) {
   }
 }
 
-constexpr const char* kNotes = R"(
-Every width, height and format whose frame has exactly the size of the file is tried, sizes of
+constexpr const char* kNotes =
+    R"(Every width, height and format whose frame has exactly the size of the file is tried, sizes of
 common sensors and video modes first. The bits of a byte say how well a reading foresees each sample
 from its neighbours: the fewer, the likelier. Where the first is far below the rest it is right;
 where they lie close together, look at the sheet.
@@ -156,24 +154,28 @@ Examples:
 
 }  // namespace
 
-void AddGuessCommand(CLI::App& app, const Globals& globals) {
+Command GuessCommand(const Globals& globals) {
   const auto options = std::make_shared<Options>();
-  CLI::App* command =
-      app.add_subcommand("guess", "Find out size, format and tile of a headerless file");
-  command->add_option("input", options->input, "The file to read, whatever its name")->required();
-  command->add_option("--format", options->format, "The pixel format, if known")->check(NotEmpty);
-  command->add_option("--width", options->width, "Pixels a row, if known")
-      ->check(CLI::Range(1U, 0xffffffffU));
-  command->add_option("--height", options->height, "Rows, if known")
-      ->check(CLI::Range(1U, 0xffffffffU));
-  command->add_option("--best", options->best, "How many readings to print")
-      ->check(CLI::Range(1U, 1000U))
-      ->capture_default_str();
-  command->add_option("--sheet", options->sheet, "A contact sheet of the best six to write")
-      ->check(NotEmpty);
-  command->add_flag("--json", options->json, "Print JSON");
-  command->footer(kNotes + 1);
-  command->callback([options, &globals] { Run(*options, globals); });
+  Options& o = *options;
+  // clang-format off
+  return {
+      .name = "guess",
+      .help = "Find out size, format and tile of a headerless file",
+      .positionals = {
+          {"input", &o.input, kText, "The file to read, whatever its name"},
+      },
+      .options = {
+          {"--format", &o.format, FormatWords(), "The pixel format, if known"},
+          {"--width",  &o.width,  kSide,         "Pixels a row, if known"},
+          {"--height", &o.height, kSide,         "Rows, if known"},
+          {"--best",   &o.best,   kBest,         "How many readings to print"},
+          {"--sheet",  &o.sheet,  kText,         "A contact sheet of the best six to write"},
+          {"--json",   &o.json,   kFlag,         "Print JSON"},
+      },
+      .notes = kNotes,
+      .run = [options, &globals] { Run(*options, globals); return kDone; },
+  };
+  // clang-format on
 }
 
 }  // namespace Korvex2::Tool

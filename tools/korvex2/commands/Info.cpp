@@ -1,22 +1,20 @@
 // korvex2 info: the machine, the library and what was built into the tool.
 
-#include <libraw/libraw.h>
-#include <png.h>
-#include <tiffio.h>
-
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "Failure.h"
 #include "InstructionSets.h"
 #include "Korvex2Version.h"
-#include "Names.h"
-#include "Table.h"
 #include "Utilities.h"
 #include "commands/Commands.h"
 #include "io/Containers.h"
+#include "io/Libraries.h"
+#include "processing/InstructionSetChoice.h"
+#include "terminal/Failure.h"
+#include "terminal/Names.h"
+#include "terminal/Table.h"
 
 namespace Korvex2::Tool {
 namespace {
@@ -45,13 +43,6 @@ std::string FileFormats() {
   return names;
 }
 
-// From "LIBTIFF, Version 4.5.0\nCopyright ...".
-std::string TiffVersion() {
-  const std::string text = TIFFGetVersion();
-  const std::size_t begin = text.find("Version ");
-  return begin == std::string::npos ? "" : text.substr(begin + 8, text.find('\n') - begin - 8);
-}
-
 // g++ says it by a macro, clang by a feature.
 #if defined(__SANITIZE_ADDRESS__)
 #define KORVEX2_SANITIZED 1
@@ -62,8 +53,7 @@ std::string TiffVersion() {
 #endif
 
 std::string Features() {
-  std::string features = fmt::format("{}, libpng {}, libtiff {}, LibRaw {}", FileFormats(),
-                                     png_get_libpng_ver(nullptr), TiffVersion(), libraw_version());
+  std::string features = fmt::format("{}, {}", FileFormats(), Libraries());
 #if !defined(NDEBUG)
   features += ", assertions";
 #endif
@@ -148,11 +138,18 @@ void PrintJson() {
 
 }  // namespace
 
-void AddInfoCommand(CLI::App& app) {
+Command InfoCommand() {
   const auto json = std::make_shared<bool>(false);
-  CLI::App* command = app.add_subcommand("info", "Show version, features and machine");
-  command->add_flag("--json", *json, "Print JSON");
-  command->callback([json] { *json ? PrintJson() : PrintText(); });
+  // clang-format off
+  return {
+      .name = "info",
+      .help = "Show version, features and machine",
+      .options = {
+          {"--json", json.get(), kFlag, "Print JSON"},
+      },
+      .run = [json] { *json ? PrintJson() : PrintText(); return kDone; },
+  };
+  // clang-format on
 }
 
 }  // namespace Korvex2::Tool

@@ -5,16 +5,16 @@
 #include <cctype>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Korvex2Version.h"
 #include "commands/Commands.h"
-#include "commands/Definitions.h"
 
 namespace Korvex2::Tool {
 namespace {
 
 // Text as it is: dashes that can be copied, and no line taken for a request.
-std::string Roff(const std::string& text) {
+std::string Roff(std::string_view text) {
   std::string roff;
   bool lineBegins = true;
   for (const char c : text) {
@@ -63,87 +63,92 @@ std::string Preformatted(const std::string& text) {
   return block + "\n.fi\n";
 }
 
-std::string Upper(std::string text) {
+std::string Upper(std::string_view lower) {
+  std::string text(lower);
   for (char& c : text) {
     c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
   }
   return text;
 }
 
-std::string NameOf(const CLI::Option& option) {
-  const std::vector<std::string> names = OptionNames(option);
-  if (names.empty()) {
-    return fmt::format("\\fI{}\\fR", Roff(option.get_name()));
-  }
+std::string NamesAndValue(const Option& option) {
   std::string text;
-  for (const std::string& name : names) {
+  const std::vector<std::string_view> names = NamesOf(option);
+  for (const std::string_view name : names) {
     text += fmt::format("{}\\fB{}\\fR", text.empty() ? "" : ", ", Roff(name));
   }
   return TakesValue(option) ? fmt::format("{} \\fI{}\\fR", text, Upper(names.back().substr(2)))
                             : text;
 }
 
-std::string Paragraph(const CLI::Option& option) {
-  std::string text = Roff(option.get_description());
-  if (!option.get_default_str().empty()) {
-    text += fmt::format(" (default: {})", Roff(option.get_default_str()));
+std::string Paragraph(std::string_view term, const Option& option) {
+  std::string text = Roff(option.help);
+  const std::string usual = DefaultOf(option);
+  if (!usual.empty()) {
+    text += fmt::format(" (default: {})", Roff(usual));
   }
-  if (option.get_required()) {
+  if (IsRequired(option)) {
     text += " (required)";
   }
-  return fmt::format(".TP\n{}\n{}\n", NameOf(option), text);
+  return fmt::format(".TP\n{}\n{}\n", term, text);
 }
 
-std::string Synopsis(const CLI::App& command) {
-  std::string text = fmt::format(".B korvex2 {}\n", Roff(command.get_name()));
-  for (const CLI::Option* option : Positionals(command)) {
-    text += fmt::format(".I {}\n", Roff(option->get_name()));
+std::string Paragraph(const Option& option) {
+  return Paragraph(NamesAndValue(option), option);
+}
+
+std::string Synopsis(const Command& command) {
+  std::string text = fmt::format(".B korvex2 {}\n", Roff(command.name));
+  for (const Option& option : command.positionals) {
+    text += fmt::format(".I {}\n", Roff(option.names));
   }
   return text + ".RI [ options ]\n";
 }
 
-std::string Section(const CLI::App& command) {
-  std::string text = fmt::format(".SS korvex2 {}\n{}.\n", Roff(command.get_name()),
-                                 Roff(command.get_description()));
-  for (const CLI::Option* option : Positionals(command)) {
-    text += Paragraph(*option);
+std::string Section(const Program& program, const Command& command) {
+  std::string text = fmt::format(".SS korvex2 {}\n{}.\n", Roff(command.name), Roff(command.help));
+  for (const Option& option : command.positionals) {
+    text += Paragraph(fmt::format("\\fI{}\\fR", Roff(option.names)), option);
   }
-  for (const CLI::Option* option : NamedOptions(command)) {
-    if (option != command.get_help_ptr()) {
-      text += Paragraph(*option);
-    }
+  for (const Option& option : command.options) {
+    text += Paragraph(option);
   }
-  const std::string notes = Preformatted(command.get_footer());
-  return text + (notes.empty() ? "" : ".PP\n" + notes);
+  return text + ".PP\n" + Preformatted(command.notes.empty() ? program.notes : command.notes);
+}
+
+// In the man macros of roff.
+std::string ManPage(const Program& program) {
+  std::string page = fmt::format(
+      ".TH KORVEX2 1 \"{}\" \"korvex2 {}\" \"User Commands\"\n.SH NAME\nkorvex2 \\- {}\n.SH "
+      "SYNOPSIS\n",
+      BuildDate(), GetVersion(), Roff(program.help));
+  std::string separator;
+  for (const Command& command : program.commands) {
+    page += separator + Synopsis(command);
+    separator = ".br\n";
+  }
+  page += ".SH OPTIONS\n" + Paragraph(kHelpOption) + Paragraph(kVersionOption);
+  for (const Option& option : program.options) {
+    page += Paragraph(option);
+  }
+  page += ".SH COMMANDS\n";
+  for (const Command& command : program.commands) {
+    page += Section(program, command);
+  }
+  return page + ".SH NOTES\n" + Preformatted(program.notes);
 }
 
 }  // namespace
 
-std::string ManPage(const CLI::App& app, const std::string& version) {
-  std::string page = fmt::format(
-      ".TH KORVEX2 1 \"{}\" \"korvex2 {}\" \"User Commands\"\n.SH NAME\nkorvex2 \\- {}\n.SH "
-      "SYNOPSIS\n",
-      BuildDate(), version, Roff(app.get_description()));
-  std::string separator;
-  for (const CLI::App* command : Subcommands(app)) {
-    page += separator + Synopsis(*command);
-    separator = ".br\n";
-  }
-  page += ".SH OPTIONS\n";
-  for (const CLI::Option* option : NamedOptions(app)) {
-    page += Paragraph(*option);
-  }
-  page += ".SH COMMANDS\n";
-  for (const CLI::App* command : Subcommands(app)) {
-    page += Section(*command);
-  }
-  return page + ".SH NOTES\n" + Preformatted(app.get_footer());
-}
-
-void AddManCommand(CLI::App& app) {
-  CLI::App* command = app.add_subcommand("man", "Print the man page");
-  command->footer("Examples:\n  korvex2 man | man -l -");
-  command->callback([&app] { fmt::print("{}", ManPage(app, GetVersion())); });
+Command ManCommand(const Program& program) {
+  // clang-format off
+  return {
+      .name = "man",
+      .help = "Print the man page",
+      .notes = "Examples:\n  korvex2 man | man -l -",
+      .run = [&program] { fmt::print("{}", ManPage(program)); return kDone; },
+  };
+  // clang-format on
 }
 
 }  // namespace Korvex2::Tool

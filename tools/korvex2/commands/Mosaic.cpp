@@ -1,14 +1,15 @@
 // korvex2 mosaic: what a sensor behind a colour filter array sees of a picture.
 
-#include "Mosaic.h"
+#include "processing/MosaicSampling.h"
 
 #include <memory>
 #include <string>
 
-#include "Failure.h"
-#include "Names.h"
 #include "commands/Commands.h"
+#include "commands/CommonOptions.h"
 #include "io/Containers.h"
+#include "terminal/Failure.h"
+#include "terminal/Names.h"
 
 namespace Korvex2::Tool {
 namespace {
@@ -33,21 +34,33 @@ void Run(const Options& options, const Globals& globals) {
               options.output, NameOf(target), options.tile);
 }
 
+constexpr const char* kExamples = R"(
+Examples:
+  korvex2 mosaic photo.png mosaic.png --tile rggb
+  korvex2 mosaic photo.png mosaic.raw --tile bggr --to raw12
+)";
+
 }  // namespace
 
-void AddMosaicCommand(CLI::App& app, const Globals& globals) {
+Command MosaicCommand(const Globals& globals) {
   const auto options = std::make_shared<Options>();
-  CLI::App* command = app.add_subcommand("mosaic", "Make a Bayer mosaic of a picture");
-  command->add_option("input", options->input, "The picture to read")->required();
-  command->add_option("output", options->output, "The mosaic to write")->required();
-  command->add_option("--tile", options->tile, "The top-left 2x2: rggb, grbg, gbrg or bggr")
-      ->required();
-  command->add_option("--to", options->to, "raw8, raw12 or raw16")->capture_default_str();
-  command->footer(ContainerHelp() +
-                  "\nExamples:\n"
-                  "  korvex2 mosaic photo.png mosaic.png --tile rggb\n"
-                  "  korvex2 mosaic photo.png mosaic.raw --tile bggr --to raw12\n");
-  command->callback([options, &globals] { Run(*options, globals); });
+  Options& o = *options;
+  // clang-format off
+  return {
+      .name = "mosaic",
+      .help = "Make a Bayer mosaic of a picture",
+      .positionals = {
+          {"input",  &o.input,  kText, "The picture to read"},
+          {"output", &o.output, kText, "The mosaic to write"},
+      },
+      .options = {
+          {"--tile", &o.tile, TileWords(),   "The top-left 2x2: rggb, grbg, gbrg or bggr", Presence::Required},
+          {"--to",   &o.to,   FormatWords(), "raw8, raw12 or raw16"},
+      },
+      .notes = ContainerHelp() + kExamples,
+      .run = [options, &globals] { Run(*options, globals); return kDone; },
+  };
+  // clang-format on
 }
 
 }  // namespace Korvex2::Tool

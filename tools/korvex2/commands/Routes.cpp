@@ -6,10 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "Failure.h"
-#include "Names.h"
-#include "Table.h"
 #include "commands/Commands.h"
+#include "commands/CommonOptions.h"
+#include "terminal/Failure.h"
+#include "terminal/Names.h"
+#include "terminal/Table.h"
 
 namespace Korvex2::Tool {
 namespace {
@@ -190,14 +191,21 @@ void Run(const Options& options) {
 
 }  // namespace
 
-void AddRoutesCommand(CLI::App& app) {
+Command RoutesCommand() {
   const auto options = std::make_shared<Options>();
-  CLI::App* command =
-      app.add_subcommand("routes", "Show which kernels run for which pair of formats");
-  command->add_option("--from", options->from, "Only from this format")->check(NotEmpty);
-  command->add_option("--to", options->to, "Only to this format")->check(NotEmpty);
-  command->add_flag("--json", options->json, "Print JSON");
-  command->callback([options] { Run(*options); });
+  Options& o = *options;
+  // clang-format off
+  return {
+      .name = "routes",
+      .help = "Show which kernels run for which pair of formats",
+      .options = {
+          {"--from", &o.from, FormatWords(), "Only from this format"},
+          {"--to",   &o.to,   FormatWords(), "Only to this format"},
+          {"--json", &o.json, kFlag,         "Print JSON"},
+      },
+      .run = [options] { Run(*options); return kDone; },
+  };
+  // clang-format on
 }
 
 }  // namespace Korvex2::Tool
