@@ -22,7 +22,8 @@ int main() {
                        Korvex2::VORERROR_NOT_IMPLEMENTED;
   Korvex2::ImageConverter::releaseInstance();
 
-  const bool table = Korvex2::FindPixelFormat("bgru16") != nullptr && !Korvex2::Routines().empty();
+  const bool table = Korvex2::FindPixelFormat("bgru16") != nullptr &&
+                     Korvex2::FindRoutine("ConvertRGBToY8") != nullptr;
   const bool engine =
       bayerToColor(BAYER_PIXEL_FORMAT_RAW8, grey.GetData(), 1, 2, BAYER_PIXEL_FORMAT_BGR8,
                    colour.GetData(), BAYER_METHOD_NEAREST_NEIGHBOR, BAYER_PATTERN_RGGB) != beOK;
