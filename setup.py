@@ -42,7 +42,8 @@ class CMakeBuild(build_ext):
         jobs = os.environ.get("CMAKE_BUILD_PARALLEL_LEVEL") or str(self.parallel or os.cpu_count())
         subprocess.run(["cmake", "--build", build, "--target", "korvex2_python", "--parallel", jobs], check=True)
         module.parent.mkdir(parents=True, exist_ok=True)
-        shutil.copy(build / "python" / "korvex2" / module.name, module)
+        for name in (module.name, "_formats.py"):
+            shutil.copy(build / "python" / "korvex2" / name, module.parent)
 
 
 setup(version=version(), ext_modules=[Extension("korvex2._core", [])], cmdclass={"build_ext": CMakeBuild})

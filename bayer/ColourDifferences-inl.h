@@ -54,43 +54,44 @@ struct Sides {
   float sum(float n, float s, float w, float e) const {
     return (north * n + south * s) + (west * w + east * e);
   }
+  float sum(Sides of) const { return sum(of.north, of.south, of.west, of.east); }
 };
 
-// Places to the left and to the right of those of a row.
-struct Beside {
-  const float* left;
-  const float* right;
+// What the four diagonal neighbours of a place hold.
+struct Diagonals {
+  float nw, ne, sw, se;
 };
 
 // Green minus the opposite colour where the mosaic holds red or blue: the mean over the diagonal
 // neighbours, weighted by 1 / (level + |step of green| + |step of the opposite colour|). The
 // weights are brought to a common denominator, which takes one division instead of five.
-inline void oppositeDifference(Beside ownAbove, Beside ownBelow, Beside greenAbove, In greenHere,
-                               Beside greenBelow, Beside above, Beside below, float level,
-                               Columns c, Row out) {
-  for (int x = c.begin; x < c.end; ++x) {
-    const float g = greenHere[x];
-    const float down = level + magnitude(above.left[x] - below.right[x]);
-    const float up = level + magnitude(above.right[x] - below.left[x]);
-    const float nw = down + magnitude(g - greenAbove.left[x]);
-    const float se = down + magnitude(g - greenBelow.right[x]);
-    const float ne = up + magnitude(g - greenAbove.right[x]);
-    const float sw = up + magnitude(g - greenBelow.left[x]);
-    const float downProduct = nw * se;
-    const float upProduct = ne * sw;
-    const float downSum = ownAbove.left[x] * se + ownBelow.right[x] * nw;
-    const float upSum = ownAbove.right[x] * sw + ownBelow.left[x] * ne;
-    out[x] = (downSum * upProduct + upSum * downProduct) /
-             ((nw + se) * upProduct + (ne + sw) * downProduct);
-  }
+inline float oppositeDifferenceAt(Diagonals own, Diagonals green, float greenHere, Diagonals colour,
+                                  float level) {
+  const float down = level + magnitude(colour.nw - colour.se);
+  const float up = level + magnitude(colour.ne - colour.sw);
+  const float nw = down + magnitude(greenHere - green.nw);
+  const float se = down + magnitude(greenHere - green.se);
+  const float ne = up + magnitude(greenHere - green.ne);
+  const float sw = up + magnitude(greenHere - green.sw);
+  const float downProduct = nw * se;
+  const float upProduct = ne * sw;
+  const float downSum = own.nw * se + own.se * nw;
+  const float upSum = own.ne * sw + own.sw * ne;
+  return (downSum * upProduct + upSum * downProduct) /
+         ((nw + se) * upProduct + (ne + sw) * downProduct);
 }
 
 // The same on whole rows.
 inline void oppositeDifference(In ownAbove, In ownBelow, In greenAbove, In greenHere, In greenBelow,
                                In above, In below, float level, Columns c, Row out) {
-  const auto diagonal = [](const float* row) { return Beside{row - 1, row + 1}; };
-  oppositeDifference(diagonal(ownAbove), diagonal(ownBelow), diagonal(greenAbove), greenHere,
-                     diagonal(greenBelow), diagonal(above), diagonal(below), level, c, out);
+  const auto diagonals = [](const float* rowAbove, const float* rowBelow, int x) {
+    return Diagonals{rowAbove[x - 1], rowAbove[x + 1], rowBelow[x - 1], rowBelow[x + 1]};
+  };
+  for (int x = c.begin; x < c.end; ++x) {
+    out[x] =
+        oppositeDifferenceAt(diagonals(ownAbove, ownBelow, x), diagonals(greenAbove, greenBelow, x),
+                             greenHere[x], diagonals(above, below, x), level);
+  }
 }
 
 KORVEX2_BAYER_END_TARGET_CODE

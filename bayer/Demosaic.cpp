@@ -19,7 +19,7 @@ using std::ptrdiff_t;
 using std::size_t;
 
 // Bytes of a mosaic sample, 0 for a format that is no mosaic.
-int bytesPerSample(int format) {
+int BytesPerSample(int format) {
   switch (format) {
     case BAYER_PIXEL_FORMAT_RAW8:
       return 1;
@@ -30,18 +30,18 @@ int bytesPerSample(int format) {
   }
 }
 
-bool knownPattern(int pattern) {
+bool KnownPattern(int pattern) {
   return pattern >= BAYER_PATTERN_RGGB && pattern <= BAYER_PATTERN_BGGR;
 }
 
 // No buffer is larger than this, so offsets into a picture that passed need no further care.
-bool tooLarge(const Request& request) {
+bool TooLarge(const Request& request) {
   const auto pixels = static_cast<size_t>(request.rows) * static_cast<size_t>(request.cols);
   constexpr size_t kMostBytesPerPixel = 8;
   return pixels > static_cast<size_t>(std::numeric_limits<ptrdiff_t>::max()) / kMostBytesPerPixel;
 }
 
-constexpr size_t roundedUp(size_t bytes) {
+constexpr size_t RoundedUp(size_t bytes) {
   return (bytes + kVectorBytes - 1) / kVectorBytes * kVectorBytes;
 }
 
@@ -49,32 +49,32 @@ constexpr size_t roundedUp(size_t bytes) {
 class Workspace {
  public:
   explicit Workspace(size_t bytes)
-      : start_(static_cast<unsigned char*>(
+      : m_start(static_cast<unsigned char*>(
             ::operator new (bytes, std::align_val_t{kVectorBytes}, std::nothrow))),
-        next_(start_) {
+        m_next(m_start) {
     // What lies around the samples is read by whole vectors and must not be old memory.
-    if (start_ != nullptr) std::memset(start_, 0, bytes);
+    if (m_start != nullptr) std::memset(m_start, 0, bytes);
   }
-  ~Workspace() { ::operator delete (start_, std::align_val_t{kVectorBytes}); }
+  ~Workspace() { ::operator delete (m_start, std::align_val_t{kVectorBytes}); }
   Workspace(const Workspace&) = delete;
   Workspace& operator=(const Workspace&) = delete;
 
-  explicit operator bool() const { return start_ != nullptr; }
+  explicit operator bool() const { return m_start != nullptr; }
 
   template <typename T>
-  T* take(size_t bytes) {
-    unsigned char* const piece = next_;
-    next_ += roundedUp(bytes);
+  T* Take(size_t bytes) {
+    unsigned char* const piece = m_next;
+    m_next += RoundedUp(bytes);
     return reinterpret_cast<T*>(piece);
   }
 
  private:
-  unsigned char* start_;
-  unsigned char* next_;
+  unsigned char* m_start;
+  unsigned char* m_next;
 };
 
 // The width of blocks of at most `most` columns, when all are to be of almost the same width.
-int evenShare(int cols, int most) {
+int EvenShare(int cols, int most) {
   const int blocks = cols / most + (cols % most != 0);
   const int share = cols / blocks + (cols % blocks != 0);
   return share + share % 2;
@@ -90,23 +90,23 @@ struct Layout {
       : blockRows(
             std::min(request.rows, settings.blockRows ? settings.blockRows : method.blockRows)),
         blockCols(
-            evenShare(request.cols, settings.blockCols ? settings.blockCols : method.blockCols)),
+            EvenShare(request.cols, settings.blockCols ? settings.blockCols : method.blockCols)),
         margin(method.margin),
-        besideRow(roundedUp(static_cast<size_t>(margin * sampleBytes)) + kVectorBytes),
-        mosaicRow(roundedUp(static_cast<size_t>(blockCols) * static_cast<size_t>(sampleBytes)) +
+        besideRow(RoundedUp(static_cast<size_t>(margin * sampleBytes)) + kVectorBytes),
+        mosaicRow(RoundedUp(static_cast<size_t>(blockCols) * static_cast<size_t>(sampleBytes)) +
                   2 * besideRow),
-        planeRow(roundedUp(static_cast<size_t>(blockCols) * static_cast<size_t>(sampleBytes)) +
+        planeRow(RoundedUp(static_cast<size_t>(blockCols) * static_cast<size_t>(sampleBytes)) +
                  kVectorBytes),
         scratch(method.scratchBytes ? method.scratchBytes(blockRows, blockCols, sampleBytes) : 0),
-        outputRow(static_cast<size_t>(blockCols) * static_cast<size_t>(format.bytesPerPixel())) {}
+        outputRow(static_cast<size_t>(blockCols) * static_cast<size_t>(format.BytesPerPixel())) {}
 
-  int mosaicRows() const { return blockRows + 2 * margin; }
-  size_t mosaic() const { return mosaicRow * static_cast<size_t>(mosaicRows()); }
-  size_t mosaicTable() const { return sizeof(void*) * static_cast<size_t>(mosaicRows()); }
-  size_t plane() const { return planeRow * static_cast<size_t>(blockRows); }
-  size_t total() const {
-    return roundedUp(mosaic()) + roundedUp(mosaicTable()) + 3 * roundedUp(plane()) +
-           roundedUp(scratch) + roundedUp(outputRow);
+  int MosaicRows() const { return blockRows + 2 * margin; }
+  size_t MosaicBytes() const { return mosaicRow * static_cast<size_t>(MosaicRows()); }
+  size_t MosaicTableBytes() const { return sizeof(void*) * static_cast<size_t>(MosaicRows()); }
+  size_t PlaneBytes() const { return planeRow * static_cast<size_t>(blockRows); }
+  size_t TotalBytes() const {
+    return RoundedUp(MosaicBytes()) + RoundedUp(MosaicTableBytes()) + 3 * RoundedUp(PlaneBytes()) +
+           RoundedUp(scratch) + RoundedUp(outputRow);
   }
 };
 
@@ -116,136 +116,137 @@ class Walk {
  public:
   Walk(const Request& request, const Layout& layout, Workspace& workspace,
        const OutputFormat& format, const RowWriters& writers)
-      : request_(request),
-        layout_(layout),
-        format_(format),
-        writer_(writers.pick(format, Sample{})),
-        inputSampleBytes_(bytesPerSample(request.inputFormat)),
-        mosaic_(workspace.take<unsigned char>(layout.mosaic())),
-        table_(workspace.take<const Sample*>(layout.mosaicTable())),
-        outputRow_(workspace.take<unsigned char>(layout.outputRow)) {
-    block_.redRow = request.pattern >> 1;
-    block_.redColumn = request.pattern & 1;
-    block_.red = workspace.take<Sample>(layout.plane());
-    block_.green = workspace.take<Sample>(layout.plane());
-    block_.blue = workspace.take<Sample>(layout.plane());
-    block_.stride = static_cast<ptrdiff_t>(layout.planeRow / sizeof(Sample));
-    block_.scratch = layout.scratch ? workspace.take<unsigned char>(layout.scratch) : nullptr;
-    block_.mosaic = table_ + layout.margin;
+      : m_request(request),
+        m_layout(layout),
+        m_format(format),
+        m_writer(writers.Pick(format, Sample{})),
+        m_inputSampleBytes(BytesPerSample(request.inputFormat)),
+        m_mosaic(workspace.Take<unsigned char>(layout.MosaicBytes())),
+        m_table(workspace.Take<const Sample*>(layout.MosaicTableBytes())),
+        m_outputRow(workspace.Take<unsigned char>(layout.outputRow)) {
+    m_block.redRow = request.pattern >> 1;
+    m_block.redColumn = request.pattern & 1;
+    m_block.red = workspace.Take<Sample>(layout.PlaneBytes());
+    m_block.green = workspace.Take<Sample>(layout.PlaneBytes());
+    m_block.blue = workspace.Take<Sample>(layout.PlaneBytes());
+    m_block.stride = static_cast<ptrdiff_t>(layout.planeRow / sizeof(Sample));
+    m_block.scratch = layout.scratch ? workspace.Take<unsigned char>(layout.scratch) : nullptr;
+    m_block.mosaic = m_table + layout.margin;
   }
 
-  void run(void (*method)(const Block<Sample>&)) {
-    const ptrdiff_t rows = request_.rows;
-    const ptrdiff_t cols = request_.cols;
-    for (ptrdiff_t left = 0; left < cols; left += layout_.blockCols) {
-      block_.cols = static_cast<int>(std::min<ptrdiff_t>(layout_.blockCols, cols - left));
-      loadedTo_ = -layout_.margin;
-      for (ptrdiff_t top = 0; top < rows; top += layout_.blockRows) {
-        block_.rows = static_cast<int>(std::min<ptrdiff_t>(layout_.blockRows, rows - top));
-        load(top, left);
-        method(block_);
-        write(top, left);
+  void Run(void (*method)(const Block<Sample>&)) {
+    const ptrdiff_t rows = m_request.rows;
+    const ptrdiff_t cols = m_request.cols;
+    for (ptrdiff_t left = 0; left < cols; left += m_layout.blockCols) {
+      m_block.cols = static_cast<int>(std::min<ptrdiff_t>(m_layout.blockCols, cols - left));
+      m_loadedTo = -m_layout.margin;
+      for (ptrdiff_t top = 0; top < rows; top += m_layout.blockRows) {
+        m_block.rows = static_cast<int>(std::min<ptrdiff_t>(m_layout.blockRows, rows - top));
+        Load(top, left);
+        method(m_block);
+        Write(top, left);
       }
     }
   }
 
  private:
   // The mosaic rows live in a ring: a row stays where it is as long as any block needs it.
-  Sample* ringRow(ptrdiff_t y) {
-    const auto place = static_cast<size_t>((y + layout_.margin) % layout_.mosaicRows());
-    return reinterpret_cast<Sample*>(mosaic_ + place * layout_.mosaicRow + layout_.besideRow);
+  Sample* RingRow(ptrdiff_t y) {
+    const auto place = static_cast<size_t>((y + m_layout.margin) % m_layout.MosaicRows());
+    return reinterpret_cast<Sample*>(m_mosaic + place * m_layout.mosaicRow + m_layout.besideRow);
   }
 
-  void load(ptrdiff_t top, ptrdiff_t left) {
-    const ptrdiff_t end = top + block_.rows + layout_.margin;
-    for (; loadedTo_ < end; ++loadedTo_) loadRow(loadedTo_, left);
-    for (ptrdiff_t y = top - layout_.margin; y < end; ++y) {
-      table_[y - top + layout_.margin] = ringRow(y);
+  void Load(ptrdiff_t top, ptrdiff_t left) {
+    const ptrdiff_t end = top + m_block.rows + m_layout.margin;
+    for (; m_loadedTo < end; ++m_loadedTo) LoadRow(m_loadedTo, left);
+    for (ptrdiff_t y = top - m_layout.margin; y < end; ++y) {
+      m_table[y - top + m_layout.margin] = RingRow(y);
     }
   }
 
-  void loadRow(ptrdiff_t y, ptrdiff_t left) {
+  void LoadRow(ptrdiff_t y, ptrdiff_t left) {
     const unsigned char* const row =
-        request_.input + mirrored(y, request_.rows) * request_.cols * inputSampleBytes_;
-    const ptrdiff_t from = left - layout_.margin;
-    const ptrdiff_t to = left + block_.cols + layout_.margin;
-    Sample* const out = ringRow(y) - layout_.margin;
+        m_request.input + Mirrored(y, m_request.rows) * m_request.cols * m_inputSampleBytes;
+    const ptrdiff_t from = left - m_layout.margin;
+    const ptrdiff_t to = left + m_block.cols + m_layout.margin;
+    Sample* const out = RingRow(y) - m_layout.margin;
     if constexpr (sizeof(Sample) == 2) {
-      if (inputSampleBytes_ == 2) return loadRow16(row, request_.cols, from, to, out);
+      if (m_inputSampleBytes == 2) return LoadRow16(row, m_request.cols, from, to, out);
     }
-    loadRow8(row, request_.cols, from, to, out);
+    LoadRow8(row, m_request.cols, from, to, out);
   }
 
-  void write(ptrdiff_t top, ptrdiff_t left) {
-    const int pixelBytes = format_.bytesPerPixel();
-    for (int y = 0; y < block_.rows; ++y) {
-      unsigned char* const out = request_.output + ((top + y) * request_.cols + left) * pixelBytes;
-      if (reinterpret_cast<std::uintptr_t>(out) % static_cast<unsigned>(format_.bytesPerChannel)) {
+  void Write(ptrdiff_t top, ptrdiff_t left) {
+    const int pixelBytes = m_format.BytesPerPixel();
+    for (int y = 0; y < m_block.rows; ++y) {
+      unsigned char* const out =
+          m_request.output + ((top + y) * m_request.cols + left) * pixelBytes;
+      if (reinterpret_cast<std::uintptr_t>(out) % static_cast<unsigned>(m_format.bytesPerChannel)) {
         // Words at odd addresses: made in a row of our own.
-        writeRow(y, outputRow_);
-        std::memcpy(out, outputRow_,
-                    static_cast<size_t>(block_.cols) * static_cast<size_t>(pixelBytes));
+        WriteRow(y, m_outputRow);
+        std::memcpy(out, m_outputRow,
+                    static_cast<size_t>(m_block.cols) * static_cast<size_t>(pixelBytes));
       } else {
-        writeRow(y, out);
+        WriteRow(y, out);
       }
     }
   }
 
-  void writeRow(int y, unsigned char* out) {
-    const ptrdiff_t offset = y * block_.stride;
-    const Sample* const first = (format_.blueFirst ? block_.blue : block_.red) + offset;
-    const Sample* const third = (format_.blueFirst ? block_.red : block_.blue) + offset;
-    writer_(first, block_.green + offset, third, block_.cols, out);
+  void WriteRow(int y, unsigned char* out) {
+    const ptrdiff_t offset = y * m_block.stride;
+    const Sample* const first = (m_format.blueFirst ? m_block.blue : m_block.red) + offset;
+    const Sample* const third = (m_format.blueFirst ? m_block.red : m_block.blue) + offset;
+    m_writer(first, m_block.green + offset, third, m_block.cols, out);
   }
 
-  const Request& request_;
-  const Layout& layout_;
-  const OutputFormat& format_;
-  const RowWriter<Sample> writer_;
-  const int inputSampleBytes_;
-  unsigned char* const mosaic_;
-  const Sample** const table_;
-  unsigned char* const outputRow_;
-  Block<Sample> block_{};
-  ptrdiff_t loadedTo_ = 0;
+  const Request& m_request;
+  const Layout& m_layout;
+  const OutputFormat& m_format;
+  const RowWriter<Sample> m_writer;
+  const int m_inputSampleBytes;
+  unsigned char* const m_mosaic;
+  const Sample** const m_table;
+  unsigned char* const m_outputRow;
+  Block<Sample> m_block{};
+  ptrdiff_t m_loadedTo = 0;
 };
 
 }  // namespace
 
-BayerError check(const Request& request) {
-  if (findMethod(request.method) == nullptr || request.rows < 0 || request.cols < 0) {
+BayerError Check(const Request& request) {
+  if (FindMethod(request.method) == nullptr || request.rows < 0 || request.cols < 0) {
     return beFAILED;
   }
-  if (bytesPerSample(request.inputFormat) == 0 ||
-      findOutputFormat(request.outputFormat) == nullptr || !knownPattern(request.pattern)) {
+  if (BytesPerSample(request.inputFormat) == 0 ||
+      FindOutputFormat(request.outputFormat) == nullptr || !KnownPattern(request.pattern)) {
     return beINVALID_PATTERN;
   }
   if (request.rows == 0 || request.cols == 0) return beOK;
   if (request.rows % 2 != 0) return beODD_ROWS;
   if (request.cols % 2 != 0) return beODD_COLS;
-  if (request.input == nullptr || request.output == nullptr || tooLarge(request)) return beFAILED;
+  if (request.input == nullptr || request.output == nullptr || TooLarge(request)) return beFAILED;
   return beOK;
 }
 
-BayerError demosaic(const Request& request, const Settings& settings) {
-  const BayerError error = check(request);
+BayerError Demosaic(const Request& request, const Settings& settings) {
+  const BayerError error = Check(request);
   if (error != beOK || request.rows == 0 || request.cols == 0) return error;
 
-  const Method& method = *findMethod(request.method);
-  const OutputFormat& format = *findOutputFormat(request.outputFormat);
+  const Method& method = *FindMethod(request.method);
+  const OutputFormat& format = *FindOutputFormat(request.outputFormat);
   // The work is done in 16 bits unless both ends have 8.
-  const int sampleBytes = std::max(bytesPerSample(request.inputFormat), format.bytesPerChannel);
+  const int sampleBytes = std::max(BytesPerSample(request.inputFormat), format.bytesPerChannel);
 
   const Layout layout(request, settings, method, format, sampleBytes);
-  Workspace workspace(layout.total());
+  Workspace workspace(layout.TotalBytes());
   if (!workspace) return beFAILED;
 
-  const BlockFunctions functions = method.functions(settings.target);
-  const RowWriters writers = rowWriters(settings.target);
+  const BlockFunctions functions = method.functions(settings.instructionSet);
+  const RowWriters writers = RowWritersFor(settings.instructionSet);
   if (sampleBytes == 1) {
-    Walk<std::uint8_t>(request, layout, workspace, format, writers).run(functions.on8);
+    Walk<std::uint8_t>(request, layout, workspace, format, writers).Run(functions.on8);
   } else {
-    Walk<std::uint16_t>(request, layout, workspace, format, writers).run(functions.on16);
+    Walk<std::uint16_t>(request, layout, workspace, format, writers).Run(functions.on16);
   }
   return beOK;
 }

@@ -2,7 +2,7 @@
 
 /// The engine behind bayerToColor(), with its choices made explicit.
 
-#include "Target.h"
+#include "InstructionSet.h"
 #include "vorbayer.h"
 
 namespace Korvex2::Bayer {
@@ -22,15 +22,15 @@ struct Request {
 
 /// How to go about it. The picture does not depend on any of this.
 struct Settings {
-  Target target = activeTarget();
+  InstructionSet instructionSet = ActiveInstructionSet();
   /// The largest block to work on, 0 for the method's own; both even.
   int blockRows = 0;
   int blockCols = 0;
 };
 
 /// beOK if the request can be carried out, else its error.
-BayerError check(const Request& request);
+BayerError Check(const Request& request);
 
-BayerError demosaic(const Request& request, const Settings& settings);
+BayerError Demosaic(const Request& request, const Settings& settings);
 
 }  // namespace Korvex2::Bayer

@@ -14,19 +14,19 @@
 KORVEX2_BAYER_BEGIN_TARGET_CODE
 
 // Five changes along the row.
-inline void sum5Along(In a, Columns c, Row out) {
+inline void Sum5Along(In a, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) {
     out[x] = ((a[x - 2] + a[x + 2]) + (a[x - 1] + a[x + 1])) + a[x];
   }
 }
 
-inline void sum5Across(In a0, In a1, In a2, In a3, In a4, Columns c, Row out) {
+inline void Sum5Across(In a0, In a1, In a2, In a3, In a4, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) out[x] = ((a0[x] + a4[x]) + (a1[x] + a3[x])) + a2[x];
 }
 
 // How much the row's direction counts: 1 if the difference along the row changes less, 0 if it
 // changes more, 1/2 if neither does.
-inline void decide(In alongSums, In acrossSums, Columns c, Row share) {
+inline void Decide(In alongSums, In acrossSums, Columns c, Row share) {
   for (int x = c.begin; x < c.end; ++x) {
     const float less = alongSums[x] < acrossSums[x] ? 0.5F : 0.0F;
     const float more = alongSums[x] > acrossSums[x] ? 0.5F : 0.0F;
@@ -34,18 +34,18 @@ inline void decide(In alongSums, In acrossSums, Columns c, Row share) {
   }
 }
 
-inline float smoothed(float before2, float before, float here, float after, float after2) {
+inline float Smoothed(float before2, float before, float here, float after, float after2) {
   constexpr float kAll = 1.3F;
   return (0.5F / kAll) * here +
          ((0.3F / kAll) * (before + after) + (0.1F / kAll) * (before2 + after2));
 }
 
 // Green minus colour where the mosaic holds the colour, and green everywhere.
-inline void chosenDifference(In twoAbove, In above, In here, In below, In twoBelow, In along,
+inline void ChosenDifference(In twoAbove, In above, In here, In below, In twoBelow, In along,
                              In share, In m, In colour, Columns c, Row out, Row green) {
   for (int x = c.begin; x < c.end; ++x) {
-    const float v = smoothed(twoAbove[x], above[x], here[x], below[x], twoBelow[x]);
-    const float h = smoothed(along[x - 2], along[x - 1], along[x], along[x + 1], along[x + 2]);
+    const float v = Smoothed(twoAbove[x], above[x], here[x], below[x], twoBelow[x]);
+    const float h = Smoothed(along[x - 2], along[x - 1], along[x], along[x + 1], along[x + 2]);
     const float difference = share[x] * h + (1 - share[x]) * v;
     out[x] = difference;
     green[x] = m[x] + colour[x] * difference;
@@ -54,7 +54,7 @@ inline void chosenDifference(In twoAbove, In above, In here, In below, In twoBel
 
 // The row's own colour lies beside a green sample, the opposite colour above and below it.
 template <typename Sample>
-void chosenPixels(In ownAbove, In ownHere, In ownBelow, In oppositeAbove, In oppositeHere,
+void ChosenPixels(In ownAbove, In ownHere, In ownBelow, In oppositeAbove, In oppositeHere,
                   In oppositeBelow, In share, In m, In green, In colour, In greenPlaces, int end,
                   Sample* __restrict ownOut, Sample* __restrict greenOut,
                   Sample* __restrict oppositeOut) {
@@ -73,13 +73,13 @@ void chosenPixels(In ownAbove, In ownHere, In ownBelow, In oppositeAbove, In opp
 }
 
 template <typename Sample>
-void directionalFilter(const Block<Sample>& block) {
+void DirectionalFilter(const Block<Sample>& block) {
   const int rows = block.rows;
   const int cols = block.cols;
   const Columns columns = columnsAround(cols, kDirectionalFilterReach);
   const std::ptrdiff_t stride = floatStride(cols);
   constexpr float kLevel = levelOf<Sample>();
-  float* scratch = static_cast<float*>(block.scratch);
+  auto* scratch = static_cast<float*>(block.scratch);
   const Ring<8> mosaic(scratch, stride);
   const Ring<8> across(scratch, stride);
   const Ring<8> along(scratch, stride);
@@ -99,16 +99,16 @@ void directionalFilter(const Block<Sample>& block) {
     differenceAcross(mosaic[y - 2], mosaic[y - 1], mosaic[y], mosaic[y + 1], mosaic[y + 2],
                      colour(y), columns, across[y]);
     changeAlong(along[y], columns, t[0]);
-    sum5Along(t[0], columns, sumsAlong[y]);
+    Sum5Along(t[0], columns, sumsAlong[y]);
     changeAcross(across[y - 2], across[y], columns, changesAcross[y - 1]);
     y = last - 5;
-    sum5Across(sumsAlong[y - 2], sumsAlong[y - 1], sumsAlong[y], sumsAlong[y + 1], sumsAlong[y + 2],
+    Sum5Across(sumsAlong[y - 2], sumsAlong[y - 1], sumsAlong[y], sumsAlong[y + 1], sumsAlong[y + 2],
                columns, t[0]);
-    sum5Across(changesAcross[y - 2], changesAcross[y - 1], changesAcross[y], changesAcross[y + 1],
+    Sum5Across(changesAcross[y - 2], changesAcross[y - 1], changesAcross[y], changesAcross[y + 1],
                changesAcross[y + 2], columns, t[1]);
-    sum5Along(t[1], columns, t[2]);
-    decide(t[0], t[2], columns, shares[y]);
-    chosenDifference(across[y - 2], across[y - 1], across[y], across[y + 1], across[y + 2],
+    Sum5Along(t[1], columns, t[2]);
+    Decide(t[0], t[2], columns, shares[y]);
+    ChosenDifference(across[y - 2], across[y - 1], across[y], across[y + 1], across[y + 2],
                      along[y], shares[y], mosaic[y], colour(y), columns, own[y], green[y]);
     y = last - 6;
     oppositeDifference(own[y - 1], own[y + 1], green[y - 1], green[y], green[y + 1], mosaic[y - 1],
@@ -117,15 +117,15 @@ void directionalFilter(const Block<Sample>& block) {
     if (y < 0) continue;
     const bool redRow = (y & 1) == block.redRow;
     const std::ptrdiff_t offset = y * block.stride;
-    chosenPixels(own[y - 1], own[y], own[y + 1], opposite[y - 1], opposite[y], opposite[y + 1],
+    ChosenPixels(own[y - 1], own[y], own[y + 1], opposite[y - 1], opposite[y], opposite[y + 1],
                  shares[y], mosaic[y], green[y], colour(y), places.green(colourParity(block, y)),
                  roundedUp(cols), (redRow ? block.red : block.blue) + offset, block.green + offset,
                  (redRow ? block.blue : block.red) + offset);
   }
 }
 
-inline BlockFunctions directionalFilterFunctions() {
-  return {directionalFilter<std::uint8_t>, directionalFilter<std::uint16_t>};
+inline BlockFunctions DirectionalFilterFunctions() {
+  return {DirectionalFilter<std::uint8_t>, DirectionalFilter<std::uint16_t>};
 }
 
 KORVEX2_BAYER_END_TARGET_CODE

@@ -32,15 +32,15 @@ namespace {
 
 constexpr int kRingRows = 5 * 8 + 5 * 4 + 1;
 
-std::size_t scratchBytes(int, int cols, int) {
+std::size_t ScratchBytes(int, int cols, int) {
   return floatRowsBytes(kRingRows, cols);
 }
 
-BlockFunctions functions([[maybe_unused]] Target target) {
+BlockFunctions Functions([[maybe_unused]] InstructionSet set) {
 #if KORVEX2_WITH_HIGHWAY
-  if (target != Target::kPlain) return directionalFilterSimd(target);
+  if (set != InstructionSet::Plain) return DirectionalFilterSimd(set);
 #endif
-  return Plain::directionalFilterFunctions();
+  return Plain::DirectionalFilterFunctions();
 }
 
 }  // namespace
@@ -48,7 +48,7 @@ BlockFunctions functions([[maybe_unused]] Target target) {
 const Method kDirectionalFilter = {.margin = kDirectionalFilterReach,
                                    .blockRows = 256,
                                    .blockCols = 512,
-                                   .scratchBytes = scratchBytes,
-                                   .functions = functions};
+                                   .scratchBytes = ScratchBytes,
+                                   .functions = Functions};
 
 }  // namespace Korvex2::Bayer

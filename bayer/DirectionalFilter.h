@@ -13,6 +13,6 @@ inline constexpr int kDirectionalFilterReach = 7;
 extern const Method kDirectionalFilter;
 
 /// The same for an instruction set; only where Highway is compiled in.
-BlockFunctions directionalFilterSimd(Target target);
+BlockFunctions DirectionalFilterSimd(InstructionSet set);
 
 }  // namespace Korvex2::Bayer

@@ -5,15 +5,15 @@
 #include "hwy/foreach_target.h"
 // After foreach_target.h.
 #include "DirectionalFilter-inl.h"
-#include "simd/TargetTable.h"
+#include "simd/DispatchTable.h"
 
 #if HWY_ONCE
 namespace Korvex2::Bayer {
 
-HWY_EXPORT(directionalFilterFunctions);
+HWY_EXPORT(DirectionalFilterFunctions);
 
-BlockFunctions directionalFilterSimd(Target target) {
-  return KORVEX2_FOR_TARGET(directionalFilterFunctions, target)();
+BlockFunctions DirectionalFilterSimd(InstructionSet set) {
+  return KORVEX2_FOR_INSTRUCTION_SET(DirectionalFilterFunctions, set)();
 }
 
 }  // namespace Korvex2::Bayer

@@ -27,7 +27,7 @@ namespace {
 //    beside: (c - G) left and right    above and below: likewise    diagonally: all four
 
 template <typename Sample>
-Sample inRange(int value) {
+Sample InRange(int value) {
   return static_cast<Sample>(std::clamp(value, 0, int{std::numeric_limits<Sample>::max()}));
 }
 
@@ -44,14 +44,14 @@ struct Directional {
 };
 
 template <typename Sample>
-Sample greenAtColour(const Sample* const* mosaic, int x) {
+Sample GreenAtColour(const Sample* const* mosaic, int x) {
   const Sample* const row = mosaic[0];
   const Directional along(row[x - 1], row[x + 1], row[x - 2], row[x], row[x + 2]);
   const Directional across(mosaic[-1][x], mosaic[1][x], mosaic[-2][x], row[x], mosaic[2][x]);
   const int eighths = along.change < across.change   ? 2 * along.quarters
                       : across.change < along.change ? 2 * across.quarters
                                                      : along.quarters + across.quarters;
-  return inRange<Sample>((eighths + 4) >> 3);
+  return InRange<Sample>((eighths + 4) >> 3);
 }
 
 // The mosaic with green at every place.
@@ -59,73 +59,75 @@ template <typename Sample>
 class Rows {
  public:
   explicit Rows(const Block<Sample>& block)
-      : block_(block),
-        stride_(edgeSensingScratchStride(block.cols, sizeof(Sample))),
-        green_(static_cast<Sample*>(block.scratch) + stride_ * kEdgeSensingScratchMargin +
-               kVectorBytes / static_cast<int>(sizeof(Sample))) {}
+      : m_block(block),
+        m_stride(EdgeSensingScratchStride(block.cols, sizeof(Sample))),
+        m_green(static_cast<Sample*>(block.scratch) + m_stride * kEdgeSensingScratchMargin +
+                kVectorBytes / static_cast<int>(sizeof(Sample))) {}
 
-  bool isGreen(int y, int x) const { return ((y ^ x ^ block_.redRow ^ block_.redColumn) & 1) != 0; }
-  bool isRedRow(int y) const { return (y & 1) == block_.redRow; }
-  Sample sample(int y, int x) const { return block_.mosaic[y][x]; }
-  Sample& green(int y, int x) const { return green_[y * stride_ + x]; }
-  int difference(int y, int x) const { return sample(y, x) - green(y, x); }
+  bool IsGreen(int y, int x) const {
+    return ((y ^ x ^ m_block.redRow ^ m_block.redColumn) & 1) != 0;
+  }
+  bool IsRedRow(int y) const { return (y & 1) == m_block.redRow; }
+  Sample SampleAt(int y, int x) const { return m_block.mosaic[y][x]; }
+  Sample& GreenAt(int y, int x) const { return m_green[y * m_stride + x]; }
+  int DifferenceAt(int y, int x) const { return SampleAt(y, x) - GreenAt(y, x); }
 
-  Sample beside(int y, int x) const {
-    return withMean<1>(y, x, difference(y, x - 1) + difference(y, x + 1));
+  Sample Beside(int y, int x) const {
+    return WithMean<1>(y, x, DifferenceAt(y, x - 1) + DifferenceAt(y, x + 1));
   }
-  Sample aboveBelow(int y, int x) const {
-    return withMean<1>(y, x, difference(y - 1, x) + difference(y + 1, x));
+  Sample AboveBelow(int y, int x) const {
+    return WithMean<1>(y, x, DifferenceAt(y - 1, x) + DifferenceAt(y + 1, x));
   }
-  Sample diagonal(int y, int x) const {
-    return withMean<2>(y, x,
-                       difference(y - 1, x - 1) + difference(y - 1, x + 1) +
-                           difference(y + 1, x - 1) + difference(y + 1, x + 1));
+  Sample Diagonal(int y, int x) const {
+    return WithMean<2>(y, x,
+                       DifferenceAt(y - 1, x - 1) + DifferenceAt(y - 1, x + 1) +
+                           DifferenceAt(y + 1, x - 1) + DifferenceAt(y + 1, x + 1));
   }
 
  private:
   // Green plus the mean of 2^shift differences.
   template <int shift>
-  Sample withMean(int y, int x, int sum) const {
-    return inRange<Sample>(green(y, x) + ((sum + (1 << (shift - 1))) >> shift));
+  Sample WithMean(int y, int x, int sum) const {
+    return InRange<Sample>(GreenAt(y, x) + ((sum + (1 << (shift - 1))) >> shift));
   }
 
-  const Block<Sample>& block_;
-  const std::ptrdiff_t stride_;
-  Sample* const green_;
+  const Block<Sample>& m_block;
+  const std::ptrdiff_t m_stride;
+  Sample* const m_green;
 };
 
 template <typename Sample>
-void edgeSensing(const Block<Sample>& block) {
+void EdgeSensing(const Block<Sample>& block) {
   const Rows<Sample> rows(block);
   for (int y = -1; y < block.rows + 1; ++y) {
     for (int x = -1; x < block.cols + 1; ++x) {
-      rows.green(y, x) =
-          rows.isGreen(y, x) ? rows.sample(y, x) : greenAtColour(block.mosaic + y, x);
+      rows.GreenAt(y, x) =
+          rows.IsGreen(y, x) ? rows.SampleAt(y, x) : GreenAtColour(block.mosaic + y, x);
     }
   }
   for (int y = 0; y < block.rows; ++y) {
     const std::ptrdiff_t offset = y * block.stride;
-    Sample* const own = (rows.isRedRow(y) ? block.red : block.blue) + offset;
-    Sample* const opposite = (rows.isRedRow(y) ? block.blue : block.red) + offset;
+    Sample* const own = (rows.IsRedRow(y) ? block.red : block.blue) + offset;
+    Sample* const opposite = (rows.IsRedRow(y) ? block.blue : block.red) + offset;
     Sample* const green = block.green + offset;
     for (int x = 0; x < block.cols; ++x) {
-      green[x] = rows.green(y, x);
-      own[x] = rows.isGreen(y, x) ? rows.beside(y, x) : rows.sample(y, x);
-      opposite[x] = rows.isGreen(y, x) ? rows.aboveBelow(y, x) : rows.diagonal(y, x);
+      green[x] = rows.GreenAt(y, x);
+      own[x] = rows.IsGreen(y, x) ? rows.Beside(y, x) : rows.SampleAt(y, x);
+      opposite[x] = rows.IsGreen(y, x) ? rows.AboveBelow(y, x) : rows.Diagonal(y, x);
     }
   }
 }
 
-std::size_t scratchBytes(int rows, int cols, int sampleBytes) {
+std::size_t ScratchBytes(int rows, int cols, int sampleBytes) {
   return static_cast<std::size_t>(rows + 2 * kEdgeSensingScratchMargin) *
-         static_cast<std::size_t>(edgeSensingScratchStride(cols, sampleBytes) * sampleBytes);
+         static_cast<std::size_t>(EdgeSensingScratchStride(cols, sampleBytes) * sampleBytes);
 }
 
-BlockFunctions functions([[maybe_unused]] Target target) {
+BlockFunctions Functions([[maybe_unused]] InstructionSet set) {
 #if KORVEX2_WITH_HIGHWAY
-  if (target != Target::kPlain) return edgeSensingSimd(target);
+  if (set != InstructionSet::Plain) return EdgeSensingSimd(set);
 #endif
-  return {edgeSensing<std::uint8_t>, edgeSensing<std::uint16_t>};
+  return {EdgeSensing<std::uint8_t>, EdgeSensing<std::uint16_t>};
 }
 
 }  // namespace
@@ -133,7 +135,7 @@ BlockFunctions functions([[maybe_unused]] Target target) {
 const Method kEdgeSensing = {.margin = 3,
                              .blockRows = 8,
                              .blockCols = 8192,
-                             .scratchBytes = scratchBytes,
-                             .functions = functions};
+                             .scratchBytes = ScratchBytes,
+                             .functions = Functions};
 
 }  // namespace Korvex2::Bayer

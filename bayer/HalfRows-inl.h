@@ -14,9 +14,7 @@
 #include <cstring>
 #include <type_traits>
 
-#include "ColourDifferences-inl.h"
-#include "FloatRows-inl.h"
-#include "HalfRows.h"
+#include "Stages-inl.h"
 
 KORVEX2_BAYER_BEGIN_TARGET_CODE
 
@@ -58,42 +56,22 @@ void put(T* row, int i, std::int32_t one, std::int32_t other) {
   std::memcpy(row + 2 * i, &pair, sizeof(pair));
 }
 
-// The neighbours along the row of the columns of a parity, which the other half holds.
-inline Beside besideColumns(int parity, const float* otherHalf) {
-  return {otherHalf + parity - 1, otherHalf + parity};
+// The same of rows of stages. The pair's other element is dropped, so this looks at no other
+// column.
+template <int kParity, typename T, int kLeft, int kRight>
+std::int32_t intAt(WholeRow<T, kLeft, kRight> row, int i) {
+  return intAt<kParity>(row.Start(), i);
 }
 
-// A ring of rows of T, as Ring. Column -kColumnStep, or its place in a half, begins a cache line.
-template <typename T, int kRows, int kColumnsPerElement>
-class LinedRing {
- public:
-  static_assert((kRows & (kRows - 1)) == 0);
-  LinedRing(unsigned char*& scratch, int cols)
-      : start_(reinterpret_cast<T*>(scratch) + kHalfRowsMargin / kColumnsPerElement),
-        stride_(halfRowsStride(cols) / kColumnsPerElement) {
-    scratch += kRows * stride_ * static_cast<std::ptrdiff_t>(sizeof(T));
-  }
-  T* operator[](int y) const { return start_ + (y & (kRows - 1)) * stride_; }
+template <int kParity, typename T, int kLeft, int kRight>
+float floatAt(WholeRow<T, kLeft, kRight> row, int i) {
+  return floatAt<kParity>(row.Start(), i);
+}
 
- private:
-  T* start_;
-  std::ptrdiff_t stride_;
-};
-
-template <typename T, int kRows>
-using WholeRing = LinedRing<T, kRows, 1>;
-template <int kRows>
-using HalfRing = LinedRing<float, kRows, 2>;
-
-// Both halves of every row.
-template <int kRows>
-struct HalvesRing {
-  HalvesRing(unsigned char*& scratch, int cols)
-      : halves{HalfRing<kRows>(scratch, cols), HalfRing<kRows>(scratch, cols)} {}
-  float* operator()(int y, int parity) const { return halves[parity][y]; }
-
-  HalfRing<kRows> halves[2];
-};
+template <int kParity, auto kName, typename T>
+void put(OutRow<kName, T> row, int i, std::int32_t one, std::int32_t other) {
+  put<kParity>(row.Start(), i, one, other);
+}
 
 KORVEX2_BAYER_END_TARGET_CODE
 

@@ -18,7 +18,7 @@ namespace {
 //    .  . -2  .  .     .  .  1  .  .             .  . -2  .  .             .  . -3  .  .
 
 template <typename Sample>
-Sample fromSixteenths(int sum) {
+Sample FromSixteenths(int sum) {
   return static_cast<Sample>(
       std::clamp((sum + 8) >> 4, 0, int{std::numeric_limits<Sample>::max()}));
 }
@@ -37,22 +37,22 @@ struct Surroundings {
         twoBeside(mosaic[y][x - 2] + mosaic[y][x + 2]),
         twoAboveBelow(mosaic[y - 2][x] + mosaic[y + 2][x]) {}
 
-  int greenAtColour() const {
+  int GreenAtColour() const {
     return 8 * centre + 4 * (beside + aboveBelow) - 2 * (twoBeside + twoAboveBelow);
   }
-  int oppositeAtColour() const {
+  int OppositeAtColour() const {
     return 12 * centre + 4 * diagonal - 3 * (twoBeside + twoAboveBelow);
   }
-  int rowColourAtGreen() const {
+  int RowColourAtGreen() const {
     return 10 * centre + 8 * beside - 2 * (twoBeside + diagonal) + twoAboveBelow;
   }
-  int columnColourAtGreen() const {
+  int ColumnColourAtGreen() const {
     return 10 * centre + 8 * aboveBelow - 2 * (twoAboveBelow + diagonal) + twoBeside;
   }
 };
 
 template <typename Sample>
-void hqLinear(const Block<Sample>& block) {
+void HqLinear(const Block<Sample>& block) {
   for (int y = 0; y < block.rows; ++y) {
     const bool redRow = (y & 1) == block.redRow;
     const int colourColumn = redRow ? block.redColumn : 1 - block.redColumn;
@@ -64,22 +64,22 @@ void hqLinear(const Block<Sample>& block) {
       const Sample sample = block.mosaic[y][x];
       if ((x & 1) == colourColumn) {
         own[x] = sample;
-        green[x] = fromSixteenths<Sample>(around.greenAtColour());
-        opposite[x] = fromSixteenths<Sample>(around.oppositeAtColour());
+        green[x] = FromSixteenths<Sample>(around.GreenAtColour());
+        opposite[x] = FromSixteenths<Sample>(around.OppositeAtColour());
       } else {
-        own[x] = fromSixteenths<Sample>(around.rowColourAtGreen());
+        own[x] = FromSixteenths<Sample>(around.RowColourAtGreen());
         green[x] = sample;
-        opposite[x] = fromSixteenths<Sample>(around.columnColourAtGreen());
+        opposite[x] = FromSixteenths<Sample>(around.ColumnColourAtGreen());
       }
     }
   }
 }
 
-BlockFunctions functions([[maybe_unused]] Target target) {
+BlockFunctions Functions([[maybe_unused]] InstructionSet set) {
 #if KORVEX2_WITH_HIGHWAY
-  if (target != Target::kPlain) return hqLinearSimd(target);
+  if (set != InstructionSet::Plain) return HqLinearSimd(set);
 #endif
-  return {hqLinear<std::uint8_t>, hqLinear<std::uint16_t>};
+  return {HqLinear<std::uint8_t>, HqLinear<std::uint16_t>};
 }
 
 }  // namespace
@@ -88,6 +88,6 @@ const Method kHqLinear = {.margin = 2,
                           .blockRows = 2,
                           .blockCols = 8192,
                           .scratchBytes = nullptr,
-                          .functions = functions};
+                          .functions = Functions};
 
 }  // namespace Korvex2::Bayer

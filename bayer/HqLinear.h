@@ -9,6 +9,6 @@ namespace Korvex2::Bayer {
 extern const Method kHqLinear;
 
 /// The vector versions; only where Highway is compiled in.
-BlockFunctions hqLinearSimd(Target target);
+BlockFunctions HqLinearSimd(InstructionSet set);
 
 }  // namespace Korvex2::Bayer

@@ -5,7 +5,7 @@
 #include "hwy/foreach_target.h"
 // After foreach_target.h.
 #include "PairLanes-inl.h"
-#include "simd/TargetTable.h"
+#include "simd/DispatchTable.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Korvex2::Bayer::HWY_NAMESPACE {
@@ -17,7 +17,7 @@ namespace Korvex2::Bayer::HWY_NAMESPACE {
 // opposite colour at green's), `two...` sums of the rows or columns two away. `Before` and `After`
 // are the neighbours among the samples of the same column parity.
 template <bool kColourFirst, typename Sample>
-void hqLinearRow(const Sample* const* mosaic, int cols, Sample* own, Sample* green,
+void HqLinearRow(const Sample* const* mosaic, int cols, Sample* own, Sample* green,
                  Sample* opposite) {
   constexpr bool kC = !kColourFirst;
   constexpr bool kG = kColourFirst;
@@ -29,31 +29,31 @@ void hqLinearRow(const Sample* const* mosaic, int cols, Sample* own, Sample* gre
     const Sample* const row = mosaic[0] + x;
     const Sample* const above = mosaic[-1] + x;
     const Sample* const below = mosaic[1] + x;
-    const auto samplesBefore = loadSamples(row - 2);
-    const auto samples = loadSamples(row);
-    const auto samplesAfter = loadSamples(row + 2);
-    const auto twoAbove = loadSamples(mosaic[-2] + x);
-    const auto twoBelow = loadSamples(mosaic[2] + x);
-    const auto samplesAbove = loadSamples(above);
-    const auto samplesBelow = loadSamples(below);
+    const auto samplesBefore = LoadSamples(row - 2);
+    const auto samples = LoadSamples(row);
+    const auto samplesAfter = LoadSamples(row + 2);
+    const auto twoAbove = LoadSamples(mosaic[-2] + x);
+    const auto twoBelow = LoadSamples(mosaic[2] + x);
+    const auto samplesAbove = LoadSamples(above);
+    const auto samplesBelow = LoadSamples(below);
 
-    const auto colourBefore = half<Sample, kC>(samplesBefore);
-    const auto colour = half<Sample, kC>(samples);
-    const auto colourAfter = half<Sample, kC>(samplesAfter);
-    const auto greenBefore = half<Sample, kG>(samplesBefore);
-    const auto greenHere = half<Sample, kG>(samples);
-    const auto greenAfter = half<Sample, kG>(samplesAfter);
-    const auto adjacentGreen = Add(half<Sample, kC>(samplesAbove), half<Sample, kC>(samplesBelow));
+    const auto colourBefore = Half<Sample, kC>(samplesBefore);
+    const auto colour = Half<Sample, kC>(samples);
+    const auto colourAfter = Half<Sample, kC>(samplesAfter);
+    const auto greenBefore = Half<Sample, kG>(samplesBefore);
+    const auto greenHere = Half<Sample, kG>(samples);
+    const auto greenAfter = Half<Sample, kG>(samplesAfter);
+    const auto adjacentGreen = Add(Half<Sample, kC>(samplesAbove), Half<Sample, kC>(samplesBelow));
     const auto adjacentOpposite =
-        Add(half<Sample, kG>(samplesAbove), half<Sample, kG>(samplesBelow));
-    const auto twoColour = Add(half<Sample, kC>(twoAbove), half<Sample, kC>(twoBelow));
-    const auto twoGreen = Add(half<Sample, kG>(twoAbove), half<Sample, kG>(twoBelow));
+        Add(Half<Sample, kG>(samplesAbove), Half<Sample, kG>(samplesBelow));
+    const auto twoColour = Add(Half<Sample, kC>(twoAbove), Half<Sample, kC>(twoBelow));
+    const auto twoGreen = Add(Half<Sample, kG>(twoAbove), Half<Sample, kG>(twoBelow));
 
     // On the side where a pair's partner lies in the neighbouring pair.
     constexpr int kOutward = kColourFirst ? -2 : 2;
     const auto outwardOpposite =
-        Add(loadHalf<kG>(above + kOutward), loadHalf<kG>(below + kOutward));
-    const auto inwardGreen = Add(loadHalf<kC>(above - kOutward), loadHalf<kC>(below - kOutward));
+        Add(LoadHalf<kG>(above + kOutward), LoadHalf<kG>(below + kOutward));
+    const auto inwardGreen = Add(LoadHalf<kC>(above - kOutward), LoadHalf<kC>(below - kOutward));
 
     const auto besideGreen = Add(greenHere, kColourFirst ? greenBefore : greenAfter);
     const auto diagonalOpposite = Add(adjacentOpposite, outwardOpposite);
@@ -74,35 +74,35 @@ void hqLinearRow(const Sample* const* mosaic, int cols, Sample* own, Sample* gre
     const auto otherSum =
         Add(Add(base, Add(twoBeside, ShiftLeft<1>(twoBeside))), ShiftLeft<3>(adjacentOpposite));
 
-    storePlaces<kColourFirst>(colour, inRange<Sample>(mean<Sample, 4>(ownSum)), own + x);
-    storePlaces<kColourFirst>(inRange<Sample>(mean<Sample, 3>(greenSum)), greenHere, green + x);
-    storePlaces<kColourFirst>(inRange<Sample>(mean<Sample, 4>(oppositeSum)),
-                              inRange<Sample>(mean<Sample, 4>(otherSum)), opposite + x);
+    StorePlaces<kColourFirst>(colour, InRange<Sample>(Mean<Sample, 4>(ownSum)), own + x);
+    StorePlaces<kColourFirst>(InRange<Sample>(Mean<Sample, 3>(greenSum)), greenHere, green + x);
+    StorePlaces<kColourFirst>(InRange<Sample>(Mean<Sample, 4>(oppositeSum)),
+                              InRange<Sample>(Mean<Sample, 4>(otherSum)), opposite + x);
   }
 }
 
 template <typename Sample>
-void hqLinear(const Block<Sample>& block) {
+void HqLinear(const Block<Sample>& block) {
   for (int y = 0; y < block.rows; ++y) {
     const bool redRow = (y & 1) == block.redRow;
     const bool colourFirst = redRow == (block.redColumn == 0);
     const std::ptrdiff_t offset = y * block.stride;
     Sample* const own = (redRow ? block.red : block.blue) + offset;
     Sample* const opposite = (redRow ? block.blue : block.red) + offset;
-    (colourFirst ? hqLinearRow<true, Sample>
-                 : hqLinearRow<false, Sample>)(block.mosaic + y, block.cols, own,
+    (colourFirst ? HqLinearRow<true, Sample>
+                 : HqLinearRow<false, Sample>)(block.mosaic + y, block.cols, own,
                                                block.green + offset, opposite);
   }
 }
 
-BlockFunctions hqLinearFunctions() {
-  return {hqLinear<std::uint8_t>, hqLinear<std::uint16_t>};
+BlockFunctions HqLinearFunctions() {
+  return {HqLinear<std::uint8_t>, HqLinear<std::uint16_t>};
 }
 
 #else
 
-BlockFunctions hqLinearFunctions() {
-  return kHqLinear.functions(Target::kPlain);
+BlockFunctions HqLinearFunctions() {
+  return kHqLinear.functions(InstructionSet::Plain);
 }
 
 #endif
@@ -113,10 +113,10 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace Korvex2::Bayer {
 
-HWY_EXPORT(hqLinearFunctions);
+HWY_EXPORT(HqLinearFunctions);
 
-BlockFunctions hqLinearSimd(Target target) {
-  return KORVEX2_FOR_TARGET(hqLinearFunctions, target)();
+BlockFunctions HqLinearSimd(InstructionSet set) {
+  return KORVEX2_FOR_INSTRUCTION_SET(HqLinearFunctions, set)();
 }
 
 }  // namespace Korvex2::Bayer

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "Target.h"
+#include "InstructionSet.h"
 
 namespace Korvex2::Bayer {
 
@@ -66,7 +66,7 @@ struct Method {
   std::size_t (*scratchBytes)(int rows, int cols, int sampleBytes);
 
   /// The functions for an instruction set. All of them give the same bytes.
-  BlockFunctions (*functions)(Target);
+  BlockFunctions (*functions)(InstructionSet);
 };
 
 }  // namespace Korvex2::Bayer

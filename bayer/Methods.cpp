@@ -24,7 +24,7 @@ constexpr const Method* kMethods[] = {
 
 }  // namespace
 
-const Method* findMethod(int method) {
+const Method* FindMethod(int method) {
   if (method < 0 || method >= static_cast<int>(std::size(kMethods))) return nullptr;
   return kMethods[method];
 }

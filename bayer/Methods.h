@@ -5,6 +5,6 @@
 namespace Korvex2::Bayer {
 
 /// The table entry of a BayerMethod, null for a number that is none.
-const Method* findMethod(int method);
+const Method* FindMethod(int method);
 
 }  // namespace Korvex2::Bayer

@@ -7,7 +7,7 @@ namespace {
 // moves, and the rows of the picture keep the sharpness of the mosaic's.
 
 template <typename Sample>
-void nearestNeighbor(const Block<Sample>& block) {
+void NearestNeighbor(const Block<Sample>& block) {
   for (int y = 0; y < block.rows; ++y) {
     const Sample* const row = block.mosaic[y];
     const Sample* const redRow = block.mosaic[(y & ~1) + block.redRow];
@@ -25,11 +25,11 @@ void nearestNeighbor(const Block<Sample>& block) {
   }
 }
 
-BlockFunctions functions([[maybe_unused]] Target target) {
+BlockFunctions Functions([[maybe_unused]] InstructionSet set) {
 #if KORVEX2_WITH_HIGHWAY
-  if (target != Target::kPlain) return nearestNeighborSimd(target);
+  if (set != InstructionSet::Plain) return NearestNeighborSimd(set);
 #endif
-  return {nearestNeighbor<std::uint8_t>, nearestNeighbor<std::uint16_t>};
+  return {NearestNeighbor<std::uint8_t>, NearestNeighbor<std::uint16_t>};
 }
 
 }  // namespace
@@ -38,6 +38,6 @@ const Method kNearestNeighbor = {.margin = 0,
                                  .blockRows = 2,
                                  .blockCols = 8192,
                                  .scratchBytes = nullptr,
-                                 .functions = functions};
+                                 .functions = Functions};
 
 }  // namespace Korvex2::Bayer

@@ -8,6 +8,6 @@ namespace Korvex2::Bayer {
 extern const Method kNearestNeighbor;
 
 /// The vector versions; only where Highway is compiled in.
-BlockFunctions nearestNeighborSimd(Target target);
+BlockFunctions NearestNeighborSimd(InstructionSet set);
 
 }  // namespace Korvex2::Bayer

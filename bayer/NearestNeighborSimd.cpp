@@ -5,7 +5,7 @@
 #include "hwy/foreach_target.h"
 // After foreach_target.h.
 #include "PairLanes-inl.h"
-#include "simd/TargetTable.h"
+#include "simd/DispatchTable.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Korvex2::Bayer::HWY_NAMESPACE {
@@ -14,48 +14,48 @@ namespace Korvex2::Bayer::HWY_NAMESPACE {
 
 // Both samples of each pair become its first or its second.
 template <bool kSecond, typename Sample>
-HWY_INLINE void storeTwice(Samples<Sample> samples, Sample* to) {
-  const auto value = half<Sample, kSecond>(samples);
-  storeHalves<Sample>(value, value, to);
+HWY_INLINE void StoreTwice(Samples<Sample> samples, Sample* to) {
+  const auto value = Half<Sample, kSecond>(samples);
+  StoreHalves<Sample>(value, value, to);
 }
 
 template <bool kColourFirst, typename Sample>
-void nearestNeighborRow(const Sample* row, int cols, Sample* green, Sample* colour,
+void NearestNeighborRow(const Sample* row, int cols, Sample* green, Sample* colour,
                         Sample* colourOfOtherRow) {
   const int step = static_cast<int>(hn::Lanes(SampleTag<Sample>()));
   for (int x = 0; x < cols; x += step) {
-    const auto samples = loadSamples(row + x);
-    storeTwice<!kColourFirst>(samples, colour + x);
-    storeTwice<!kColourFirst>(samples, colourOfOtherRow + x);
-    storeTwice<kColourFirst>(samples, green + x);
+    const auto samples = LoadSamples(row + x);
+    StoreTwice<!kColourFirst>(samples, colour + x);
+    StoreTwice<!kColourFirst>(samples, colourOfOtherRow + x);
+    StoreTwice<kColourFirst>(samples, green + x);
   }
 }
 
 // The two rows of a tile have one red and one blue, so each row of the mosaic fills its colour in
 // both.
 template <typename Sample>
-void nearestNeighbor(const Block<Sample>& block) {
+void NearestNeighbor(const Block<Sample>& block) {
   for (int y = 0; y < block.rows; ++y) {
     const bool redRow = (y & 1) == block.redRow;
     const bool colourFirst = redRow == (block.redColumn == 0);
     const std::ptrdiff_t offset = y * block.stride;
     const std::ptrdiff_t otherOffset = (y ^ 1) * block.stride;
     Sample* const colour = redRow ? block.red : block.blue;
-    (colourFirst ? nearestNeighborRow<true, Sample>
-                 : nearestNeighborRow<false, Sample>)(block.mosaic[y], block.cols,
+    (colourFirst ? NearestNeighborRow<true, Sample>
+                 : NearestNeighborRow<false, Sample>)(block.mosaic[y], block.cols,
                                                       block.green + offset, colour + offset,
                                                       colour + otherOffset);
   }
 }
 
-BlockFunctions nearestNeighborFunctions() {
-  return {nearestNeighbor<std::uint8_t>, nearestNeighbor<std::uint16_t>};
+BlockFunctions NearestNeighborFunctions() {
+  return {NearestNeighbor<std::uint8_t>, NearestNeighbor<std::uint16_t>};
 }
 
 #else
 
-BlockFunctions nearestNeighborFunctions() {
-  return kNearestNeighbor.functions(Target::kPlain);
+BlockFunctions NearestNeighborFunctions() {
+  return kNearestNeighbor.functions(InstructionSet::Plain);
 }
 
 #endif
@@ -66,10 +66,10 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace Korvex2::Bayer {
 
-HWY_EXPORT(nearestNeighborFunctions);
+HWY_EXPORT(NearestNeighborFunctions);
 
-BlockFunctions nearestNeighborSimd(Target target) {
-  return KORVEX2_FOR_TARGET(nearestNeighborFunctions, target)();
+BlockFunctions NearestNeighborSimd(InstructionSet set) {
+  return KORVEX2_FOR_INSTRUCTION_SET(NearestNeighborFunctions, set)();
 }
 
 }  // namespace Korvex2::Bayer

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "Target.h"
+#include "InstructionSet.h"
 
 namespace Korvex2::Bayer {
 
@@ -13,11 +13,11 @@ struct OutputFormat {
   int bytesPerChannel;
   bool blueFirst;
 
-  int bytesPerPixel() const { return channels * bytesPerChannel; }
+  int BytesPerPixel() const { return channels * bytesPerChannel; }
 };
 
 /// The layout of a BayerPixelFormat, null for a format that is none.
-const OutputFormat* findOutputFormat(int format);
+const OutputFormat* FindOutputFormat(int format);
 
 /// Writes `cols` pixels, their channels in the order of the arguments. The planes may be read up to
 /// the next multiple of kVectorBytes; exactly the pixels are written.
@@ -35,21 +35,21 @@ struct RowWriters {
   RowWriter<std::uint16_t> three16;
   RowWriter<std::uint16_t> four16;
 
-  RowWriter<std::uint8_t> pick(const OutputFormat& format, std::uint8_t) const {
+  RowWriter<std::uint8_t> Pick(const OutputFormat& format, std::uint8_t) const {
     return format.channels == 3 ? three8 : four8;
   }
-  RowWriter<std::uint16_t> pick(const OutputFormat& format, std::uint16_t) const {
+  RowWriter<std::uint16_t> Pick(const OutputFormat& format, std::uint16_t) const {
     if (format.bytesPerChannel == 1) return format.channels == 3 ? three8Narrowed : four8Narrowed;
     return format.channels == 3 ? three16 : four16;
   }
 };
 
-RowWriters rowWriters(Target target);
+RowWriters RowWritersFor(InstructionSet set);
 
 /// The vector versions; only where Highway is compiled in.
-RowWriters rowWritersSimd(Target target);
+RowWriters SimdRowWriters(InstructionSet set);
 
 /// The plain loops, which also write what is left at the end of a row.
-RowWriters rowWritersPlain();
+RowWriters PlainRowWriters();
 
 }  // namespace Korvex2::Bayer

@@ -45,13 +45,13 @@ template <typename Sample>
 using Lane = hn::TFromD<WideTag<Sample>>;
 
 template <typename Sample>
-HWY_INLINE Samples<Sample> loadSamples(const Sample* from) {
+HWY_INLINE Samples<Sample> LoadSamples(const Sample* from) {
   return hn::LoadU(SampleTag<Sample>(), from);
 }
 
 /// The samples in even places, if kSecond is false, or those in odd places.
 template <typename Sample, bool kSecond>
-HWY_INLINE Wide<Sample> half(Samples<Sample> samples) {
+HWY_INLINE Wide<Sample> Half(Samples<Sample> samples) {
   constexpr int kBits = 8 * sizeof(Sample);
   const hn::RepartitionToWide<SampleTag<Sample>> tag;
   const auto pairs = hn::BitCast(tag, samples);
@@ -66,13 +66,13 @@ HWY_INLINE Wide<Sample> half(Samples<Sample> samples) {
 
 /// The same of the samples at an address.
 template <bool kSecond, typename Sample>
-HWY_INLINE Wide<Sample> loadHalf(const Sample* from) {
-  return half<Sample, kSecond>(loadSamples(from));
+HWY_INLINE Wide<Sample> LoadHalf(const Sample* from) {
+  return Half<Sample, kSecond>(LoadSamples(from));
 }
 
 /// Stores even and odd places, which must lie within the samples' range.
 template <typename Sample>
-HWY_INLINE void storeHalves(Wide<Sample> first, Wide<Sample> second, Sample* to) {
+HWY_INLINE void StoreHalves(Wide<Sample> first, Wide<Sample> second, Sample* to) {
   constexpr int kBits = 8 * sizeof(Sample);
   constexpr bool kLittle = std::endian::native == std::endian::little;
   const auto low = kLittle ? first : second;
@@ -83,17 +83,17 @@ HWY_INLINE void storeHalves(Wide<Sample> first, Wide<Sample> second, Sample* to)
 
 /// Stores the vector for the colour's places and the one for green's, whichever comes first.
 template <bool kColourFirst, typename Sample>
-HWY_INLINE void storePlaces(Wide<Sample> atColour, Wide<Sample> atGreen, Sample* to) {
+HWY_INLINE void StorePlaces(Wide<Sample> atColour, Wide<Sample> atGreen, Sample* to) {
   if constexpr (kColourFirst) {
-    storeHalves<Sample>(atColour, atGreen, to);
+    StoreHalves<Sample>(atColour, atGreen, to);
   } else {
-    storeHalves<Sample>(atGreen, atColour, to);
+    StoreHalves<Sample>(atGreen, atColour, to);
   }
 }
 
 /// Brings values into the samples' range.
 template <typename Sample>
-HWY_INLINE Wide<Sample> inRange(Wide<Sample> value) {
+HWY_INLINE Wide<Sample> InRange(Wide<Sample> value) {
   const WideTag<Sample> tag;
   constexpr auto kMost = static_cast<Lane<Sample>>(std::numeric_limits<Sample>::max());
   return hn::Min(hn::Max(value, hn::Zero(tag)), hn::Set(tag, kMost));
@@ -101,7 +101,7 @@ HWY_INLINE Wide<Sample> inRange(Wide<Sample> value) {
 
 /// The sum divided by 2^kShift, rounded to the nearest, halves upwards.
 template <typename Sample, int kShift>
-HWY_INLINE Wide<Sample> mean(Wide<Sample> sum) {
+HWY_INLINE Wide<Sample> Mean(Wide<Sample> sum) {
   const WideTag<Sample> tag;
   if constexpr (sizeof(Sample) == 1) {
     // (sum * 2^(15 - kShift) + 2^14) >> 15, one instruction.

@@ -17,7 +17,7 @@ KORVEX2_BAYER_BEGIN_TARGET_CODE
 
 // Sums of places two apart, outermost first: (1 + 2 * kHalf) of them.
 template <int kHalf, typename Term>
-[[gnu::always_inline]] inline float everyOther(Term term, int x) {
+[[gnu::always_inline]] inline float EveryOther(Term term, int x) {
   if constexpr (kHalf == 1) {
     return (term(x - 2) + term(x + 2)) + term(x);
   } else {
@@ -26,69 +26,69 @@ template <int kHalf, typename Term>
 }
 
 template <int kHalf>
-void everyOtherAlong(In a, Columns c, Row out) {
+void EveryOtherAlong(In a, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) {
-    out[x] = everyOther<kHalf>([a](int i) { return a[i]; }, x);
+    out[x] = EveryOther<kHalf>([a](int i) { return a[i]; }, x);
   }
 }
 
 // The same of the products of two rows.
 template <int kHalf>
-void everyOtherAlong(In a, In b, Columns c, Row out) {
+void EveryOtherAlong(In a, In b, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) {
-    out[x] = everyOther<kHalf>([a, b](int i) { return a[i] * b[i]; }, x);
+    out[x] = EveryOther<kHalf>([a, b](int i) { return a[i] * b[i]; }, x);
   }
 }
 
-inline void everyOther3(In a, In b, In d, Columns c, Row out) {
+inline void EveryOther3(In a, In b, In d, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) out[x] = (a[x] + d[x]) + b[x];
 }
 
-inline void everyOther5(In a0, In a1, In a2, In a3, In a4, Columns c, Row out) {
+inline void EveryOther5(In a0, In a1, In a2, In a3, In a4, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) out[x] = ((a0[x] + a4[x]) + (a1[x] + a3[x])) + a2[x];
 }
 
 template <int kHalf, typename Rows>
-void everyOtherAcross(const Rows& rows, int y, Columns c, Row out) {
+void EveryOtherAcross(const Rows& rows, int y, Columns c, Row out) {
   if constexpr (kHalf == 1) {
-    everyOther3(rows[y - 2], rows[y], rows[y + 2], c, out);
+    EveryOther3(rows[y - 2], rows[y], rows[y + 2], c, out);
   } else {
-    everyOther5(rows[y - 4], rows[y - 2], rows[y], rows[y + 2], rows[y + 4], c, out);
+    EveryOther5(rows[y - 4], rows[y - 2], rows[y], rows[y + 2], rows[y + 4], c, out);
   }
 }
 
 // Sums of the places in between: one to either side, or one and three.
 template <int kHalf>
-void betweenAlong(In a, Columns c, Row out) {
+void BetweenAlong(In a, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) {
     const float near = a[x - 1] + a[x + 1];
     out[x] = kHalf == 1 ? near : (a[x - 3] + a[x + 3]) + near;
   }
 }
 
-inline void sumOf2(In a, In b, Columns c, Row out) {
+inline void SumOf2(In a, In b, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) out[x] = a[x] + b[x];
 }
 
-inline void sumOf2And2(In a, In b, In near0, In near1, Columns c, Row out) {
+inline void SumOf2And2(In a, In b, In near0, In near1, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) out[x] = (a[x] + b[x]) + (near0[x] + near1[x]);
 }
 
 template <int kHalf, typename Rows>
-void betweenAcross(const Rows& rows, int y, Columns c, Row out) {
+void BetweenAcross(const Rows& rows, int y, Columns c, Row out) {
   if constexpr (kHalf == 1) {
-    sumOf2(rows[y - 1], rows[y + 1], c, out);
+    SumOf2(rows[y - 1], rows[y + 1], c, out);
   } else {
-    sumOf2And2(rows[y - 3], rows[y + 3], rows[y - 1], rows[y + 1], c, out);
+    SumOf2And2(rows[y - 3], rows[y + 3], rows[y - 1], rows[y + 1], c, out);
   }
 }
 
-inline void product(In a, In b, Columns c, Row out) {
+inline void Product(In a, In b, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) out[x] = a[x] * b[x];
 }
 
 // The line mosaic = slope * other + offset through the samples of a window, from their sums.
-inline void fitLine(In sumM, In sumO, In sumMO, In sumOO, float perSample, float noise, Columns c,
+inline void FitLine(In sumM, In sumO, In sumMO, In sumOO, float perSample, float noise, Columns c,
                     Row slope, Row offset) {
   for (int x = c.begin; x < c.end; ++x) {
     const float meanM = sumM[x] * perSample;
@@ -102,41 +102,41 @@ inline void fitLine(In sumM, In sumO, In sumMO, In sumOO, float perSample, float
 }
 
 // What the mean line of the window leaves of the sample itself.
-inline void residual(In m, In other, In slopes, In offsets, float perLine, Columns c, Row out) {
+inline void Residual(In m, In other, In slopes, In offsets, float perLine, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) {
     out[x] = m[x] - ((slopes[x] * perLine) * other[x] + offsets[x] * perLine);
   }
 }
 
 // What the mean line of the neighbours, which hold the other colour, makes of the sample.
-inline void tentative(In m, In slopes, In offsets, float perLine, Columns c, Row out) {
+inline void Tentative(In m, In slopes, In offsets, float perLine, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) {
     out[x] = (slopes[x] * perLine) * m[x] + offsets[x] * perLine;
   }
 }
 
-inline void addMeanAlong(In a, In r, Columns c, Row out) {
+inline void AddMeanAlong(In a, In r, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) out[x] = a[x] + 0.5F * (r[x - 1] + r[x + 1]);
 }
 
-inline void addMeanAcross(In a, In above, In below, Columns c, Row out) {
+inline void AddMeanAcross(In a, In above, In below, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) out[x] = a[x] + 0.5F * (above[x] + below[x]);
 }
 
-inline void firstEstimateAlong(In m, Columns c, Row out) {
+inline void FirstEstimateAlong(In m, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) {
     out[x] = 0.5F * (m[x - 1] + m[x + 1]) + 0.25F * (2 * m[x] - (m[x - 2] + m[x + 2]));
   }
 }
 
-inline void firstEstimateAcross(In m0, In m1, In m2, In m3, In m4, Columns c, Row out) {
+inline void FirstEstimateAcross(In m0, In m1, In m2, In m3, In m4, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) {
     out[x] = 0.5F * (m1[x] + m3[x]) + 0.25F * (2 * m2[x] - (m0[x] + m4[x]));
   }
 }
 
 // Green minus colour from the sample and the estimate of the other.
-inline void signedDifference(In m, In other, In colour, Columns c, Row out) {
+inline void SignedDifference(In m, In other, In colour, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) out[x] = (2 * colour[x] - 1) * (other[x] - m[x]);
 }
 
@@ -147,47 +147,47 @@ class RoundAlong {
  public:
   static constexpr int kLag = 8;
   RoundAlong(float*& scratch, std::ptrdiff_t stride)
-      : sumM_(scratch, stride),
-        sumO_(scratch, stride),
-        sumMO_(scratch, stride),
-        sumOO_(scratch, stride),
-        slope_(scratch, stride),
-        offset_(scratch, stride),
-        slopeBetween_(scratch, stride),
-        offsetBetween_(scratch, stride),
-        t_(scratch, stride) {}
+      : m_sumM(scratch, stride),
+        m_sumO(scratch, stride),
+        m_sumMO(scratch, stride),
+        m_sumOO(scratch, stride),
+        m_slope(scratch, stride),
+        m_offset(scratch, stride),
+        m_slopeBetween(scratch, stride),
+        m_offsetBetween(scratch, stride),
+        m_t(scratch, stride) {}
 
   // `other` holds the rows up to y; writes row y - kLag of `improved`.
   template <typename Mosaic, typename Other, typename Out>
-  void step(const Mosaic& m, const Other& other, int y, float noise, Columns c,
+  void Step(const Mosaic& m, const Other& other, int y, float noise, Columns c,
             const Out& improved) {
-    everyOtherAlong<kHalf>(m[y], c, sumM_[y]);
-    everyOtherAlong<kHalf>(other[y], c, sumO_[y]);
-    everyOtherAlong<kHalf>(m[y], other[y], c, sumMO_[y]);
-    everyOtherAlong<kHalf>(other[y], other[y], c, sumOO_[y]);
+    EveryOtherAlong<kHalf>(m[y], c, m_sumM[y]);
+    EveryOtherAlong<kHalf>(other[y], c, m_sumO[y]);
+    EveryOtherAlong<kHalf>(m[y], other[y], c, m_sumMO[y]);
+    EveryOtherAlong<kHalf>(other[y], other[y], c, m_sumOO[y]);
     const int f = y - 4;
-    everyOtherAcross<2>(sumM_, f, c, t_[0]);
-    everyOtherAcross<2>(sumO_, f, c, t_[1]);
-    everyOtherAcross<2>(sumMO_, f, c, t_[2]);
-    everyOtherAcross<2>(sumOO_, f, c, t_[3]);
-    fitLine(t_[0], t_[1], t_[2], t_[3], 1.0F / (5 * (1 + 2 * kHalf)), noise, c, t_[4], t_[5]);
-    everyOtherAlong<kHalf>(t_[4], c, slope_[f]);
-    everyOtherAlong<kHalf>(t_[5], c, offset_[f]);
-    betweenAlong<kHalf>(t_[4], c, slopeBetween_[f]);
-    betweenAlong<kHalf>(t_[5], c, offsetBetween_[f]);
+    EveryOtherAcross<2>(m_sumM, f, c, m_t[0]);
+    EveryOtherAcross<2>(m_sumO, f, c, m_t[1]);
+    EveryOtherAcross<2>(m_sumMO, f, c, m_t[2]);
+    EveryOtherAcross<2>(m_sumOO, f, c, m_t[3]);
+    FitLine(m_t[0], m_t[1], m_t[2], m_t[3], 1.0F / (5 * (1 + 2 * kHalf)), noise, c, m_t[4], m_t[5]);
+    EveryOtherAlong<kHalf>(m_t[4], c, m_slope[f]);
+    EveryOtherAlong<kHalf>(m_t[5], c, m_offset[f]);
+    BetweenAlong<kHalf>(m_t[4], c, m_slopeBetween[f]);
+    BetweenAlong<kHalf>(m_t[5], c, m_offsetBetween[f]);
     const int r = y - kLag;
-    everyOtherAcross<2>(slope_, r, c, t_[0]);
-    everyOtherAcross<2>(offset_, r, c, t_[1]);
-    everyOtherAcross<2>(slopeBetween_, r, c, t_[2]);
-    everyOtherAcross<2>(offsetBetween_, r, c, t_[3]);
-    residual(m[r], other[r], t_[0], t_[1], 1.0F / (5 * (1 + 2 * kHalf)), c, t_[4]);
-    tentative(m[r], t_[2], t_[3], 1.0F / (5 * 2 * kHalf), c, t_[5]);
-    addMeanAlong(t_[5], t_[4], c, improved[r]);
+    EveryOtherAcross<2>(m_slope, r, c, m_t[0]);
+    EveryOtherAcross<2>(m_offset, r, c, m_t[1]);
+    EveryOtherAcross<2>(m_slopeBetween, r, c, m_t[2]);
+    EveryOtherAcross<2>(m_offsetBetween, r, c, m_t[3]);
+    Residual(m[r], other[r], m_t[0], m_t[1], 1.0F / (5 * (1 + 2 * kHalf)), c, m_t[4]);
+    Tentative(m[r], m_t[2], m_t[3], 1.0F / (5 * 2 * kHalf), c, m_t[5]);
+    AddMeanAlong(m_t[5], m_t[4], c, improved[r]);
   }
 
  private:
-  Ring<16> sumM_, sumO_, sumMO_, sumOO_, slope_, offset_, slopeBetween_, offsetBetween_;
-  Ring<8> t_;
+  Ring<16> m_sumM, m_sumO, m_sumMO, m_sumOO, m_slope, m_offset, m_slopeBetween, m_offsetBetween;
+  Ring<8> m_t;
 };
 
 // The same along columns, 4 * kHalf + 1 rows behind.
@@ -196,73 +196,73 @@ class RoundAcross {
  public:
   static constexpr int kLag = 4 * kHalf + 1;
   RoundAcross(float*& scratch, std::ptrdiff_t stride)
-      : mo_(scratch, stride),
-        oo_(scratch, stride),
-        slope_(scratch, stride),
-        offset_(scratch, stride),
-        residual_(scratch, stride),
-        tentative_(scratch, stride),
-        t_(scratch, stride) {}
+      : m_mo(scratch, stride),
+        m_oo(scratch, stride),
+        m_slope(scratch, stride),
+        m_offset(scratch, stride),
+        m_residual(scratch, stride),
+        m_tentative(scratch, stride),
+        m_t(scratch, stride) {}
 
   template <typename Mosaic, typename Other, typename Out>
-  void step(const Mosaic& m, const Other& other, int y, float noise, Columns c,
+  void Step(const Mosaic& m, const Other& other, int y, float noise, Columns c,
             const Out& improved) {
-    product(m[y], other[y], c, mo_[y]);
-    product(other[y], other[y], c, oo_[y]);
+    Product(m[y], other[y], c, m_mo[y]);
+    Product(other[y], other[y], c, m_oo[y]);
     const int f = y - 2 * kHalf;
-    window(m, f, c, 0);
-    window(other, f, c, 1);
-    window(mo_, f, c, 2);
-    window(oo_, f, c, 3);
-    fitLine(t_[0], t_[1], t_[2], t_[3], 1.0F / (5 * (1 + 2 * kHalf)), noise, c, slope_[f],
-            offset_[f]);
+    Window(m, f, c, 0);
+    Window(other, f, c, 1);
+    Window(m_mo, f, c, 2);
+    Window(m_oo, f, c, 3);
+    FitLine(m_t[0], m_t[1], m_t[2], m_t[3], 1.0F / (5 * (1 + 2 * kHalf)), noise, c, m_slope[f],
+            m_offset[f]);
     const int r = f - 2 * kHalf;
-    window(slope_, r, c, 0);
-    window(offset_, r, c, 1);
-    residual(m[r], other[r], t_[0], t_[1], 1.0F / (5 * (1 + 2 * kHalf)), c, residual_[r]);
-    windowBetween(slope_, r, c, 0);
-    windowBetween(offset_, r, c, 1);
-    tentative(m[r], t_[0], t_[1], 1.0F / (5 * 2 * kHalf), c, tentative_[r]);
-    addMeanAcross(tentative_[r - 1], residual_[r - 2], residual_[r], c, improved[r - 1]);
+    Window(m_slope, r, c, 0);
+    Window(m_offset, r, c, 1);
+    Residual(m[r], other[r], m_t[0], m_t[1], 1.0F / (5 * (1 + 2 * kHalf)), c, m_residual[r]);
+    WindowBetween(m_slope, r, c, 0);
+    WindowBetween(m_offset, r, c, 1);
+    Tentative(m[r], m_t[0], m_t[1], 1.0F / (5 * 2 * kHalf), c, m_tentative[r]);
+    AddMeanAcross(m_tentative[r - 1], m_residual[r - 2], m_residual[r], c, improved[r - 1]);
   }
 
  private:
   template <typename Rows>
-  void window(const Rows& rows, int y, Columns c, int to) const {
-    everyOtherAcross<kHalf>(rows, y, c, t_[4]);
-    everyOtherAlong<2>(t_[4], c, t_[to]);
+  void Window(const Rows& rows, int y, Columns c, int to) const {
+    EveryOtherAcross<kHalf>(rows, y, c, m_t[4]);
+    EveryOtherAlong<2>(m_t[4], c, m_t[to]);
   }
   template <typename Rows>
-  void windowBetween(const Rows& rows, int y, Columns c, int to) const {
-    betweenAcross<kHalf>(rows, y, c, t_[4]);
-    everyOtherAlong<2>(t_[4], c, t_[to]);
+  void WindowBetween(const Rows& rows, int y, Columns c, int to) const {
+    BetweenAcross<kHalf>(rows, y, c, m_t[4]);
+    EveryOtherAlong<2>(m_t[4], c, m_t[to]);
   }
 
-  Ring<16> mo_, oo_, slope_, offset_;
-  Ring<4> residual_, tentative_;
-  Ring<8> t_;
+  Ring<16> m_mo, m_oo, m_slope, m_offset;
+  Ring<4> m_residual, m_tentative;
+  Ring<8> m_t;
 };
 
 // 1 / (level + sum)^2 over 3x3 and over 5x5 changes, the direction's own axis first.
-inline void inverseSquares(In sums, float level, Columns c, Row out) {
+inline void InverseSquares(In sums, float level, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) out[x] = 1.0F / square(level + sums[x]);
 }
 
-inline void sum5(In a, Columns c, Row out) {
+inline void Sum5(In a, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) {
     out[x] = ((a[x - 2] + a[x + 2]) + (a[x - 1] + a[x + 1])) + a[x];
   }
 }
 
-inline void squaredChangeAlong(In a, Columns c, Row out) {
+inline void SquaredChangeAlong(In a, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) out[x] = square(a[x + 1] - a[x - 1]);
 }
 
-inline void squaredChangeAcross(In above, In below, Columns c, Row out) {
+inline void SquaredChangeAcross(In above, In below, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) out[x] = square(below[x] - above[x]);
 }
 
-inline void sum9(In a, Columns c, Row out) {
+inline void Sum9(In a, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) {
     out[x] = (((a[x - 4] + a[x + 4]) + (a[x - 3] + a[x + 3])) +
               ((a[x - 2] + a[x + 2]) + (a[x - 1] + a[x + 1]))) +
@@ -270,7 +270,7 @@ inline void sum9(In a, Columns c, Row out) {
   }
 }
 
-inline void sumOf9(In a0, In a1, In a2, In a3, In a4, In a5, In a6, In a7, In a8, Columns c,
+inline void SumOf9(In a0, In a1, In a2, In a3, In a4, In a5, In a6, In a7, In a8, Columns c,
                    Row out) {
   for (int x = c.begin; x < c.end; ++x) {
     out[x] = (((a0[x] + a8[x]) + (a1[x] + a7[x])) + ((a2[x] + a6[x]) + (a3[x] + a5[x]))) + a4[x];
@@ -278,8 +278,8 @@ inline void sumOf9(In a0, In a1, In a2, In a3, In a4, In a5, In a6, In a7, In a8
 }
 
 template <typename Rows>
-void sum9Across(const Rows& a, int y, Columns c, Row out) {
-  sumOf9(a[y - 4], a[y - 3], a[y - 2], a[y - 1], a[y], a[y + 1], a[y + 2], a[y + 3], a[y + 4], c,
+void Sum9Across(const Rows& a, int y, Columns c, Row out) {
+  SumOf9(a[y - 4], a[y - 3], a[y - 2], a[y - 1], a[y], a[y + 1], a[y + 2], a[y + 3], a[y + 4], c,
          out);
 }
 
@@ -288,33 +288,33 @@ class Activity {
  public:
   static constexpr int kLag = 5;
   Activity(float*& scratch, std::ptrdiff_t stride)
-      : along_(scratch, stride), across_(scratch, stride), t_(scratch, stride) {}
+      : m_along(scratch, stride), m_across(scratch, stride), m_t(scratch, stride) {}
 
   template <typename Rows>
-  void step(const Rows& plane, int y, Columns c, Row out) {
-    squaredChangeAlong(plane[y], c, t_[0]);
-    sum9(t_[0], c, along_[y]);
-    squaredChangeAcross(plane[y - 2], plane[y], c, across_[y - 1]);
-    sum9Across(along_, y - kLag, c, t_[0]);
-    sum9Across(across_, y - kLag, c, t_[1]);
-    sum9(t_[1], c, t_[2]);
-    sumOf2(t_[0], t_[2], c, out);
+  void Step(const Rows& plane, int y, Columns c, Row out) {
+    SquaredChangeAlong(plane[y], c, m_t[0]);
+    Sum9(m_t[0], c, m_along[y]);
+    SquaredChangeAcross(plane[y - 2], plane[y], c, m_across[y - 1]);
+    Sum9Across(m_along, y - kLag, c, m_t[0]);
+    Sum9Across(m_across, y - kLag, c, m_t[1]);
+    Sum9(m_t[1], c, m_t[2]);
+    SumOf2(m_t[0], m_t[2], c, out);
   }
 
  private:
-  Ring<16> along_, across_;
-  Ring<4> t_;
+  Ring<16> m_along, m_across;
+  Ring<4> m_t;
 };
 
 // The square of how much a difference changes compared to green.
-inline void squaredRatio(In difference, In green, float level, Columns c, Row out) {
+inline void SquaredRatio(In difference, In green, float level, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) {
     out[x] = square(difference[x] / (green[x] + 1e-3F * level * level));
   }
 }
 
 // Green minus the row's own colour: the first estimate.
-inline void firstDifference(In above, In here, In below, In along, In weightAbove, In weightBelow,
+inline void FirstDifference(In above, In here, In below, In along, In weightAbove, In weightBelow,
                             In weightHere, In m, In colour, Columns c, Row out, Row green) {
   for (int x = c.begin; x < c.end; ++x) {
     const Sides sides{weightAbove[x], weightBelow[x], weightHere[x - 1], weightHere[x + 1]};
@@ -330,7 +330,7 @@ inline void firstDifference(In above, In here, In below, In along, In weightAbov
 
 // Both differences everywhere: at red and blue they are known, at green they are means of the four
 // sides.
-inline void fullDifferences(In ownAbove, In ownHere, In ownBelow, In oppositeAbove, In oppositeHere,
+inline void FullDifferences(In ownAbove, In ownHere, In ownBelow, In oppositeAbove, In oppositeHere,
                             In oppositeBelow, In weightAbove, In weightBelow, In weightHere,
                             In colour, In green, Columns c, Row own, Row opposite) {
   for (int x = c.begin; x < c.end; ++x) {
@@ -346,7 +346,7 @@ inline void fullDifferences(In ownAbove, In ownHere, In ownBelow, In oppositeAbo
 }
 
 // Draws the difference towards the mean of its four sides, the more the steadier it is.
-inline void refine(In own, In above, In here, In below, In weightAbove, In weightBelow,
+inline void Refine(In own, In above, In here, In below, In weightAbove, In weightBelow,
                    In weightHere, In ratio, In m, In colour, Columns c, Row out, Row green) {
   for (int x = c.begin; x < c.end; ++x) {
     const Sides sides{weightAbove[x], weightBelow[x], weightHere[x - 1], weightHere[x + 1]};
@@ -358,14 +358,14 @@ inline void refine(In own, In above, In here, In below, In weightAbove, In weigh
 }
 
 // The Laplacian over places two away.
-inline void laplacian(In above, In here, In below, Columns c, Row out) {
+inline void Laplacian(In above, In here, In below, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) {
     out[x] = 4 * here[x] - ((above[x] + below[x]) + (here[x - 2] + here[x + 2]));
   }
 }
 
 // Sums over 5x5 places two apart, in an order that a transposition does not change.
-inline void sum25(In a0, In a1, In a2, In a3, In a4, Columns c, Row out) {
+inline void Sum25(In a0, In a1, In a2, In a3, In a4, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) {
     const float cross =
         ((a2[x - 2] + a2[x + 2]) + (a1[x] + a3[x])) + ((a2[x - 4] + a2[x + 4]) + (a0[x] + a4[x]));
@@ -378,13 +378,13 @@ inline void sum25(In a0, In a1, In a2, In a3, In a4, Columns c, Row out) {
 }
 
 template <typename Rows>
-void window25(const Rows& a, int y, Columns c, Row out) {
-  sum25(a[y - 4], a[y - 2], a[y], a[y + 2], a[y + 4], c, out);
+void Window25(const Rows& a, int y, Columns c, Row out) {
+  Sum25(a[y - 4], a[y - 2], a[y], a[y + 2], a[y + 4], c, out);
 }
 
 // The mean of two lines through the window that give the colour from green: that of least squares
 // and that of the least Laplacian of what is left over.
-inline void fitColour(In sumM, In sumG, In sumMG, In sumGG, In sumLL, In sumKK, float noise,
+inline void FitColour(In sumM, In sumG, In sumMG, In sumGG, In sumLL, In sumKK, float noise,
                       Columns c, Row slope, Row offset) {
   constexpr float kPer = 1.0F / 25;
   for (int x = c.begin; x < c.end; ++x) {
@@ -400,7 +400,7 @@ inline void fitColour(In sumM, In sumG, In sumMG, In sumGG, In sumLL, In sumKK, 
 }
 
 // What the mean line makes of green, less the sample itself.
-inline void guidedResidual(In m, In green, In slopes, In offsets, Columns c, Row slope, Row offset,
+inline void GuidedResidual(In m, In green, In slopes, In offsets, Columns c, Row slope, Row offset,
                            Row out) {
   constexpr float kPer = 1.0F / 25;
   for (int x = c.begin; x < c.end; ++x) {
@@ -412,12 +412,12 @@ inline void guidedResidual(In m, In green, In slopes, In offsets, Columns c, Row
   }
 }
 
-inline float fourMean(In above, In below, int x) {
+inline float FourMean(In above, In below, int x) {
   return 0.25F * ((above[x - 1] + below[x + 1]) + (above[x + 1] + below[x - 1]));
 }
 
 // The colours that the guided lines and their residuals give, everywhere: own and opposite.
-inline void guidedColours(In residualAbove, In residualHere, In residualBelow, In oppositeAbove,
+inline void GuidedColours(In residualAbove, In residualHere, In residualBelow, In oppositeAbove,
                           In oppositeHere, In oppositeBelow, In weightAbove, In weightBelow,
                           In weightHere, In slopeAbove, In slope, In slopeBelow, In offsetAbove,
                           In offset, In offsetBelow, In green, In m, In along, In across, Columns c,
@@ -444,11 +444,11 @@ inline void guidedColours(In residualAbove, In residualHere, In residualBelow, I
   }
 }
 
-inline void guidedOpposite(In slopeAbove, In slopeBelow, In offsetAbove, In offsetBelow,
+inline void GuidedOpposite(In slopeAbove, In slopeBelow, In offsetAbove, In offsetBelow,
                            In residual, In green, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) {
     out[x] =
-        (fourMean(slopeAbove, slopeBelow, x) * green[x] + fourMean(offsetAbove, offsetBelow, x)) -
+        (FourMean(slopeAbove, slopeBelow, x) * green[x] + FourMean(offsetAbove, offsetBelow, x)) -
         residual[x];
   }
 }
@@ -456,7 +456,7 @@ inline void guidedOpposite(In slopeAbove, In slopeBelow, In offsetAbove, In offs
 // Where colours follow green, green minus the interpolated difference is the better estimate; where
 // they do not, the guided one.
 template <typename Sample>
-void rigorousPixels(In ownDifference, In otherDifference, In ownGuided, In oppositeGuided,
+void RigorousPixels(In ownDifference, In otherDifference, In ownGuided, In oppositeGuided,
                     In oppositeGuidedAtColour, In ownRatio, In oppositeRatio, In green, In m,
                     In colour, In greenPlaces, int end, Sample* __restrict ownOut,
                     Sample* __restrict greenOut, Sample* __restrict oppositeOut) {
@@ -474,14 +474,14 @@ void rigorousPixels(In ownDifference, In otherDifference, In ownGuided, In oppos
 }
 
 template <typename Sample>
-void rigorous(const Block<Sample>& block) {
+void Rigorous(const Block<Sample>& block) {
   const int rows = block.rows;
   const int cols = block.cols;
   const Columns c = columnsAround(cols, kRigorousReach);
   const std::ptrdiff_t stride = floatStride(cols);
   constexpr float kLevel = levelOf<Sample>();
   constexpr float kNoise = 0.1F * kLevel * kLevel;
-  float* scratch = static_cast<float*>(block.scratch);
+  auto* scratch = static_cast<float*>(block.scratch);
   const Ring<64> mosaic(scratch, stride);
   const Ring<16> along0(scratch, stride), along1(scratch, stride), along2(scratch, stride);
   const Ring<16> across0(scratch, stride), across1(scratch, stride), across2(scratch, stride);
@@ -517,122 +517,122 @@ void rigorous(const Block<Sample>& block) {
   for (int last = -kRigorousReach; last < rows + kRigorousReach; ++last) {
     floatRow(block.mosaic[last], c, mosaic[last]);
 
-    firstEstimateAlong(mosaic[last], c, along0[last]);
-    roundAlong1.step(mosaic, along0, last, kNoise, c, along1);
-    roundAlong2.step(mosaic, along1, last - 8, kNoise, c, along2);
+    FirstEstimateAlong(mosaic[last], c, along0[last]);
+    roundAlong1.Step(mosaic, along0, last, kNoise, c, along1);
+    roundAlong2.Step(mosaic, along1, last - 8, kNoise, c, along2);
 
     int y = last - 2;
-    firstEstimateAcross(mosaic[y - 2], mosaic[y - 1], mosaic[y], mosaic[y + 1], mosaic[y + 2], c,
+    FirstEstimateAcross(mosaic[y - 2], mosaic[y - 1], mosaic[y], mosaic[y + 1], mosaic[y + 2], c,
                         across0[y]);
-    roundAcross1.step(mosaic, across0, y, kNoise, c, across1);
-    roundAcross2.step(mosaic, across1, y - 5, kNoise, c, across2);
+    roundAcross1.Step(mosaic, across0, y, kNoise, c, across1);
+    roundAcross2.Step(mosaic, across1, y - 5, kNoise, c, across2);
 
     y = last - 16;
-    signedDifference(mosaic[y], along2[y], colour(y), c, alongDifference[y]);
-    signedDifference(mosaic[y], across2[y], colour(y), c, acrossDifference[y]);
+    SignedDifference(mosaic[y], along2[y], colour(y), c, alongDifference[y]);
+    SignedDifference(mosaic[y], across2[y], colour(y), c, acrossDifference[y]);
     changeAlong(alongDifference[y], c, t[0]);
     sum3(t[0], c, narrowAlong[y]);
-    sum5(t[0], c, wideAlong[y]);
+    Sum5(t[0], c, wideAlong[y]);
     changeAcross(acrossDifference[y - 2], acrossDifference[y], c, changesAcross[y - 1]);
 
     y = last - 19;
     sumOf3(narrowAlong[y - 1], narrowAlong[y], narrowAlong[y + 1], c, t[0]);
-    inverseSquares(t[0], kLevel, c, narrowWeightAlong[y]);
-    everyOther5(wideAlong[y - 2], wideAlong[y - 1], wideAlong[y], wideAlong[y + 1],
+    InverseSquares(t[0], kLevel, c, narrowWeightAlong[y]);
+    EveryOther5(wideAlong[y - 2], wideAlong[y - 1], wideAlong[y], wideAlong[y + 1],
                 wideAlong[y + 2], c, t[0]);
-    inverseSquares(t[0], kLevel, c, wideWeightAlong[y]);
+    InverseSquares(t[0], kLevel, c, wideWeightAlong[y]);
     sumOf3(changesAcross[y - 1], changesAcross[y], changesAcross[y + 1], c, t[0]);
     sum3(t[0], c, t[1]);
-    inverseSquares(t[1], kLevel, c, narrowWeightAcross[y]);
-    everyOther5(changesAcross[y - 2], changesAcross[y - 1], changesAcross[y], changesAcross[y + 1],
+    InverseSquares(t[1], kLevel, c, narrowWeightAcross[y]);
+    EveryOther5(changesAcross[y - 2], changesAcross[y - 1], changesAcross[y], changesAcross[y + 1],
                 changesAcross[y + 2], c, t[0]);
-    sum5(t[0], c, t[1]);
-    inverseSquares(t[1], kLevel, c, wideWeightAcross[y]);
+    Sum5(t[0], c, t[1]);
+    InverseSquares(t[1], kLevel, c, wideWeightAcross[y]);
 
     y = last - 20;
-    firstDifference(acrossDifference[y - 1], acrossDifference[y], acrossDifference[y + 1],
+    FirstDifference(acrossDifference[y - 1], acrossDifference[y], acrossDifference[y + 1],
                     alongDifference[y], narrowWeightAcross[y - 1], narrowWeightAcross[y + 1],
                     narrowWeightAlong[y], mosaic[y], colour(y), c, own1[y], green1[y]);
     y = last - 21;
     oppositeDifference(own1[y - 1], own1[y + 1], green1[y - 1], green1[y], green1[y + 1],
                        mosaic[y - 1], mosaic[y + 1], kLevel, c, opposite1[y]);
     y = last - 22;
-    fullDifferences(own1[y - 1], own1[y], own1[y + 1], opposite1[y - 1], opposite1[y],
+    FullDifferences(own1[y - 1], own1[y], own1[y + 1], opposite1[y - 1], opposite1[y],
                     opposite1[y + 1], wideWeightAcross[y - 1], wideWeightAcross[y + 1],
                     wideWeightAlong[y], colour(y), greens(y), c, (isRed(y) ? red1 : blue1)[y],
                     (isRed(y) ? blue1 : red1)[y]);
-    redActivity.step(red1, y, c, t[0]);
-    greenActivity.step(green1, y, c, t[1]);
-    blueActivity.step(blue1, y, c, t[2]);
+    redActivity.Step(red1, y, c, t[0]);
+    greenActivity.Step(green1, y, c, t[1]);
+    blueActivity.Step(blue1, y, c, t[2]);
     y = last - 27;
-    squaredRatio(t[0], t[1], kLevel, c, redRatio[y]);
-    squaredRatio(t[2], t[1], kLevel, c, blueRatio[y]);
+    SquaredRatio(t[0], t[1], kLevel, c, redRatio[y]);
+    SquaredRatio(t[2], t[1], kLevel, c, blueRatio[y]);
     const Ring<16>& full1 = isRed(y) ? red1 : blue1;
-    refine(own1[y], full1[y - 1], full1[y], full1[y + 1], wideWeightAcross[y - 1],
+    Refine(own1[y], full1[y - 1], full1[y], full1[y + 1], wideWeightAcross[y - 1],
            wideWeightAcross[y + 1], wideWeightAlong[y], (isRed(y) ? redRatio : blueRatio)[y],
            mosaic[y], colour(y), c, own2[y], green2[y]);
     y = last - 28;
     oppositeDifference(own2[y - 1], own2[y + 1], green2[y - 1], green2[y], green2[y + 1],
                        mosaic[y - 1], mosaic[y + 1], kLevel, c, opposite2[y]);
     y = last - 29;
-    fullDifferences(own2[y - 1], own2[y], own2[y + 1], opposite2[y - 1], opposite2[y],
+    FullDifferences(own2[y - 1], own2[y], own2[y + 1], opposite2[y - 1], opposite2[y],
                     opposite2[y + 1], wideWeightAcross[y - 1], wideWeightAcross[y + 1],
                     wideWeightAlong[y], colour(y), greens(y), c, (isRed(y) ? red2 : blue2)[y],
                     (isRed(y) ? blue2 : red2)[y]);
     y = last - 30;
     const Ring<4>& full2 = isRed(y) ? red2 : blue2;
-    refine(own2[y], full2[y - 1], full2[y], full2[y + 1], wideWeightAcross[y - 1],
+    Refine(own2[y], full2[y - 1], full2[y], full2[y + 1], wideWeightAcross[y - 1],
            wideWeightAcross[y + 1], wideWeightAlong[y], (isRed(y) ? redRatio : blueRatio)[y],
            mosaic[y], colour(y), c, own3[y], green3[y]);
-    product(mosaic[y], green3[y], c, mg[y]);
-    product(green3[y], green3[y], c, gg[y]);
+    Product(mosaic[y], green3[y], c, mg[y]);
+    Product(green3[y], green3[y], c, gg[y]);
     y = last - 31;
     oppositeDifference(own3[y - 1], own3[y + 1], green3[y - 1], green3[y], green3[y + 1],
                        mosaic[y - 1], mosaic[y + 1], kLevel, c, opposite3[y]);
 
     y = last - 32;
-    laplacian(mosaic[y - 2], mosaic[y], mosaic[y + 2], c, t[0]);
-    laplacian(green3[y - 2], green3[y], green3[y + 2], c, t[1]);
-    product(t[0], t[1], c, mk[y]);
-    product(t[1], t[1], c, kk[y]);
+    Laplacian(mosaic[y - 2], mosaic[y], mosaic[y + 2], c, t[0]);
+    Laplacian(green3[y - 2], green3[y], green3[y + 2], c, t[1]);
+    Product(t[0], t[1], c, mk[y]);
+    Product(t[1], t[1], c, kk[y]);
     y = last - 36;
-    window25(mosaic, y, c, t[0]);
-    window25(green3, y, c, t[1]);
-    window25(mg, y, c, t[2]);
-    window25(gg, y, c, t[3]);
-    window25(mk, y, c, t[4]);
-    window25(kk, y, c, t[5]);
-    fitColour(t[0], t[1], t[2], t[3], t[4], t[5], kNoise, c, slope[y], offset[y]);
+    Window25(mosaic, y, c, t[0]);
+    Window25(green3, y, c, t[1]);
+    Window25(mg, y, c, t[2]);
+    Window25(gg, y, c, t[3]);
+    Window25(mk, y, c, t[4]);
+    Window25(kk, y, c, t[5]);
+    FitColour(t[0], t[1], t[2], t[3], t[4], t[5], kNoise, c, slope[y], offset[y]);
     y = last - 40;
-    window25(slope, y, c, t[0]);
-    window25(offset, y, c, t[1]);
-    guidedResidual(mosaic[y], green3[y], t[0], t[1], c, meanSlope[y], meanOffset[y], guided[y]);
+    Window25(slope, y, c, t[0]);
+    Window25(offset, y, c, t[1]);
+    GuidedResidual(mosaic[y], green3[y], t[0], t[1], c, meanSlope[y], meanOffset[y], guided[y]);
     y = last - 41;
     oppositeDifference(guided[y - 1], guided[y + 1], green3[y - 1], green3[y], green3[y + 1],
                        mosaic[y - 1], mosaic[y + 1], kLevel, c, guidedOpp[y]);
 
     y = last - kRigorousReach;
     if (y < 0) continue;
-    fullDifferences(own3[y - 1], own3[y], own3[y + 1], opposite3[y - 1], opposite3[y],
+    FullDifferences(own3[y - 1], own3[y], own3[y + 1], opposite3[y - 1], opposite3[y],
                     opposite3[y + 1], narrowWeightAcross[y - 1], narrowWeightAcross[y + 1],
                     narrowWeightAlong[y], colour(y), greens(y), c, t[0], t[1]);
-    guidedColours(guided[y - 1], guided[y], guided[y + 1], guidedOpp[y - 1], guidedOpp[y],
+    GuidedColours(guided[y - 1], guided[y], guided[y + 1], guidedOpp[y - 1], guidedOpp[y],
                   guidedOpp[y + 1], narrowWeightAcross[y - 1], narrowWeightAcross[y + 1],
                   narrowWeightAlong[y], meanSlope[y - 1], meanSlope[y], meanSlope[y + 1],
                   meanOffset[y - 1], meanOffset[y], meanOffset[y + 1], green3[y], mosaic[y],
                   alongDifference[y], acrossDifference[y], c, t[2], t[3]);
-    guidedOpposite(meanSlope[y - 1], meanSlope[y + 1], meanOffset[y - 1], meanOffset[y + 1],
+    GuidedOpposite(meanSlope[y - 1], meanSlope[y + 1], meanOffset[y - 1], meanOffset[y + 1],
                    guidedOpp[y], green3[y], c, t[4]);
     const std::ptrdiff_t at = y * block.stride;
-    rigorousPixels(t[0], t[1], t[2], t[3], t[4], (isRed(y) ? redRatio : blueRatio)[y],
+    RigorousPixels(t[0], t[1], t[2], t[3], t[4], (isRed(y) ? redRatio : blueRatio)[y],
                    (isRed(y) ? blueRatio : redRatio)[y], green3[y], mosaic[y], colour(y), greens(y),
                    roundedUp(cols), (isRed(y) ? block.red : block.blue) + at, block.green + at,
                    (isRed(y) ? block.blue : block.red) + at);
   }
 }
 
-inline BlockFunctions rigorousFunctions() {
-  return {rigorous<std::uint8_t>, rigorous<std::uint16_t>};
+inline BlockFunctions RigorousFunctions() {
+  return {Rigorous<std::uint8_t>, Rigorous<std::uint16_t>};
 }
 
 KORVEX2_BAYER_END_TARGET_CODE

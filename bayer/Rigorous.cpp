@@ -47,15 +47,15 @@ namespace {
 //
 // About 900 operations per pixel, 15 of them divisions.
 
-std::size_t scratchBytes(int, int cols, int) {
+std::size_t ScratchBytes(int, int cols, int) {
   return floatRowsBytes(kRigorousRows, cols);
 }
 
-BlockFunctions functions([[maybe_unused]] Target target) {
+BlockFunctions Functions([[maybe_unused]] InstructionSet set) {
 #if KORVEX2_WITH_HIGHWAY
-  if (target != Target::kPlain) return rigorousSimd(target);
+  if (set != InstructionSet::Plain) return RigorousSimd(set);
 #endif
-  return Plain::rigorousFunctions();
+  return Plain::RigorousFunctions();
 }
 
 }  // namespace
@@ -63,7 +63,7 @@ BlockFunctions functions([[maybe_unused]] Target target) {
 const Method kRigorous = {.margin = kRigorousReach,
                           .blockRows = 512,
                           .blockCols = 256,
-                          .scratchBytes = scratchBytes,
-                          .functions = functions};
+                          .scratchBytes = ScratchBytes,
+                          .functions = Functions};
 
 }  // namespace Korvex2::Bayer

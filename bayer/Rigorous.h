@@ -15,6 +15,6 @@ inline constexpr int kRigorousRows = 1185;
 extern const Method kRigorous;
 
 /// The same for an instruction set; only where Highway is compiled in.
-BlockFunctions rigorousSimd(Target target);
+BlockFunctions RigorousSimd(InstructionSet set);
 
 }  // namespace Korvex2::Bayer

@@ -5,15 +5,15 @@
 #include "hwy/foreach_target.h"
 // After foreach_target.h.
 #include "Rigorous-inl.h"
-#include "simd/TargetTable.h"
+#include "simd/DispatchTable.h"
 
 #if HWY_ONCE
 namespace Korvex2::Bayer {
 
-HWY_EXPORT(rigorousFunctions);
+HWY_EXPORT(RigorousFunctions);
 
-BlockFunctions rigorousSimd(Target target) {
-  return KORVEX2_FOR_TARGET(rigorousFunctions, target)();
+BlockFunctions RigorousSimd(InstructionSet set) {
+  return KORVEX2_FOR_INSTRUCTION_SET(RigorousFunctions, set)();
 }
 
 }  // namespace Korvex2::Bayer

@@ -11,261 +11,269 @@
 #include "ColourDifferences-inl.h"
 #include "FloatRows-inl.h"
 #include "HalfRows-inl.h"
+#include "Stages-inl.h"
 #include "WeightedDirectional.h"
+#include "WeightedDirectionalStages.h"
 
 KORVEX2_BAYER_BEGIN_TARGET_CODE
 
-// Four times green minus colour along the row, negated where the middle is green. The sign of a
-// place does not change from here to the arms, which know the places of their neighbours.
-template <typename Sample, typename Int>
-void fourfoldAlong(const Sample* __restrict m, Columns c, Int* __restrict out) {
-  for (int x = c.begin; x < c.end; ++x) {
-    out[x] = static_cast<Int>(2 * (m[x - 1] + m[x + 1]) - 2 * m[x] - (m[x - 2] + m[x + 2]));
-  }
-}
-
-// The same along columns; m2 is the row itself.
-template <typename Sample, typename Int>
-void fourfoldAcross(const Sample* __restrict m0, const Sample* __restrict m1,
-                    const Sample* __restrict m2, const Sample* __restrict m3,
-                    const Sample* __restrict m4, Columns c, Int* __restrict out) {
-  for (int x = c.begin; x < c.end; ++x) {
-    out[x] = static_cast<Int>(2 * (m1[x] + m3[x]) - 2 * m2[x] - (m0[x] + m4[x]));
-  }
-}
-
-template <typename Int>
-Int step(Int from, Int to) {
-  const auto difference = static_cast<Int>(to - from);
-  return static_cast<Int>(difference < 0 ? -difference : difference);
-}
-
-// How much d changes about three places of the row.
-template <typename Int>
-void changesAlong(const Int* __restrict d, Columns c, Int* __restrict out) {
-  for (int x = c.begin; x < c.end; ++x) {
-    out[x] =
-        static_cast<Int>(step(d[x - 2], d[x]) + step(d[x - 1], d[x + 1]) + step(d[x], d[x + 2]));
-  }
-}
-
-template <typename Int>
-void changeAcross(const Int* __restrict above, const Int* __restrict below, Columns c,
-                  Int* __restrict out) {
-  for (int x = c.begin; x < c.end; ++x) out[x] = step(above[x], below[x]);
-}
-
-template <typename Int>
-void sumOf3(const Int* __restrict above, const Int* __restrict here, const Int* __restrict below,
-            Columns c, Int* __restrict out) {
-  for (int x = c.begin; x < c.end; ++x) out[x] = static_cast<Int>(above[x] + here[x] + below[x]);
-}
-
-template <typename Int>
-void sum3(const Int* __restrict a, Columns c, Int* __restrict out) {
-  for (int x = c.begin; x < c.end; ++x) out[x] = static_cast<Int>(a[x - 1] + a[x] + a[x + 1]);
+// How much a sum changes. Sums of `T` are sums once more.
+template <typename T>
+T ChangeOf(T from, T to) {
+  const auto difference = static_cast<T>(to - from);
+  return static_cast<T>(difference < 0 ? -difference : difference);
 }
 
 // Weights of both directions, by one division.
-inline void weigh(float alongSum, float acrossSum, float& along, float& across) {
-  const float inverse = 1.0F / (alongSum * acrossSum);
-  const float a = inverse * acrossSum;
-  const float b = inverse * alongSum;
-  along = a * a * a;
-  across = b * b * b;
-}
-
-// At every place; the four sides of a pixel are those of its neighbours.
-template <typename Int>
-void weights(const Int* __restrict alongSums, const Int* __restrict acrossSums, float level,
-             Columns c, Row alongEven, Row alongOdd, Row acrossEven, Row acrossOdd) {
-  for (int i = c.begin / 2; i < c.end / 2; ++i) {
-    weigh(level + floatAt<0>(alongSums, i), level + floatAt<0>(acrossSums, i), alongEven[i],
-          acrossEven[i]);
-    weigh(level + floatAt<1>(alongSums, i), level + floatAt<1>(acrossSums, i), alongOdd[i],
-          acrossOdd[i]);
+struct DirectionWeights {
+  DirectionWeights(float alongSum, float acrossSum) {
+    const float inverse = 1.0F / (alongSum * acrossSum);
+    const float a = inverse * acrossSum;
+    const float b = inverse * alongSum;
+    along = a * a * a;
+    across = b * b * b;
   }
-}
+  float along, across;
+};
 
 // Forty times an arm. Beside a red or blue sample is a green one, whose d has the other sign.
-template <typename Int>
-Int arm(Int here, Int one, Int two) {
-  return static_cast<Int>(5 * here - 4 * one + two);
+template <typename T>
+T ArmOf(T here, T one, T two) {
+  return static_cast<T>(5 * here - 4 * one + two);
 }
 constexpr float kPerArm = 1.0F / 40.0F;
 
-template <typename Int>
-void armsAlong(const Int* __restrict d, Columns c, Int* __restrict west, Int* __restrict east) {
-  for (int x = c.begin; x < c.end; ++x) {
-    west[x] = arm(d[x], d[x - 1], d[x - 2]);
-    east[x] = arm(d[x], d[x + 1], d[x + 2]);
-  }
-}
-
-template <typename Int>
-void armsAcross(const Int* __restrict d0, const Int* __restrict d1, const Int* __restrict d2,
-                const Int* __restrict d3, const Int* __restrict d4, Columns c,
-                Int* __restrict north, Int* __restrict south) {
-  for (int x = c.begin; x < c.end; ++x) {
-    north[x] = arm(d2[x], d1[x], d0[x]);
-    south[x] = arm(d2[x], d3[x], d4[x]);
-  }
-}
-
-// The weights of the four sides of half a row's pixels.
+// The half rows on the four sides of half a row's pixels.
+template <typename Half>
 struct SideRows {
-  const float* north;
-  const float* south;
-  Beside beside;
+  Half north, south;
+  BesideRow beside;
 
-  Sides operator[](int i) const { return {north[i], south[i], beside.left[i], beside.right[i]}; }
+  Sides operator[](int i) const { return {north[i], south[i], beside.Left(i), beside.Right(i)}; }
 };
 
-// Green minus colour where the mosaic holds the colour; that colour and green there as floats.
-template <int kColour, typename Sample, typename Int>
-void ownDifference(const Int* __restrict north, const Int* __restrict south,
-                   const Int* __restrict west, const Int* __restrict east, SideRows weights,
-                   const Sample* __restrict m, Columns c, Row out, Row colour, Row green) {
-  for (int i = c.begin / 2; i < c.end / 2; ++i) {
-    const Sides sides = weights[i];
-    const float sum = sides.sum(floatAt<kColour>(north, i), floatAt<kColour>(south, i),
-                                floatAt<kColour>(west, i), floatAt<kColour>(east, i));
-    const float difference = sum * (kPerArm / sides.sum());
-    const float sample = floatAt<kColour>(m, i);
-    out[i] = difference;
-    colour[i] = sample;
-    green[i] = sample + difference;
-  }
-}
+// Those across its corners.
+struct DiagonalRows {
+  BesideRow above, below;
 
-// The row's own colour lies beside a green sample, the opposite colour above and below it.
-template <int kColour, typename Sample>
-void weightedPixels(In ownAbove, Beside ownHere, In ownBelow, In oppositeAbove,
-                    Beside oppositeBeside, In oppositeHere, In oppositeBelow, In green,
-                    SideRows weights, const Sample* __restrict m, int cols,
-                    Sample* __restrict ownOut, Sample* __restrict greenOut,
-                    Sample* __restrict oppositeOut) {
-  for (int i = 0; i < cols / 2; ++i) {
-    const Sides sides = weights[i];
-    const float perWeight = 1.0F / sides.sum();
-    const float ownDifference =
-        sides.sum(oppositeAbove[i], oppositeBelow[i], ownHere.left[i], ownHere.right[i]) *
-        perWeight;
-    const float oppositeDifference =
-        sides.sum(ownAbove[i], ownBelow[i], oppositeBeside.left[i], oppositeBeside.right[i]) *
-        perWeight;
-    const float sample = floatAt<1 - kColour>(m, i);
-    put<kColour>(ownOut, i, intAt<kColour>(m, i), roundedInt<Sample>(sample - ownDifference));
-    put<kColour>(greenOut, i, roundedInt<Sample>(green[i]), intAt<1 - kColour>(m, i));
-    put<kColour>(oppositeOut, i, roundedInt<Sample>(green[i] - oppositeHere[i]),
-                 roundedInt<Sample>(sample - oppositeDifference));
+  Diagonals operator[](int i) const {
+    return {above.Left(i), above.Right(i), below.Left(i), below.Right(i)};
   }
-}
+};
 
+// Each function computes a row of a stage.
 template <typename Sample>
-class WeightedDirectional {
+class WeightedDirectional : WeightedDirectionalStages {
  public:
-  explicit WeightedDirectional(const Block<Sample>& block)
-      : block_(block), columns_(columnsAround(block.cols, kWeightedDirectionalReach)) {}
+  template <int kStage>
+  using At = StageAt<WeightedDirectionalStages, kStage, Sample>;
 
-  // Each step runs as soon as the rows that it looks at are there, for the rows within its reach
-  // of the block.
-  void run() const {
-    constexpr int kReach = kWeightedDirectionalReach;
-    for (int last = -kReach; last < block_.rows + kReach; ++last) {
-      if (const int y = last - 2; within(y, 5)) differences(y);
-      if (const int y = last - 3; within(y, 4)) {
-        changeAcross(across_[y - 1], across_[y + 1], columns_, changesAcross_[y]);
-      }
-      if (const int y = last - 4; within(y, 3)) weightsOf(y);
-      if (const int y = last - 5; within(y, 2)) {
-        parity(y) == 0 ? own<0>(y) : own<1>(y);
-      }
-      if (const int y = last - 6; within(y, 1)) opposite(y);
-      if (const int y = last - 7; within(y, 0)) {
-        parity(y) == 0 ? pixels<0>(y) : pixels<1>(y);
-      }
-    }
+  // Four times green minus colour along the row, negated where the middle is green. The sign of a
+  // place does not change from here to the arms, which know the places of their neighbours.
+  static void Compute(const At<kDifferAlong>& at) {
+    const auto m = Reads<kMosaic>(at)[0];
+    const auto difference = [m](int x, Out<kAlong> along) {
+      along[x] = static_cast<Sum>(2 * (m(x, -1) + m(x, 1)) - 2 * m[x] - (m(x, -2) + m(x, 2)));
+    };
+    ForColumns(at.GetColumns(), difference, Writes<kAlong>(at));
+  }
+
+  // The same along columns.
+  static void Compute(const At<kDifferAcross>& at) {
+    const auto m = Reads<kMosaic>(at);
+    const auto difference = [m](int x, Out<kAcross> across) {
+      across[x] = static_cast<Sum>(2 * (m[-1][x] + m[1][x]) - 2 * m[0][x] - (m[-2][x] + m[2][x]));
+    };
+    ForColumns(at.GetColumns(), difference, Writes<kAcross>(at));
+  }
+
+  // About three places of the row.
+  static void Compute(const At<kChangeAlong>& at) {
+    const auto d = Reads<kAlong>(at)[0];
+    const auto change = [d](int x, Out<kChangesAlong> changes) {
+      changes[x] = static_cast<Sum>(ChangeOf(d(x, -2), d[x]) + ChangeOf(d(x, -1), d(x, 1)) +
+                                    ChangeOf(d[x], d(x, 2)));
+    };
+    ForColumns(at.GetColumns(), change, Writes<kChangesAlong>(at));
+  }
+
+  // About one place.
+  static void Compute(const At<kChangeAcross>& at) {
+    const auto d = Reads<kAcross>(at);
+    const auto change = [d](int x, Out<kChangesAcross> changes) {
+      changes[x] = ChangeOf(d[-1][x], d[1][x]);
+    };
+    ForColumns(at.GetColumns(), change, Writes<kChangesAcross>(at));
+  }
+
+  static void Compute(const At<kSumAlong>& at) { SumRows<kChangesAlong, kSumsAlong>(at); }
+  static void Compute(const At<kSumThrees>& at) { SumRows<kChangesAcross, kThrees>(at); }
+  static void Compute(const At<kSumAcross>& at) {
+    const auto threes = Reads<kThrees>(at)[0];
+    const auto sum = [threes](int x, Out<kSumsAcross> sums) {
+      sums[x] = static_cast<Sum>(threes(x, -1) + threes[x] + threes(x, 1));
+    };
+    ForColumns(at.GetColumns(), sum, Writes<kSumsAcross>(at));
+  }
+
+  // At every place; the four sides of a pixel are those of its neighbours.
+  static void Compute(const At<kWeigh>& at) {
+    const auto alongSums = Reads<kSumsAlong>(at)[0];
+    const auto acrossSums = Reads<kSumsAcross>(at)[0];
+    const auto weigh = [alongSums, acrossSums](int i, OutHalf<kWeightsAlong, 0> alongEven,
+                                               OutHalf<kWeightsAlong, 1> alongOdd,
+                                               OutHalf<kWeightsAcross, 0> acrossEven,
+                                               OutHalf<kWeightsAcross, 1> acrossOdd) {
+      constexpr float kLevel = 4 * levelOf<Sample>();
+      const DirectionWeights even(kLevel + floatAt<0>(alongSums, i),
+                                  kLevel + floatAt<0>(acrossSums, i));
+      const DirectionWeights odd(kLevel + floatAt<1>(alongSums, i),
+                                 kLevel + floatAt<1>(acrossSums, i));
+      alongEven[i] = even.along;
+      acrossEven[i] = even.across;
+      alongOdd[i] = odd.along;
+      acrossOdd[i] = odd.across;
+    };
+    const auto along = Writes<kWeightsAlong>(at);
+    const auto across = Writes<kWeightsAcross>(at);
+    ForColumns(at.GetPlaces(), weigh, along.even, along.odd, across.even, across.odd);
+  }
+
+  static void Compute(const At<kReachAlong>& at) {
+    const auto d = Reads<kAlong>(at)[0];
+    const auto reach = [d](int x, Out<kWest> west, Out<kEast> east) {
+      west[x] = ArmOf(d[x], d(x, -1), d(x, -2));
+      east[x] = ArmOf(d[x], d(x, 1), d(x, 2));
+    };
+    ForColumns(at.GetColumns(), reach, Writes<kWest>(at), Writes<kEast>(at));
+  }
+
+  static void Compute(const At<kReachAcross>& at) {
+    const auto d = Reads<kAcross>(at);
+    const auto reach = [d](int x, Out<kNorth> north, Out<kSouth> south) {
+      north[x] = ArmOf(d[0][x], d[-1][x], d[-2][x]);
+      south[x] = ArmOf(d[0][x], d[1][x], d[2][x]);
+    };
+    ForColumns(at.GetColumns(), reach, Writes<kNorth>(at), Writes<kSouth>(at));
+  }
+
+  static void Compute(const At<kBlendOwn>& at) {
+    colourParity(at.GetBlock(), at.y) == 0 ? BlendOwn<0>(at) : BlendOwn<1>(at);
+  }
+
+  static void Compute(const At<kBlendOpposite>& at) {
+    const int parity = colourParity(at.GetBlock(), at.y);
+    const auto green = Reads<kGreen>(at);
+    const auto blend = [owns = DiagonalsOf(Reads<kOwn>(at), parity),
+                        greens = DiagonalsOf(green, parity), green = green[0],
+                        colours = DiagonalsOf(Reads<kColour>(at), parity)](
+                           int i, Out<kOpposite> opposite) {
+      opposite[i] =
+          oppositeDifferenceAt(owns[i], greens[i], green[i], colours[i], levelOf<Sample>());
+    };
+    ForColumns(at.GetPlaces(), blend, Writes<kOpposite>(at));
+  }
+
+  static void Compute(const At<kWritePixels>& at) {
+    colourParity(at.GetBlock(), at.y) == 0 ? WritePixels<0>(at) : WritePixels<1>(at);
   }
 
  private:
-  using Int = WeightedDirectionalInt<Sample>;
+  using Sum = SumOf<Sample>;
+  template <int kPlane>
+  using Out =
+      OutRow<kPlane, std::conditional_t<kPlan.ElementsOf(kPlane) == Elements::kSums, Sum, float>>;
+  template <int kPlane, int kParity>
+  using OutHalf = OutRow<HalfName{kPlane, kParity}, float>;
 
-  bool within(int y, int reach) const { return -reach <= y && y < block_.rows + reach; }
-  int parity(int y) const { return colourParity(block_, y); }
-
-  void differences(int y) const {
-    const Sample* const* const m = block_.mosaic + y;
-    fourfoldAlong(m[0], columns_, along_[y]);
-    fourfoldAcross(m[-2], m[-1], m[0], m[1], m[2], columns_, across_[y]);
-    changesAlong(along_[y], columns_, changesAlong_[y]);
+  template <int kFrom, int kTo, typename AnyAt>
+  static void SumRows(const AnyAt& at) {
+    const auto rows = Reads<kFrom>(at);
+    const auto sum = [rows](int x, Out<kTo> sums) {
+      sums[x] = static_cast<Sum>(rows[-1][x] + rows[0][x] + rows[1][x]);
+    };
+    ForColumns(at.GetColumns(), sum, Writes<kTo>(at));
   }
 
-  void weightsOf(int y) const {
-    sumOf3(changesAlong_[y - 1], changesAlong_[y], changesAlong_[y + 1], columns_, temporary_[0]);
-    sumOf3(changesAcross_[y - 1], changesAcross_[y], changesAcross_[y + 1], columns_,
-           temporary_[1]);
-    sum3(temporary_[1], columns_, temporary_[2]);
-    weights(temporary_[0], temporary_[2], 4 * levelOf<Sample>(), columns_, weightsAlong_(y, 0),
-            weightsAlong_(y, 1), weightsAcross_(y, 0), weightsAcross_(y, 1));
+  // The weights of the sides of the columns of a parity.
+  template <typename AnyAt>
+  static auto WeightsOf(const AnyAt& at, int parity) {
+    const auto across = Reads<kWeightsAcross>(at);
+    return SideRows{across[-1].Of(parity), across[1].Of(parity),
+                    Reads<kWeightsAlong>(at)[0].Beside(parity)};
   }
 
-  // The sides of the columns of a parity.
-  SideRows sides(int y, int parity) const {
-    return {weightsAcross_(y - 1, parity), weightsAcross_(y + 1, parity),
-            besideColumns(parity, weightsAlong_(y, 1 - parity))};
+  template <typename Rows>
+  static DiagonalRows DiagonalsOf(const Rows& rows, int parity) {
+    return {rows[-1].Beside(parity), rows[1].Beside(parity)};
   }
 
-  template <int kColour>
-  void own(int y) const {
-    armsAcross(across_[y - 2], across_[y - 1], across_[y], across_[y + 1], across_[y + 2], columns_,
-               temporary_[0], temporary_[1]);
-    armsAlong(along_[y], columns_, temporary_[2], temporary_[3]);
-    ownDifference<kColour>(temporary_[0], temporary_[1], temporary_[2], temporary_[3],
-                           sides(y, kColour), block_.mosaic[y], columns_, own_[y], colour_[y],
-                           green_[y]);
+  // Green minus colour where the mosaic holds the colour; that colour and green there as floats.
+  template <int kColourParity>
+  static void BlendOwn(const At<kBlendOwn>& at) {
+    const auto blend = [north = Reads<kNorth>(at)[0], south = Reads<kSouth>(at)[0],
+                        west = Reads<kWest>(at)[0], east = Reads<kEast>(at)[0],
+                        weights = WeightsOf(at, kColourParity), m = Reads<kMosaic>(at)[0]](
+                           int i, Out<kOwn> own, Out<kColour> colour, Out<kGreen> green) {
+      const Sides sides = weights[i];
+      const float sum =
+          sides.sum(floatAt<kColourParity>(north, i), floatAt<kColourParity>(south, i),
+                    floatAt<kColourParity>(west, i), floatAt<kColourParity>(east, i));
+      const float difference = sum * (kPerArm / sides.sum());
+      const float sample = floatAt<kColourParity>(m, i);
+      own[i] = difference;
+      colour[i] = sample;
+      green[i] = sample + difference;
+    };
+    ForColumns(at.GetPlaces(), blend, Writes<kOwn>(at), Writes<kColour>(at), Writes<kGreen>(at));
   }
 
-  void opposite(int y) const {
-    const auto diagonal = [p = parity(y)](const float* half) { return besideColumns(p, half); };
-    oppositeDifference(diagonal(own_[y - 1]), diagonal(own_[y + 1]), diagonal(green_[y - 1]),
-                       green_[y], diagonal(green_[y + 1]), diagonal(colour_[y - 1]),
-                       diagonal(colour_[y + 1]), levelOf<Sample>(),
-                       {columns_.begin / 2, columns_.end / 2}, opposite_[y]);
-  }
+  // What the pixels of a row are written to.
+  enum class Picture { kOwnColour, kGreen, kOppositeColour };
+  template <Picture kColourName>
+  using Pixels = OutRow<kColourName, Sample>;
+  using OwnPixels = Pixels<Picture::kOwnColour>;
+  using GreenPixels = Pixels<Picture::kGreen>;
+  using OppositePixels = Pixels<Picture::kOppositeColour>;
 
-  template <int kColour>
-  void pixels(int y) const {
-    constexpr int kGreen = 1 - kColour;
-    const bool redRow = (y & 1) == block_.redRow;
-    const std::ptrdiff_t offset = y * block_.stride;
-    weightedPixels<kColour>(own_[y - 1], besideColumns(kGreen, own_[y]), own_[y + 1],
-                            opposite_[y - 1], besideColumns(kGreen, opposite_[y]), opposite_[y],
-                            opposite_[y + 1], green_[y], sides(y, kGreen), block_.mosaic[y],
-                            roundedUp(block_.cols), (redRow ? block_.red : block_.blue) + offset,
-                            block_.green + offset, (redRow ? block_.blue : block_.red) + offset);
+  // The row's own colour lies beside a green sample, the opposite colour above and below it.
+  template <int kColourParity>
+  static void WritePixels(const At<kWritePixels>& at) {
+    constexpr int kGreenParity = 1 - kColourParity;
+    const auto own = Reads<kOwn>(at);
+    const auto opposite = Reads<kOpposite>(at);
+    // What the differences are means of.
+    const SideRows ownSides{opposite[-1], opposite[1], own[0].Beside(kGreenParity)};
+    const SideRows oppositeSides{own[-1], own[1], opposite[0].Beside(kGreenParity)};
+    const auto write = [=, weights = WeightsOf(at, kGreenParity), atColour = opposite[0],
+                        green = Reads<kGreen>(at)[0],
+                        m = Reads<kMosaic>(at)[0]](int i, OwnPixels ownOut, GreenPixels greenOut,
+                                                   OppositePixels oppositeOut) {
+      const Sides sides = weights[i];
+      const float perWeight = 1.0F / sides.sum();
+      const float ownDifference = sides.sum(ownSides[i]) * perWeight;
+      const float oppositeDifference = sides.sum(oppositeSides[i]) * perWeight;
+      const float sample = floatAt<kGreenParity>(m, i);
+      const float greenHere = green[i];
+      const std::int32_t ownSample = intAt<kColourParity>(m, i);
+      const std::int32_t greenSample = intAt<kGreenParity>(m, i);
+      const std::int32_t opposite = roundedInt<Sample>(greenHere - atColour[i]);
+      put<kColourParity>(ownOut, i, ownSample, roundedInt<Sample>(sample - ownDifference));
+      put<kColourParity>(greenOut, i, roundedInt<Sample>(greenHere), greenSample);
+      put<kColourParity>(oppositeOut, i, opposite, roundedInt<Sample>(sample - oppositeDifference));
+    };
+    const Block<Sample>& block = at.GetBlock();
+    const bool redRow = (at.y & 1) == block.redRow;
+    const std::ptrdiff_t offset = at.y * block.stride;
+    ForColumns(at.GetPlaces(), write, OwnPixels((redRow ? block.red : block.blue) + offset),
+               GreenPixels(block.green + offset),
+               OppositePixels((redRow ? block.blue : block.red) + offset));
   }
-
-  const Block<Sample>& block_;
-  const Columns columns_;
-  unsigned char* scratch_ = static_cast<unsigned char*>(block_.scratch);
-  const WholeRing<Int, 8> across_{scratch_, block_.cols};
-  const WholeRing<Int, 4> along_{scratch_, block_.cols};
-  const WholeRing<Int, 4> changesAcross_{scratch_, block_.cols};
-  const WholeRing<Int, 4> changesAlong_{scratch_, block_.cols};
-  const WholeRing<Int, 4> temporary_{scratch_, block_.cols};
-  const HalvesRing<8> weightsAcross_{scratch_, block_.cols};
-  const HalvesRing<4> weightsAlong_{scratch_, block_.cols};
-  // At red and blue.
-  const HalfRing<4> own_{scratch_, block_.cols};
-  const HalfRing<4> colour_{scratch_, block_.cols};
-  const HalfRing<4> green_{scratch_, block_.cols};
-  const HalfRing<4> opposite_{scratch_, block_.cols};
 };
 
 template <typename Sample>
 void weightedDirectional(const Block<Sample>& block) {
-  WeightedDirectional<Sample>(block).run();
+  RunStages<WeightedDirectional<Sample>, WeightedDirectionalStages>(block);
 }
 
 inline BlockFunctions weightedDirectionalFunctions() {

@@ -1,7 +1,7 @@
 #include "WeightedDirectional.h"
 
-#include "HalfRows.h"
 #include "WeightedDirectional-inl.h"
+#include "WeightedDirectionalStages.h"
 
 namespace Korvex2::Bayer {
 namespace {
@@ -38,30 +38,29 @@ namespace {
 // About 110 operations per pixel, 45 of them on integers; five divisions for two pixels. Columns of
 // blocks are wide, so that pictures are written in long runs, and a multiple of vectors with their
 // surroundings.
+//
+// Sums are at most 9 * 8 * 255 in size for samples of 8 bits, and 257 times as much for 16 bits.
 
-// Whole rows of integers and half rows of floats.
-constexpr std::ptrdiff_t kIntRows = 8 + 4 + 4 + 4 + 4;
-constexpr std::ptrdiff_t kHalfRows = 2 * 8 + 2 * 4 + 4 + 4 + 4 + 4;
+constexpr auto& kPlan = WeightedDirectionalStages::kPlan;
+
+// A pixel depends on 15 x 15 samples.
+constexpr int kMargin = 7;
+static_assert(kPlan.margin == Reach{kMargin, kMargin, kMargin, kMargin});
 
 std::size_t scratchBytes(int, int cols, int sampleBytes) {
-  const std::ptrdiff_t intBytes = sampleBytes == 1 ? sizeof(WeightedDirectionalInt<std::uint8_t>)
-                                                   : sizeof(WeightedDirectionalInt<std::uint16_t>);
-  constexpr std::ptrdiff_t kFloatBytes = sizeof(float);
-  const std::ptrdiff_t columns = halfRowsStride(cols);
-  return static_cast<std::size_t>(kIntRows * columns * intBytes +
-                                  kHalfRows * (columns / 2) * kFloatBytes);
+  return kPlan.ScratchBytes(cols, sampleBytes);
 }
 
-BlockFunctions functions([[maybe_unused]] Target target) {
+BlockFunctions functions([[maybe_unused]] InstructionSet set) {
 #if KORVEX2_WITH_HIGHWAY
-  if (target != Target::kPlain) return weightedDirectionalSimd(target);
+  if (set != InstructionSet::Plain) return WeightedDirectionalSimd(set);
 #endif
   return Plain::weightedDirectionalFunctions();
 }
 
 }  // namespace
 
-const Method kWeightedDirectional = {.margin = kWeightedDirectionalReach,
+const Method kWeightedDirectional = {.margin = kMargin,
                                      .blockRows = 128,
                                      .blockCols = 992,
                                      .scratchBytes = scratchBytes,

@@ -5,15 +5,15 @@
 #include "hwy/foreach_target.h"
 // After foreach_target.h.
 #include "WeightedDirectional-inl.h"
-#include "simd/TargetTable.h"
+#include "simd/DispatchTable.h"
 
 #if HWY_ONCE
 namespace Korvex2::Bayer {
 
 HWY_EXPORT(weightedDirectionalFunctions);
 
-BlockFunctions weightedDirectionalSimd(Target target) {
-  return KORVEX2_FOR_TARGET(weightedDirectionalFunctions, target)();
+BlockFunctions WeightedDirectionalSimd(InstructionSet set) {
+  return KORVEX2_FOR_INSTRUCTION_SET(weightedDirectionalFunctions, set)();
 }
 
 }  // namespace Korvex2::Bayer

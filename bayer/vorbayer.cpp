@@ -8,7 +8,7 @@ namespace {
 
 // The number behind an enumerator, also where it is none of the enumeration's.
 template <typename Enum>
-int number(const Enum& value) {
+int Number(const Enum& value) {
   static_assert(sizeof(Enum) == sizeof(int));
   int result;
   std::memcpy(&result, &value, sizeof(result));
@@ -21,13 +21,13 @@ BayerError bayerToColor(BayerPixelFormat inputFormat, const unsigned char* pInpu
                         int cols, BayerPixelFormat outputFormat, unsigned char* pOutput,
                         BayerMethod method, BayerPattern pattern) {
   using namespace Korvex2::Bayer;
-  return demosaic({.inputFormat = number(inputFormat),
+  return Demosaic({.inputFormat = Number(inputFormat),
                    .input = pInput,
                    .rows = rows,
                    .cols = cols,
-                   .outputFormat = number(outputFormat),
+                   .outputFormat = Number(outputFormat),
                    .output = pOutput,
-                   .method = number(method),
-                   .pattern = number(pattern)},
+                   .method = Number(method),
+                   .pattern = Number(pattern)},
                   Settings{});
 }

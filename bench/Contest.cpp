@@ -37,8 +37,8 @@ constexpr std::size_t kMostRounds = 101;
 // for whoever comes next.
 constexpr int kWarmUps = 3;
 
-const ImageConverter& Converter() {
-  static const ImageConverter converter;
+ImageConverter& Converter() {
+  static ImageConverter converter;
   return converter;
 }
 
@@ -110,7 +110,8 @@ std::optional<Contestant> Make(const std::string& name, const Setting& setting) 
   if (name == "literal") return Literal();
   // Peers go by rows, we by one run: only rows of whole groups are the same to both.
   const std::optional<Peer> peer = FindPeer(name, setting.source, setting.target);
-  const Call call = peer && setting.size.cols % 4 == 0 ? peer->make(setting.size) : nullptr;
+  if (!peer || setting.size.cols % 4 != 0) return std::nullopt;
+  const Call call = peer->make(setting.size);
   if (!call) return std::nullopt;
   return Contestant{
       name, [call](Slice& slice) { call(slice.source.GetData(), slice.destination.GetData()); },
@@ -129,10 +130,7 @@ void Smear(Image& image) {
 
 // By 16-bit samples where the format has them, by bytes elsewhere.
 unsigned LargestDifference(const Image& a, const Image& b) {
-  const bool deep =
-      a.GetPixelFormat() == PIXEL_FORMAT_MONO16 || a.GetPixelFormat() == PIXEL_FORMAT_RAW16 ||
-      a.GetPixelFormat() == PIXEL_FORMAT_RGB16 || a.GetPixelFormat() == PIXEL_FORMAT_BGR16 ||
-      a.GetPixelFormat() == PIXEL_FORMAT_BGRU16;
+  const bool hasWords = FindPixelFormat(a.GetPixelFormat())->bitsPerSample == 16;
   int largest = 0;
   const auto compare = [&]<typename Sample>(Sample) {
     for (std::size_t i = 0; i + sizeof(Sample) <= FrameBytes(a); i += sizeof(Sample)) {
@@ -143,7 +141,7 @@ unsigned LargestDifference(const Image& a, const Image& b) {
       largest = std::max(largest, std::abs(x - y));
     }
   };
-  deep ? compare(std::uint16_t{}) : compare(std::uint8_t{});
+  hasWords ? compare(std::uint16_t{}) : compare(std::uint8_t{});
   return static_cast<unsigned>(largest);
 }
 
@@ -252,7 +250,7 @@ class Race {
 
 Measure MeasureOf(Contestant& contestant) {
   std::vector<double>& samples = contestant.samples;
-  std::sort(samples.begin(), samples.end());
+  std::ranges::sort(samples);
   Measure measure;
   measure.samples = samples.size();
   measure.least = samples.front();

@@ -41,9 +41,8 @@ struct Measure {
 /// "ours", "fresh", "memcpy", "literal" and the libraries that have a way for the pair.
 std::vector<std::string> Contestants(PixelFormat source, PixelFormat target);
 
-/// Checks the bytes, then times the contestants in turns, round after round, so that whatever else
-/// the machine does meets all of them alike. Named contestants must be among Contestants().
-std::map<std::string, Measure> Hold(const Setting& setting,
-                                    const std::vector<std::string>& contestants);
+/// Checks the bytes, then times the contestants of these names in turns, round after round, so that
+/// whatever else the machine does meets all of them alike. They must be among Contestants().
+std::map<std::string, Measure> Hold(const Setting& setting, const std::vector<std::string>& names);
 
 }  // namespace Korvex2::Bench

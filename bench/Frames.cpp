@@ -39,8 +39,7 @@ std::uint8_t* Arena(std::size_t bytes) {
 
 void Shape(Image& image, PixelFormat format, FrameSize size) {
   const unsigned stride = PackedStride(size.cols, Image::DetermineBitsPerPixel(format));
-  const bool raw =
-      format == PIXEL_FORMAT_RAW8 || format == PIXEL_FORMAT_RAW12 || format == PIXEL_FORMAT_RAW16;
+  const bool raw = FindPixelFormat(format)->IsRaw();
   Expect(image.SetDimensions(size.rows, size.cols, stride, format, raw ? RGGB : NONE));
 }
 
@@ -60,7 +59,7 @@ Image Scene(FrameSize size, Content content) {
   unsigned char* out = scene.GetData();
   for (unsigned y = 0; y < size.rows; ++y) {
     for (unsigned x = 0; x < size.cols; ++x) {
-      std::uint32_t noise = static_cast<std::uint32_t>(random());
+      auto noise = static_cast<std::uint32_t>(random());
       for (unsigned channel = 0; channel < 3; ++channel, out += 2) {
         if (channel > 0 && content != Content::Grey) noise = static_cast<std::uint32_t>(random());
         const std::uint16_t sample = Sample(content, x, y, channel, noise);
@@ -95,8 +94,7 @@ Image Patch(PixelFormat format, FrameSize size, Content content) {
     scene = Scene({size.cols, rows}, content);
     shown = content;
   }
-  const bool raw =
-      format == PIXEL_FORMAT_RAW8 || format == PIXEL_FORMAT_RAW12 || format == PIXEL_FORMAT_RAW16;
+  const bool raw = FindPixelFormat(format)->IsRaw();
   Image patch;
   const Image truth = raw ? Mosaic(scene) : scene;
   Expect(ImageConverter().Convert(&truth, format, &patch));

@@ -23,7 +23,7 @@ constexpr int kCols = 4000;
 constexpr std::size_t kPixels = std::size_t{kRows} * kCols;
 
 // Smooth areas, edges and noise, so that methods that decide have something to decide.
-std::vector<std::uint16_t> scene() {
+std::vector<std::uint16_t> Scene() {
   std::vector<std::uint16_t> samples(kPixels);
   std::mt19937 random(1);
   for (int y = 0; y < kRows; ++y) {
@@ -38,10 +38,10 @@ std::vector<std::uint16_t> scene() {
 }
 
 // The scene as bytes of RAW8 or RAW16.
-std::vector<unsigned char> mosaic(int bytesPerSample) {
+std::vector<unsigned char> MosaicBytes(int bytesPerSample) {
   std::vector<unsigned char> bytes;
   bytes.reserve(kPixels * static_cast<std::size_t>(bytesPerSample));
-  for (const std::uint16_t sample : scene()) {
+  for (const std::uint16_t sample : Scene()) {
     if (bytesPerSample == 2) bytes.push_back(static_cast<unsigned char>(sample & 0xFF));
     bytes.push_back(static_cast<unsigned char>(sample >> 8));
   }
@@ -76,12 +76,12 @@ constexpr MethodName kMethods[] = {
     {"rigorous", BAYER_METHOD_RIGOROUS},
 };
 
-void report(benchmark::State& state) {
+void Report(benchmark::State& state) {
   const double pixels = static_cast<double>(kPixels) * static_cast<double>(state.iterations());
   state.counters["Mpx/s"] = benchmark::Counter(pixels / 1e6, benchmark::Counter::kIsRate);
 }
 
-void copy(benchmark::State& state, const Job& job) {
+void Copy(benchmark::State& state, const Job& job) {
   const std::size_t bytes = kPixels * static_cast<std::size_t>(job.outputBytes);
   const std::vector<unsigned char> from(bytes, 1);
   std::vector<unsigned char> to(bytes);
@@ -89,11 +89,11 @@ void copy(benchmark::State& state, const Job& job) {
     std::memcpy(to.data(), from.data(), bytes);
     benchmark::ClobberMemory();
   }
-  report(state);
+  Report(state);
 }
 
-void demosaic(benchmark::State& state, const Job& job, BayerMethod method) {
-  const std::vector<unsigned char> in = mosaic(job.inputBytes);
+void Demosaic(benchmark::State& state, const Job& job, BayerMethod method) {
+  const std::vector<unsigned char> in = MosaicBytes(job.inputBytes);
   std::vector<unsigned char> out(kPixels * static_cast<std::size_t>(job.outputBytes));
   for (auto _ : state) {
     const BayerError error = bayerToColor(job.input, in.data(), kRows, kCols, job.output,
@@ -101,12 +101,12 @@ void demosaic(benchmark::State& state, const Job& job, BayerMethod method) {
     if (error != beOK) state.SkipWithError("bayerToColor failed");
     benchmark::ClobberMemory();
   }
-  report(state);
+  Report(state);
 }
 
 #if KORVEX2_BENCH_OPENCV
-void opencv(benchmark::State& state, const Job& job, int code) {
-  std::vector<unsigned char> in = mosaic(job.inputBytes);
+void OpenCv(benchmark::State& state, const Job& job, int code) {
+  std::vector<unsigned char> in = MosaicBytes(job.inputBytes);
   const int depth = job.inputBytes == 1 ? CV_8U : CV_16U;
   const cv::Mat from(kRows, kCols, CV_MAKETYPE(depth, 1), in.data());
   cv::Mat to(kRows, kCols, CV_MAKETYPE(depth, 3));
@@ -115,28 +115,28 @@ void opencv(benchmark::State& state, const Job& job, int code) {
     cv::cvtColor(from, to, code);
     benchmark::ClobberMemory();
   }
-  report(state);
+  Report(state);
 }
 #endif
 
 template <typename... Arguments>
-void add(const std::string& name, Arguments... arguments) {
+void Add(const std::string& name, Arguments... arguments) {
   benchmark::RegisterBenchmark(name.c_str(), arguments...)->Unit(benchmark::kMillisecond);
 }
 
-void addAll() {
+void AddAll() {
   for (const Job& job : kJobs) {
     const std::string suffix = std::string("/") + job.name;
-    add("memcpy" + suffix, copy, job);
+    Add("memcpy" + suffix, Copy, job);
 #if KORVEX2_BENCH_OPENCV
     // OpenCV names a pattern by the second row's second and third pixel. It cannot reduce depth.
     if (job.outputBytes == 3 * job.inputBytes) {
-      add("opencv_bilinear" + suffix, opencv, job, int{cv::COLOR_BayerBG2BGR});
-      add("opencv_edge_aware" + suffix, opencv, job, int{cv::COLOR_BayerBG2BGR_EA});
+      Add("opencv_bilinear" + suffix, OpenCv, job, int{cv::COLOR_BayerBG2BGR});
+      Add("opencv_edge_aware" + suffix, OpenCv, job, int{cv::COLOR_BayerBG2BGR_EA});
     }
 #endif
     for (const MethodName& method : kMethods) {
-      add(method.name + suffix, demosaic, job, method.method);
+      Add(method.name + suffix, Demosaic, job, method.method);
     }
   }
 }
@@ -144,7 +144,7 @@ void addAll() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  addAll();
+  AddAll();
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
   benchmark::RunSpecifiedBenchmarks();

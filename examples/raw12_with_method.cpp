@@ -31,7 +31,7 @@ int main() {
   std::cout << warning << '\n';
 
   // RAW16 holds the same samples and heeds the method that is set on it.
-  const ImageConverter converter;
+  ImageConverter converter;
   Image samples;
   Image picture;
   Error error = converter.Convert(&frame, PIXEL_FORMAT_RAW16, &samples);

@@ -122,7 +122,7 @@ class Workplace {
     std::setvbuf(stdin, nullptr, _IONBF, 0);  // so that nothing is left to the next case
   }
 
-  const std::string& path() const { return m_folder.path(); }
+  const std::string& Path() const { return m_folder.Path(); }
 
   bool IsUntouched() const {
     const std::vector<std::string> names = m_folder.Names();
@@ -202,7 +202,7 @@ void Run(std::span<const std::uint8_t> bytes) {
   const Captured err(STDERR_FILENO);
   int code = 0;
   {
-    const Inside inside(workplace.path());
+    const Inside inside(workplace.Path());
     const LimitedMemory limit(kLargestBlock);
     code = RunCommandLine(static_cast<int>(arguments.size()), argv.data());
   }

@@ -128,12 +128,13 @@ struct Plan {
   std::uint32_t TargetStride() const {
     return Reference::RowBytes(cols, Reference::BitsPerPixel(target));
   }
+  // What an image owes, and with it what a kernel may touch besides.
+  std::uint64_t TargetRows() const { return std::uint64_t{rows} * TargetStride(); }
   std::uint64_t TargetBytes() const {
-    return std::max<std::uint64_t>(1, Reference::BufferBytes(rows, cols, TargetStride(), target));
+    return Reference::BufferBytes(rows, cols, TargetStride(), target);
   }
-  std::uint64_t SourceBytes() const {
-    return std::max<std::uint64_t>(1, Reference::BufferBytes(rows, cols, stride, source));
-  }
+  std::uint64_t SourceRows() const { return std::uint64_t{rows} * stride; }
+  std::uint64_t SourceBytes() const { return Reference::BufferBytes(rows, cols, stride, source); }
   bool IsCopy() const { return source == target; }
 
   static inline const std::span<const std::string_view> kSets = InstructionSets();
@@ -191,12 +192,12 @@ void FillFrom(const Case<Header>& c, std::uint8_t* bytes, std::size_t size) {
   }
 }
 
-// --- The source: the library's image, or one of a class of its own, on memory of exactly its size.
+// --- The source: the library's image, or one of a class of its own, on memory of exactly its rows.
 
 class Source {
  public:
   Source(const Plan& plan, const Case<Header>& c)
-      : m_block(plan.huge ? 1 : plan.SourceBytes()),
+      : m_block(plan.huge ? 1 : plan.SourceRows()),
         m_lent(m_block.data(), m_block.size()),
         m_subclass(plan.rows, plan.cols, static_cast<PixelFormat>(plan.source), m_block.data(),
                    m_block.size()) {
@@ -208,30 +209,33 @@ class Source {
     m_subclass.tile = tile;
     m_subclass.method = method;
     if (plan.huge || plan.sourceKind == kSubclassSource) {
-      Fill(plan, c, m_block.data());
+      Fill(plan, c, m_block.data(), m_block.size());
       m_image = &m_subclass;
       return;
     }
-    Image& plain = plan.sourceKind == kLentSource ? m_lent : m_own;
+    const bool lent = plan.sourceKind == kLentSource;
+    Image& plain = lent ? m_lent : m_own;
     const Error shaped = plain.SetDimensions(plan.rows, plan.cols, plan.stride, format, tile);
     Require(shaped == VORERROR_OK, "the source does not take its shape", plan);
     plain.SetColorProcessing(method);
-    Fill(plan, c, plain.GetData());
+    m_held = lent ? m_block.size() : plan.SourceBytes();
+    Fill(plan, c, plain.GetData(), m_held);
     m_image = &plain;
   }
 
-  Image& image() { return *m_image; }
+  Image& AsImage() { return *m_image; }
   bool IsPlain() const { return m_image != &m_subclass; }
+  Reference::Frame Frame() const { return FrameOf(*m_image, m_held); }
 
  private:
   // Past its rows a copy may have the rest of a begun group or zeros; conversions may read that.
-  static void Fill(const Plan& plan, const Case<Header>& c, std::uint8_t* bytes) {
-    const std::size_t size = plan.huge ? 1 : plan.SourceBytes();
+  static void Fill(const Plan& plan, const Case<Header>& c, std::uint8_t* bytes, std::size_t size) {
     std::memset(bytes, 0, size);
-    FillFrom(c, bytes, plan.IsCopy() ? std::min<std::size_t>(size, plan.rows * plan.stride) : size);
+    FillFrom(c, bytes, plan.IsCopy() ? std::min<std::size_t>(size, plan.SourceRows()) : size);
   }
 
   Block m_block;
+  std::size_t m_held = m_block.size();
   Image m_own;
   Image m_lent;
   LentImage m_subclass;
@@ -241,9 +245,9 @@ class Source {
 // --- The destination of Convert.
 
 std::size_t LentSize(const Plan& plan) {
-  const std::size_t exact = plan.TargetBytes();
+  const std::size_t exact = plan.TargetRows();
   return plan.destinationKind == kLentLarger     ? exact + plan.word % 64
-         : plan.destinationKind == kLentTooSmall ? plan.word % exact
+         : plan.destinationKind == kLentTooSmall ? plan.word % std::max<std::size_t>(1, exact)
                                                  : exact;
 }
 
@@ -258,6 +262,11 @@ class Destination {
       Reuse(plan.cols, plan.rows, plan.oldFormat, garbage);
     }
     m_image = IsLent(plan) ? &m_lent : &m_own;
+    if (IsLent(plan)) {
+      m_frame.lentByte = garbage;
+    } else {
+      m_frame = FrameOf(m_own);
+    }
   }
 
   static bool IsLent(const Plan& plan) {
@@ -266,7 +275,9 @@ class Destination {
             plan.destinationKind == kLentTooSmall);
   }
 
-  Image& image() { return *m_image; }
+  Image& AsImage() { return *m_image; }
+  /// What the oracle is to write into.
+  Reference::Frame& AsFrame() { return m_frame; }
 
  private:
   void Reuse(std::uint32_t rows, std::uint32_t cols, Reference::Format format, int garbage) {
@@ -284,6 +295,7 @@ class Destination {
   Image m_own;
   Image m_lent;
   Image* m_image = nullptr;
+  Reference::Frame m_frame;
 };
 
 // --- What must come of it.
@@ -300,15 +312,15 @@ Reference::Outcome Refusal(ErrorType cause) {
   return {Reference::kFailed, Reference::kRefusedShape, true, cause};
 }
 
-// CheckConversion foretells what Convert answers.
-void RequireForetold(const Plan& plan, ErrorType foretold, const Error& error) {
-  switch (foretold) {
+// CheckConversion predicts what Convert answers.
+void RequirePredicted(const Plan& plan, ErrorType predicted, const Error& error) {
+  switch (predicted) {
     case VORERROR_OK:
     case VORERROR_INVALID_SETTINGS:
     case VORERROR_IMAGE_CONVERSION_FAILED:
-      return Require(error == VORERROR_OK, "CheckConversion foretold success", plan);
+      return Require(error == VORERROR_OK, "CheckConversion predicted success", plan);
     default:
-      return Require(error == foretold, "CheckConversion foretold another failure", plan);
+      return Require(error == predicted, "CheckConversion predicted another failure", plan);
   }
 }
 
@@ -321,13 +333,13 @@ void RunConvert(const Plan& plan, const Case<Header>& c) {
   Source source(plan, c);
   Destination given(plan, c.header.garbage);
   const bool itself = plan.destinationKind == kSourceItself && source.IsPlain();
-  Image& destination = itself ? source.image() : given.image();
+  Image& destination = itself ? source.AsImage() : given.AsImage();
   Reference::Frame frame;
   if (!plan.huge) {
-    frame = FrameOf(source.image());
+    frame = source.Frame();
   }
-  const Error foretold = CheckConversion(source.image(), target);
-  const Error error = Probe(plan.littleEndian).Convert(&source.image(), target, &destination);
+  const Error predicted = CheckConversion(source.AsImage(), target);
+  const Error error = Probe(plan.littleEndian).Convert(&source.AsImage(), target, &destination);
 
   if (tooLarge) {
     return Require(OutcomeOf(error) == Refusal(VORERROR_INVALID_PARAMETER), "too large", plan);
@@ -336,28 +348,23 @@ void RunConvert(const Plan& plan, const Case<Header>& c) {
     return Require(error == VORERROR_INVALID_PARAMETER, "no such target", plan);
   }
   const std::size_t capacity = Destination::IsLent(plan) ? LentSize(plan) : kLargestImage;
-  if (capacity < plan.TargetBytes()) {
+  if (capacity < plan.TargetRows()) {
     return Require(OutcomeOf(error) == Refusal(VORERROR_BUFFER_TOO_SMALL), "too small", plan);
   }
-  if (plan.IsCopy() && capacity < plan.SourceBytes()) {
+  if (plan.IsCopy() && capacity < plan.SourceRows()) {
     return Require(error == VORERROR_BUFFER_TOO_SMALL, "too small for the copy", plan);
   }
   if (source.IsPlain() && !itself) {
-    RequireForetold(plan, foretold.GetType(), error);
+    RequirePredicted(plan, predicted.GetType(), error);
   }
-  Reference::Frame expected;
-  Reference::Frame* const to = itself ? &frame : &expected;
+  Reference::Frame* const to = itself ? &frame : &given.AsFrame();
   const Reference::Outcome outcome = OracleOf(plan).Convert(&frame, plan.target, to);
-  if (outcome.message == Reference::kBadFormat && !itself) {
-    // A refused pair fails before anything is written; what a reused destination held may stand.
-    std::memcpy(to->data, destination.GetData(), plan.TargetBytes());
-  }
-  Require(SameResult(outcome, *to, error, destination), plan);
+  Require(SameResult(outcome, *to, error, destination, capacity), plan);
 }
 
 // --- The members of the targets, on destinations in shape.
 
-Probe::Member MemberOf(Reference::Format target) {
+Probe::Target MemberOf(Reference::Format target) {
   for (const Probe::TargetMember& row : Probe::Targets()) {
     if (row.target == target) {
       return row.member;
@@ -366,22 +373,23 @@ Probe::Member MemberOf(Reference::Format target) {
   return nullptr;
 }
 
-// A destination as the library sees it, on lent bytes: an Image, or one of another class.
+// A destination as the library sees it, on lent bytes: an Image, or one of another class, which
+// tells of its rows alone.
 class Shaped {
  public:
-  Shaped(const Plan& plan, std::uint8_t* bytes)
-      : m_plain(bytes, plan.TargetBytes()),
-        m_subclass(plan.rows, plan.cols, static_cast<PixelFormat>(plan.target), bytes, 0) {
+  Shaped(const Plan& plan, std::uint32_t stride, std::uint8_t* bytes, std::size_t size)
+      : m_plain(bytes, size),
+        m_subclass(plan.rows, plan.cols, static_cast<PixelFormat>(plan.target), bytes,
+                   std::size_t{plan.rows} * stride) {
     const auto tile = static_cast<BayerTileFormat>(plan.tile);
-    m_subclass.stride = plan.TargetStride();
-    m_subclass.dataSize = plan.rows * plan.TargetStride();
+    m_subclass.stride = stride;
     m_subclass.tile = tile;
-    (void)m_plain.SetDimensions(plan.rows, plan.cols, plan.TargetStride(),
-                                static_cast<PixelFormat>(plan.target), tile);
+    (void)m_plain.SetDimensions(plan.rows, plan.cols, stride, static_cast<PixelFormat>(plan.target),
+                                tile);
     m_image = plan.destinationKind == kSubclass ? &m_subclass : &m_plain;
   }
 
-  Image& image() { return *m_image; }
+  Image& AsImage() { return *m_image; }
 
  private:
   Image m_plain;
@@ -389,16 +397,17 @@ class Shaped {
   Image* m_image = nullptr;
 };
 
-Reference::Frame FrameOn(std::uint8_t* bytes, const Plan& plan, bool isSource) {
+Reference::Frame FrameOn(std::uint8_t* bytes, const Plan& plan, Reference::Format format,
+                         std::uint32_t stride) {
   Reference::Frame frame;
   frame.rows = plan.rows;
   frame.cols = plan.cols;
-  frame.stride = isSource ? plan.stride : plan.TargetStride();
-  frame.format = isSource ? plan.source : plan.target;
+  frame.stride = stride;
+  frame.format = format;
   frame.tile = plan.tile;
   frame.method = plan.method;
   frame.data = bytes;
-  frame.dataSize = plan.rows * frame.stride;
+  frame.dataSize = plan.rows * stride;
   return frame;
 }
 
@@ -413,28 +422,35 @@ void RequireSame(const Plan& plan, const Reference::Outcome& outcome, const Erro
 }
 
 void RunConvertTo(const Plan& plan, const Case<Header>& c) {
-  const Probe::Member member = MemberOf(plan.target);
+  const Probe::Target member = MemberOf(plan.target);
   if (member == nullptr || plan.huge) {
     return;
   }
   Source source(plan, c);
-  const Reference::Frame frame = FrameOf(source.image());
-  Block actual(plan.TargetBytes());
+  const Reference::Frame frame = source.Frame();
+  const bool exact = plan.destinationKind == kSubclass || plan.word % 2 == 0;
+  Block actual(exact ? plan.TargetRows() : plan.TargetBytes());
   Block expected(plan.TargetBytes());
-  Shaped destination(plan, actual.data());
-  // Where no colour can be made, the destination is cleared: of a raw source nothing old is left.
-  const int old = Reference::IsRaw(plan.source) ? 0 : c.header.garbage;
-  std::memset(actual.data(), old, actual.size());
-  std::memset(expected.data(), old, expected.size());
-  Reference::Frame to = FrameOn(expected.data(), plan, false);
+  Shaped destination(plan, plan.TargetStride(), actual.data(), actual.size());
+  std::memset(actual.data(), c.header.garbage, actual.size());
+  std::memset(expected.data(), c.header.garbage, expected.size());
+  Reference::Frame to = FrameOn(expected.data(), plan, plan.target, plan.TargetStride());
 
-  const Error error = Probe(plan.littleEndian).Call(member, &source.image(), &destination.image());
+  const Error error =
+      Probe(plan.littleEndian).Call(member, &source.AsImage(), &destination.AsImage());
   const Reference::Outcome outcome = OracleOf(plan).ConvertTo(plan.target, &frame, &to);
   RequireSame(plan, outcome, error, expected, actual);
 }
 
+// A stride with which the rows hold all bytes that a kernel may touch: what one of two images that
+// overlap lacks, the other might have.
+std::uint32_t WholeStride(const Plan& plan, std::uint32_t stride, std::uint64_t bytes) {
+  const std::uint64_t rows = std::max(1U, plan.rows);
+  return std::max(stride, static_cast<std::uint32_t>((bytes + rows - 1) / rows));
+}
+
 void RunOverlap(const Plan& plan, const Case<Header>& c) {
-  const Probe::Member member = MemberOf(plan.target);
+  const Probe::Target member = MemberOf(plan.target);
   const bool demosaics = Reference::IsRaw(plan.source) && !Reference::IsRaw(plan.target);
   if (member == nullptr || plan.huge || demosaics) {
     return;  // the engine takes no overlapping buffers
@@ -442,22 +458,28 @@ void RunOverlap(const Plan& plan, const Case<Header>& c) {
   const std::ptrdiff_t distance = c.header.distance;
   const auto from = static_cast<std::size_t>(std::max<std::ptrdiff_t>(0, -distance));
   const auto to = static_cast<std::size_t>(std::max<std::ptrdiff_t>(0, distance));
-  Block actual(std::max(from + plan.SourceBytes(), to + plan.TargetBytes()));
+  const std::uint32_t sourceStride = WholeStride(plan, plan.stride, plan.SourceBytes());
+  const std::uint32_t targetStride = WholeStride(plan, plan.TargetStride(), plan.TargetBytes());
+  const std::size_t sourceSize = std::size_t{plan.rows} * sourceStride;
+  const std::size_t targetSize = std::size_t{plan.rows} * targetStride;
+  Block actual(std::max(from + sourceSize, to + targetSize));
   Block expected(actual.size());
 
   LentImage subclass(plan.rows, plan.cols, static_cast<PixelFormat>(plan.source),
-                     actual.data() + from, plan.rows * plan.stride);
-  Image plain(actual.data() + from, plan.SourceBytes());
-  (void)plain.SetDimensions(plan.rows, plan.cols, plan.stride,
+                     actual.data() + from, sourceSize);
+  Image plain(actual.data() + from, sourceSize);
+  (void)plain.SetDimensions(plan.rows, plan.cols, sourceStride,
                             static_cast<PixelFormat>(plan.source), NONE);
   Image* const source = plan.sourceKind == kSubclassSource ? &subclass : &plain;
-  Shaped destination(plan, actual.data() + to);
+  Shaped destination(plan, targetStride, actual.data() + to, targetSize);
   FillFrom(c, actual.data(), actual.size());
   std::memcpy(expected.data(), actual.data(), actual.size());
-  const Reference::Frame sourceFrame = FrameOn(expected.data() + from, plan, true);
-  Reference::Frame destinationFrame = FrameOn(expected.data() + to, plan, false);
+  const Reference::Frame sourceFrame =
+      FrameOn(expected.data() + from, plan, plan.source, sourceStride);
+  Reference::Frame destinationFrame =
+      FrameOn(expected.data() + to, plan, plan.target, targetStride);
 
-  const Error error = Probe(plan.littleEndian).Call(member, source, &destination.image());
+  const Error error = Probe(plan.littleEndian).Call(member, source, &destination.AsImage());
   const Reference::Outcome outcome =
       OracleOf(plan).ConvertTo(plan.target, &sourceFrame, &destinationFrame);
   RequireSame(plan, outcome, error, expected, actual);
@@ -469,7 +491,7 @@ void RunNull(const Plan& plan, const Case<Header>& c) {
   Source source(plan, c);
   const Image* const from = plan.entry == kNullSource         ? nullptr
                             : plan.entry == kNullSourceBuffer ? &empty
-                                                              : &source.image();
+                                                              : &source.AsImage();
   // A missing destination comes with every kind of source, and a missing source is found first.
   Image* const to = plan.entry == kNullDestination || plan.word % 2 == 0 ? nullptr : &destination;
   const Error error = Probe().Convert(from, static_cast<PixelFormat>(plan.target), to);
@@ -535,9 +557,9 @@ std::vector<Seed> Seeds() {
         h.target = target;
         h.cols = static_cast<std::uint16_t>(40 + 2 * target);
         h.tile = static_cast<std::uint8_t>(source + target);
-        h.method = static_cast<std::uint8_t>(target);
+        h.method = target;
         h.entry = static_cast<std::uint8_t>((source + target) % 3);
-        h.sourceKind = static_cast<std::uint8_t>(target);
+        h.sourceKind = target;
         h.destinationKind = static_cast<std::uint8_t>(source + 3 * target);
         h.content = target;
         h.oldFormat = static_cast<std::uint8_t>(source + 1);

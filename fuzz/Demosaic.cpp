@@ -43,7 +43,7 @@ struct Header {
   std::uint8_t blockCols;
   std::uint8_t content;
   std::uint8_t garbage;
-  std::uint8_t target;  // of the run with blocks of another size
+  std::uint8_t instructionSet;  // of the run with blocks of another size
 };
 
 // By method: under sanitizers the last one takes up to 0.1 ms for a pixel.
@@ -178,14 +178,14 @@ void Run(const Case<Header>& c) {
     const Request request = {plan.input,  input,       plan.rows,
                              plan.cols,   plan.output, plan.nullOutput ? nullptr : again.data(),
                              plan.method, plan.pattern};
-    const std::string how = std::string(targetName(settings.target)) + ", blocks of " +
-                            std::to_string(settings.blockRows) + " x " +
+    const std::string how = std::string(InstructionSetName(settings.instructionSet)) +
+                            ", blocks of " + std::to_string(settings.blockRows) + " x " +
                             std::to_string(settings.blockCols);
-    require(demosaic(request, settings) == beOK, how + " fails");
+    require(Demosaic(request, settings) == beOK, how + " fails");
     require(again == picture, how + " makes another picture");
   };
-  requireSame({.target = Target::kPlain}, 0);
-  requireSame({.target = Pick(availableTargets(), h.target),
+  requireSame({.instructionSet = InstructionSet::Plain}, 0);
+  requireSame({.instructionSet = Pick(AvailableInstructionSets(), h.instructionSet),
                .blockRows = kSmallestBlock + h.blockRows % 64 / 2 * 2,
                .blockCols = kSmallestBlock + h.blockCols / 2 * 2},
               h.outputOffset % 64);
@@ -205,7 +205,7 @@ constexpr Header kPlainCase = {.word = 0x12345,
                                .blockCols = 16,
                                .content = 1,
                                .garbage = 0xA5,
-                               .target = 1};
+                               .instructionSet = 1};
 
 template <typename Change>
 void Add(std::vector<Seed>& seeds, const std::string& name, Change change) {
@@ -228,7 +228,7 @@ std::vector<Seed> Seeds() {
             h.pattern = static_cast<std::uint8_t>(kind + method);
             h.cols = static_cast<std::uint16_t>(2 + kind * kind / 2 * 2);
             h.rows = static_cast<std::uint16_t>(32 - 2 * kind);
-            h.target = kind;
+            h.instructionSet = kind;
             h.content = kind;
             h.inputOffset = static_cast<std::uint8_t>(kind % 3);
             h.outputOffset = static_cast<std::uint8_t>(kind % 5);

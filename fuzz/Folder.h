@@ -17,7 +17,7 @@ class Folder {
   Folder& operator=(const Folder&) = delete;
   ~Folder();
 
-  const std::string& path() const { return m_path; }
+  const std::string& Path() const { return m_path; }
   std::string Path(std::string_view name) const { return m_path + '/' + std::string(name); }
 
   void Write(std::string_view name, std::span<const std::uint8_t> bytes) const;

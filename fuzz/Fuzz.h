@@ -48,7 +48,7 @@ template <typename Header>
 Bytes Encode(const Header& header, std::span<const std::uint8_t> rest = {}) {
   Bytes bytes(sizeof header + rest.size());
   std::memcpy(bytes.data(), &header, sizeof header);
-  std::copy(rest.begin(), rest.end(), bytes.begin() + sizeof header);
+  std::ranges::copy(rest, bytes.begin() + sizeof header);
   return bytes;
 }
 

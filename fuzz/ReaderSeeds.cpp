@@ -41,7 +41,7 @@ Bytes Samples(std::size_t count) {
 }
 
 std::uint8_t NumberOf(std::string_view extension) {
-  const auto* found = std::find(std::begin(kExtensions), std::end(kExtensions), extension);
+  const auto* found = std::ranges::find(kExtensions, extension);
   return static_cast<std::uint8_t>(found - std::begin(kExtensions));
 }
 
@@ -306,9 +306,9 @@ Bytes TiffOf(const TiffVariant& variant, Size size, const Folder& folder, Descri
 void SetWord(Bytes& tiff, std::uint16_t tag, const std::uint8_t (&value)[2]) {
   const std::uint8_t field[] = {
       static_cast<std::uint8_t>(tag), static_cast<std::uint8_t>(tag >> 8), 3, 0, 1, 0, 0, 0};
-  const auto found = std::search(tiff.begin(), tiff.end(), std::begin(field), std::end(field));
+  const auto found = std::ranges::search(tiff, field).begin();
   if (found == tiff.end()) Fail("a TIFF without a field");
-  std::copy(std::begin(value), std::end(value), found + std::size(field));
+  std::ranges::copy(value, found + std::size(field));
 }
 
 void AddTiff(std::vector<Seed>& seeds, const Folder& folder) {

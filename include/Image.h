@@ -14,10 +14,13 @@ namespace Korvex2 {
 /// A buffer of pixels with rows, columns, stride, pixel format, Bayer tile and colour-processing
 /// choice. It either owns its buffer or works on one that the caller lends and keeps alive.
 ///
-/// Memory. The buffer of a shaped image is never null, even with 0 rows or columns, and holds every
-/// byte that a conversion may touch: at least rows x stride, and at least the tightly packed pixels
-/// with a begun group completed (PixelFormatInfo::pixelsPerReach: up to 3 pixels past the last).
-/// Bytes of that memory that no one has written since it was shaped read as zero.
+/// Memory. The buffer of a shaped image is never null, even with 0 rows or columns, and holds
+/// rows x stride bytes at least. One of its own holds also the tightly packed pixels with a begun
+/// group completed (PixelFormatInfo::pixelsPerReach: up to 3 pixels past the last), and what no one
+/// has written of it since it was shaped reads as zero. A buffer that is lent, or a subclass's,
+/// need not: bytes that a conversion would read past it count as zero, bytes that it would write
+/// past it are dropped. Of a lent source only the frame is read: rows x stride, or the last group
+/// of packed pixels whole.
 ///
 /// Pixels. Conversions take the buffer as one run of rows x columns packed pixels from GetData();
 /// the stride is recorded for other readers and never consulted.
@@ -28,17 +31,19 @@ namespace Korvex2 {
 /// Nothing here throws. A copy that finds no memory, or a source that throws, is an image without
 /// a buffer (GetData() is null); use DeepCopy where the reason is wanted.
 ///
-/// Subclasses may keep their bytes elsewhere. They owe the converter the memory rule above, and
-/// GetData() must answer the same pointer until the image is reshaped. What an operation of theirs
-/// throws comes out of Convert and DeepCopy, which keep nothing; the destination of Convert is then
-/// partly written, that of DeepCopy as it was.
+/// Subclasses may keep their bytes elsewhere. They owe the converter rows x stride of them, or as
+/// many as GetDataSize() tells if these are more, and GetData() must answer the same pointer until
+/// the image is reshaped. What an operation of theirs throws comes out of Convert and DeepCopy,
+/// which keep nothing; the destination of Convert is then partly written, that of DeepCopy as it
+/// was.
 class KORVEX2_API Image {
  public:
   /// No buffer, 0 x 0, UNSPECIFIED_PIXEL_FORMAT, tile NONE, colour processing DEFAULT.
   Image() noexcept;
 
   /// An unshaped image on the caller's buffer: SetDimensions shapes it within dataSize bytes and
-  /// refuses what does not fit. Not owned, never freed; a null buffer makes an image that owns.
+  /// refuses what rows x stride does not fit into. Not owned, never freed; a null buffer makes an
+  /// image that owns.
   Image(unsigned char* pData, std::size_t dataSize) noexcept;
 
   /// Deep copies own their buffer, whoever owned the source's. Colour processing comes along.
@@ -62,10 +67,10 @@ class KORVEX2_API Image {
   /// Shapes the image. stride is in bytes and is recorded as given.
   ///
   /// A buffer that is large enough is kept. All of a new buffer reads as zero, and all of a kept
-  /// one of our own whose rows, columns, stride or format change. Where none of them changes, and
-  /// on a caller's buffer, whose bytes are the caller's frame, the pixels survive and only what
-  /// lies past them is zeroed: past the last group of packed pixels, or past rows x stride where
-  /// the stride pads the rows.
+  /// one of our own whose rows, columns, stride or format change. Where none of them changes, the
+  /// pixels survive and only what lies past them is zeroed: past the last group of packed pixels,
+  /// or past rows x stride where the stride pads the rows. A caller's buffer, whose bytes are the
+  /// caller's frame, is not written.
   ///
   /// The image is unchanged by a failure: VORERROR_INVALID_PARAMETER for a shape that, its
   /// last group completed, exceeds 4 GiB - 1,
@@ -126,6 +131,13 @@ class KORVEX2_API Image {
 
   Error Reserve(const Shape& shape, const Layout& layout, unsigned char** ppOld) noexcept;
   void Swap(Image& other) noexcept;
+
+  // How many of the `wanted` bytes at `data`, which GetData() answered, a conversion of `pixels`
+  // pixels may read or write; the rest it must do without.
+  friend class ImageConverter;
+  std::size_t Readable(const unsigned char* data, std::size_t wanted) const;
+  std::size_t Writable(const unsigned char* data, std::size_t wanted, std::size_t pixels) const;
+  std::size_t Told(std::size_t wanted) const;
 
   Shape m_shape;
   ColorProcessingAlgorithm m_colorProcessing = DEFAULT;

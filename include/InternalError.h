@@ -16,7 +16,7 @@ namespace Korvex2 {
 class KORVEX2_API InternalError {
  public:
   /// A bare code, in practice VORERROR_OK.
-  explicit InternalError(ErrorType type) noexcept;
+  InternalError(ErrorType type) noexcept;
 
   /// A located failure with a printf-style message.
   InternalError(int line, const char* file, const char* date, const char* time, ErrorType type,

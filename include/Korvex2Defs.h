@@ -11,29 +11,19 @@ namespace Korvex2 {
 ///
 /// Grey and raw samples of 16 bits are stored low byte first; those of colour formats are words of
 /// the host, which is the same thing on every target but big-endian ones.
+/// Formats.def says which there are: PIXEL_FORMAT_MONO8, PIXEL_FORMAT_MONO12 and so on, a row each.
 enum PixelFormat : std::uint32_t {
-  PIXEL_FORMAT_MONO8 = 0x80000000,         ///< 8 bits of grey
-  PIXEL_FORMAT_411YUV8 = 0x40000000,       ///< U Y0 Y1 V Y2 Y3: 4 pixels in 6 bytes
-  PIXEL_FORMAT_422YUV8 = 0x20000000,       ///< U Y0 V Y1: 2 pixels in 4 bytes
-  PIXEL_FORMAT_444YUV8 = 0x10000000,       ///< U Y V: 1 pixel in 3 bytes
-  PIXEL_FORMAT_RGB8 = 0x8000000,           ///< R G B, 8 bits each
-  PIXEL_FORMAT_MONO16 = 0x4000000,         ///< 16 bits of grey
-  PIXEL_FORMAT_RGB16 = 0x2000000,          ///< R G B, 16 bits each
-  PIXEL_FORMAT_S_MONO16 = 0x1000000,       ///< 16 bits of grey, signed; copied, never converted
-  PIXEL_FORMAT_S_RGB16 = 0x800000,         ///< R G B, 16 bits each, signed; copied, never converted
-  PIXEL_FORMAT_RAW8 = 0x400000,            ///< Bayer mosaic, 8 bits
-  PIXEL_FORMAT_RAW16 = 0x200000,           ///< Bayer mosaic, 16 bits
-  PIXEL_FORMAT_MONO12 = 0x100000,          ///< grey, 2 pixels packed in 3 bytes
-  PIXEL_FORMAT_RAW12 = 0x80000,            ///< Bayer mosaic, 2 pixels packed in 3 bytes
-  PIXEL_FORMAT_BGR = 0x80000008,           ///< B G R, 8 bits each
-  PIXEL_FORMAT_BGRU = 0x40000008,          ///< B G R alpha, 8 bits each
-  PIXEL_FORMAT_RGB = PIXEL_FORMAT_RGB8,    ///< another name of PIXEL_FORMAT_RGB8
-  PIXEL_FORMAT_RGBU = 0x40000002,          ///< R G B alpha, 8 bits each
-  PIXEL_FORMAT_BGR16 = 0x2000001,          ///< B G R, 16 bits each
-  PIXEL_FORMAT_BGRU16 = 0x2000002,         ///< B G R alpha, 16 bits each
-  PIXEL_FORMAT_422YUV8_JPEG = 0x40000001,  ///< compressed stream; copied, never converted
-  NUM_PIXEL_FORMATS = 20,                  ///< how many names the enumeration gives to formats
-  UNSPECIFIED_PIXEL_FORMAT = 0             ///< no format
+#define KORVEX2_FORMAT(enumerator, value, ...) PIXEL_FORMAT_##enumerator = value,
+#define KORVEX2_COPIED_FORMAT(enumerator, value, ...) PIXEL_FORMAT_##enumerator = value,
+#include "Formats.def"
+  PIXEL_FORMAT_RGB = PIXEL_FORMAT_RGB8,  ///< another name of PIXEL_FORMAT_RGB8
+  /// how many names the enumeration gives to formats
+  NUM_PIXEL_FORMATS = 1
+#define KORVEX2_FORMAT(...) +1
+#define KORVEX2_COPIED_FORMAT(...) +1
+#include "Formats.def"
+  ,
+  UNSPECIFIED_PIXEL_FORMAT = 0  ///< no format
 };
 
 /// The colours of the top-left 2x2 tile of a Bayer mosaic, in reading order.

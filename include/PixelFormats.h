@@ -12,18 +12,51 @@
 
 namespace Korvex2 {
 
-/// One row of the table. All strings are static.
+/// What the samples of a format are.
+enum class PixelFamily : std::uint8_t {
+  Grey,   ///< luma alone
+  Rgb,    ///< red, green, blue, perhaps alpha, in whatever order
+  Yuv,    ///< luma and two chroma channels, which pixels may share
+  Raw,    ///< a Bayer mosaic: one colour a pixel, which the tile tells
+  Stream  ///< compressed
+};
+
+/// How the bits of samples lie in bytes.
+enum class SampleOrder : std::uint8_t {
+  Bytes,     ///< a byte each
+  Packed,    ///< two samples of 12 bits in three bytes
+  LowFirst,  ///< words of 16 bits, the low byte first on every host
+  Host       ///< words of 16 bits in the byte order of the host
+};
+
+/// One row of the table, Formats.def. All strings are static.
 struct PixelFormatInfo {
   PixelFormat format;           ///< its value
   std::string_view name;        ///< short name: "mono12", "bgru16", "yuv422", "raw8"
   std::string_view enumerator;  ///< "PIXEL_FORMAT_MONO12"
-  std::string_view aliases;    ///< other names, separated by spaces: GenICam PFNC, FourCC, V4L2 ...
-  std::uint32_t bitsPerPixel;  ///< chroma that pixels share counted in: 16 for yuv422
+  std::string_view aliases;  ///< other names, separated by spaces: GenICam PFNC, FourCC, V4L2 ...
+  PixelFamily family;        ///< what the samples are
+  std::uint32_t bitsPerSample;  ///< 8, 12 or 16
+  bool isSigned;                ///< whether samples are below zero too
+  SampleOrder order;            ///< how the bits of samples lie in bytes
+  std::string_view samples;     ///< a letter for each sample of a group: "BGRA", "UYVY", "M" mosaic
+  std::uint32_t bitsPerPixel;   ///< chroma that pixels share counted in: 16 for yuv422
   std::uint32_t pixelsPerGroup;  ///< pixels that share whole bytes: 1, 2 or 4
   std::uint32_t bytesPerGroup;   ///< the whole bytes that they share
   std::uint32_t pixelsPerReach;  ///< kernels may touch the run rounded up to this many pixels
   bool convertible;              ///< whether the converter reads and writes it
   std::string_view layout;       ///< the bytes of one group in order
+
+  /// Whether it is a Bayer mosaic.
+  constexpr bool IsRaw() const noexcept { return family == PixelFamily::Raw; }
+  /// Whether a sample has more than 8 bits.
+  constexpr bool IsDeep() const noexcept { return bitsPerSample > 8; }
+  /// Whether blue comes before red.
+  constexpr bool IsBlueFirst() const noexcept { return samples.substr(0, 1) == "B"; }
+  /// Samples of a pixel, alpha included; 0 where pixels share bytes, and of a stream.
+  constexpr std::uint32_t Channels() const noexcept {
+    return pixelsPerGroup == 1 ? static_cast<std::uint32_t>(samples.size()) : 0;
+  }
 };
 
 /// Every format that the library knows by name, convertible ones first.
@@ -34,6 +67,9 @@ KORVEX2_API const PixelFormatInfo* FindPixelFormat(PixelFormat format) noexcept;
 
 /// The row with this name, enumerator or alias; case is ignored. Null when there is none.
 KORVEX2_API const PixelFormatInfo* FindPixelFormat(std::string_view name) noexcept;
+
+/// Whether the low byte of a word comes first on this host, in a format of 16 bits a sample.
+KORVEX2_API bool IsLowByteFirst(const PixelFormatInfo& format) noexcept;
 
 /// Bytes of `pixels` tightly packed pixels, a begun one counted whole; at most 2^64 - 1.
 KORVEX2_API std::uint64_t PackedSize(const PixelFormatInfo& format, std::uint64_t pixels) noexcept;

@@ -18,8 +18,13 @@ std::string_view NameOf(BayerTileFormat tile) {
 }
 
 bool IsRaw(PixelFormat format) {
-  return format == PIXEL_FORMAT_RAW8 || format == PIXEL_FORMAT_RAW12 ||
-         format == PIXEL_FORMAT_RAW16;
+  const PixelFormatInfo* info = FindPixelFormat(format);
+  return info != nullptr && info->IsRaw();
+}
+
+bool IsDeep(PixelFormat format) {
+  const PixelFormatInfo* info = FindPixelFormat(format);
+  return info != nullptr && info->IsDeep();
 }
 
 }  // namespace Korvex2::Io

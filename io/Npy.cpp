@@ -15,48 +15,23 @@
 namespace Korvex2::Io {
 namespace {
 
-// How the elements of an array are the samples of a format. The first row of a shape is the format
-// in which it is read.
-struct Elements {
-  PixelFormat format;
-  unsigned channels;  // 0: bytes of groups
-  unsigned size;
-  bool suggested;
-};
-
-constexpr Elements kElements[] = {
-    // clang-format off
-    {PIXEL_FORMAT_MONO8,   1, 1, true},
-    {PIXEL_FORMAT_RAW8,    1, 1, false},
-    {PIXEL_FORMAT_MONO16,  1, 2, true},
-    {PIXEL_FORMAT_RAW16,   1, 2, false},
-    {PIXEL_FORMAT_RGB8,    3, 1, true},
-    {PIXEL_FORMAT_BGR,     3, 1, false},
-    {PIXEL_FORMAT_444YUV8, 3, 1, false},
-    {PIXEL_FORMAT_RGB16,   3, 2, true},
-    {PIXEL_FORMAT_BGR16,   3, 2, false},
-    {PIXEL_FORMAT_RGBU,    4, 1, true},
-    {PIXEL_FORMAT_BGRU,    4, 1, false},
-    {PIXEL_FORMAT_BGRU16,  4, 2, false},
-    {PIXEL_FORMAT_MONO12,  0, 1, false},
-    {PIXEL_FORMAT_RAW12,   0, 1, false},
-    {PIXEL_FORMAT_411YUV8, 0, 1, false},
-    {PIXEL_FORMAT_422YUV8, 0, 1, false},
-    // clang-format on
-};
-
-const Elements& ElementsOf(PixelFormat format) {
-  const auto* found = std::ranges::find(kElements, format, &Elements::format);
-  if (found == std::end(kElements)) {
-    throw Failure("{} is no format of arrays", NameOf(format));
-  }
-  return *found;
+// Bytes of an element of an array: a sample, or a byte where pixels share bytes.
+std::uint32_t ElementSize(const PixelFormatInfo& format) {
+  return format.Channels() == 0 ? 1 : format.bitsPerSample / 8;
 }
 
-// Words of grey and mosaics are stored low byte first on every host, those of colours as the host
-// has them.
-bool IsLowByteFirst(const Elements& elements) {
-  return elements.channels == 1 || std::endian::native == std::endian::little;
+// Whether an array that says no more than its shape is read so.
+bool SuggestsItself(const PixelFormatInfo& format) {
+  const bool isPicture = format.family == PixelFamily::Grey || format.family == PixelFamily::Rgb;
+  return format.convertible && isPicture && format.Channels() != 0 && !format.IsBlueFirst();
+}
+
+const PixelFormatInfo& Require(PixelFormat format) {
+  const PixelFormatInfo* info = FindPixelFormat(format);
+  if (info == nullptr || !info->convertible) {
+    throw Failure("{} is no format of arrays", NameOf(format));
+  }
+  return *info;
 }
 
 // --- Reading -------------------------------------------------------------------------------------
@@ -127,24 +102,25 @@ std::string ShapeText(const Header& header) {
   return fmt::format("{} of uint{}", fmt::join(header.shape, " x "), 8 * header.size);
 }
 
-bool Fits(const Elements& elements, const Header& header) {
-  const std::size_t dimensions = elements.channels > 1 ? 3 : 2;
-  return elements.size == header.size && header.shape.size() == dimensions &&
-         (dimensions == 2 || header.shape[2] == elements.channels);
+bool Fits(const PixelFormatInfo& format, const Header& header) {
+  const std::size_t dimensions = format.Channels() > 1 ? 3 : 2;
+  return ElementSize(format) == header.size && header.shape.size() == dimensions &&
+         (dimensions == 2 || header.shape[2] == format.Channels());
 }
 
-const Elements& Choose(const InputFile& file, const Header& header, const PixelFormatInfo* wanted) {
+const PixelFormatInfo& Choose(const InputFile& file, const Header& header,
+                              const PixelFormatInfo* wanted) {
   if (wanted != nullptr) {
-    const Elements& elements = ElementsOf(wanted->format);
-    if (!Fits(elements, header)) {
-      throw Failure("{} does not hold {}: its shape is {}", file.path(), wanted->name,
+    const PixelFormatInfo& format = Require(wanted->format);
+    if (!Fits(format, header)) {
+      throw Failure("{} does not hold {}: its shape is {}", file.path(), format.name,
                     ShapeText(header));
     }
-    return elements;
+    return format;
   }
-  for (const Elements& elements : kElements) {
-    if (elements.suggested && Fits(elements, header)) {
-      return elements;
+  for (const PixelFormatInfo& format : PixelFormats()) {
+    if (SuggestsItself(format) && Fits(format, header)) {
+      return format;
     }
   }
   throw Failure("{} is an array of {}, and no format suggests itself; say which with --from",
@@ -180,11 +156,10 @@ void SwapWords(unsigned char* words, std::size_t bytes) {
 
 Image ReadNpy(const InputFile& file, const PixelFormatInfo* wanted, BayerTileFormat tile) {
   const Header header = ReadHeader(file);
-  const Elements& elements = Choose(file, header, wanted);
-  const PixelFormatInfo& format = *FindPixelFormat(elements.format);
+  const PixelFormatInfo& format = Choose(file, header, wanted);
   const std::uint32_t height = Side(file, header.shape[0]);
   const std::uint32_t width = Side(
-      file, elements.channels == 0 ? GroupedWidth(file, format, header.shape[1]) : header.shape[1]);
+      file, format.Channels() == 0 ? GroupedWidth(file, format, header.shape[1]) : header.shape[1]);
   const Bytes& bytes = file.Read();
   const std::uint64_t size = PackedSize(format, std::uint64_t{width} * height);
   if (bytes.size - header.dataBegin != size) {
@@ -193,28 +168,27 @@ Image ReadNpy(const InputFile& file, const PixelFormatInfo* wanted, BayerTileFor
   }
   Image image = NewImage(width, height, format, tile);
   std::memcpy(image.GetData(), bytes.data.get() + header.dataBegin, size);
-  if (header.size == 2 && header.lowByteFirst != IsLowByteFirst(elements)) {
+  if (header.size == 2 && header.lowByteFirst != IsLowByteFirst(format)) {
     SwapWords(image.GetData(), size);
   }
   return image;
 }
 
 void WriteNpy(const Image& image, OutputFile& file, const WriteOptions& /*options*/) {
-  const PixelFormatInfo& format = *FindPixelFormat(image.GetPixelFormat());
-  const Elements& elements = ElementsOf(format.format);
-  if (elements.channels == 0 && image.GetCols() % format.pixelsPerGroup != 0) {
+  const PixelFormatInfo& format = Require(image.GetPixelFormat());
+  if (format.Channels() == 0 && image.GetCols() % format.pixelsPerGroup != 0) {
     throw Failure("rows of {} pixels of {} share bytes; such an array needs a multiple of {}",
                   image.GetCols(), format.name, format.pixelsPerGroup);
   }
   const std::uint64_t size = PackedSize(format, std::uint64_t{image.GetCols()} * image.GetRows());
-  const std::uint64_t columns = elements.channels == 0 ? size / image.GetRows() : image.GetCols();
+  const std::uint64_t columns = format.Channels() == 0 ? size / image.GetRows() : image.GetCols();
   std::string header =
       fmt::format("{{'descr': '{}u{}', 'fortran_order': False, 'shape': ({}, {}{}), }}",
-                  elements.size == 1         ? "|"
-                  : IsLowByteFirst(elements) ? "<"
-                                             : ">",
-                  elements.size, image.GetRows(), columns,
-                  elements.channels > 1 ? fmt::format(", {}", elements.channels) : std::string());
+                  ElementSize(format) == 1 ? "|"
+                  : IsLowByteFirst(format) ? "<"
+                                           : ">",
+                  ElementSize(format), image.GetRows(), columns,
+                  format.Channels() > 1 ? fmt::format(", {}", format.Channels()) : std::string());
   constexpr std::size_t kBefore = 10;
   constexpr std::size_t kAlignment = 64;
   header.append(kAlignment - 1 - (kBefore + header.size()) % kAlignment, ' ');

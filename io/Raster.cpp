@@ -1,7 +1,6 @@
 #include "io/Raster.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 #include <limits>
 #include <utility>
@@ -12,81 +11,62 @@
 namespace Korvex2::Io {
 namespace {
 
-enum class Order { Stored, BlueFirst };
-
-struct Correspondence {
-  PixelFormat format;
-  unsigned channels;
-  unsigned bytesPerSample;
-  Order order;
-};
-
-// The formats whose samples a picture file holds as they are. The first row of a shape is the
-// format in which such a file is read. RGBA of 16 bits has no format of its own order.
-constexpr Correspondence kCorrespondences[] = {
-    // clang-format off
-    {PIXEL_FORMAT_MONO8,  1, 1, Order::Stored},
-    {PIXEL_FORMAT_RAW8,   1, 1, Order::Stored},
-    {PIXEL_FORMAT_MONO16, 1, 2, Order::Stored},
-    {PIXEL_FORMAT_RAW16,  1, 2, Order::Stored},
-    {PIXEL_FORMAT_RGB8,   3, 1, Order::Stored},
-    {PIXEL_FORMAT_BGR,    3, 1, Order::BlueFirst},
-    {PIXEL_FORMAT_RGB16,  3, 2, Order::Stored},
-    {PIXEL_FORMAT_BGR16,  3, 2, Order::BlueFirst},
-    {PIXEL_FORMAT_RGBU,   4, 1, Order::Stored},
-    {PIXEL_FORMAT_BGRU,   4, 1, Order::BlueFirst},
-    {PIXEL_FORMAT_BGRU16, 4, 2, Order::BlueFirst},
-    // clang-format on
-};
-
-const Correspondence* Find(PixelFormat format) {
-  for (const Correspondence& row : kCorrespondences) {
-    if (row.format == format) {
-      return &row;
-    }
-  }
-  return nullptr;
+std::uint32_t BytesPerSample(const PixelFormatInfo& format) {
+  return format.bitsPerSample / 8;
 }
 
-bool SameShape(const Correspondence& row, const Raster& raster) {
-  return row.channels == raster.channels && row.bytesPerSample == raster.bytesPerSample;
+// Whether a picture file holds the samples of a format as they are: whole pixels of grey, colours
+// or a mosaic.
+bool IsOfPictures(const PixelFormatInfo& format) {
+  return format.convertible && format.Channels() != 0 && format.family != PixelFamily::Yuv;
 }
 
-const Correspondence& Natural(const Raster& raster) {
+const PixelFormatInfo* Find(PixelFormat format) {
+  const PixelFormatInfo* info = FindPixelFormat(format);
+  return info != nullptr && IsOfPictures(*info) ? info : nullptr;
+}
+
+bool SameShape(const PixelFormatInfo& format, const Raster& raster) {
+  return IsOfPictures(format) && format.Channels() == raster.channels &&
+         BytesPerSample(format) == raster.bytesPerSample;
+}
+
+// The first format of a shape is the one in which such a file is read. RGBA of 16 bits has no
+// format of its own order.
+const PixelFormatInfo& Natural(const Raster& raster) {
   if (raster.tile != NONE) {
     return *Find(PIXEL_FORMAT_RAW16);
   }
-  for (const Correspondence& row : kCorrespondences) {
-    if (SameShape(row, raster)) {
-      return row;
+  for (const PixelFormatInfo& format : PixelFormats()) {
+    if (SameShape(format, raster)) {
+      return format;
     }
   }
   throw Failure("pictures of {} channels are not supported", raster.channels);
 }
 
-// Grey and mosaic words are stored low byte first on every host, the words of colours in the host's
-// order: so the converter has them.
-bool SwapsBytes(const Correspondence& row) {
-  return row.bytesPerSample == 2 &&
-         (row.channels == 1 || std::endian::native == std::endian::little);
+// Words of picture files have the high byte first.
+bool SwapsBytes(const PixelFormatInfo& format) {
+  return BytesPerSample(format) == 2 && IsLowByteFirst(format);
 }
 
 // The same operation leads from file to image and back: each half is its own inverse.
-void Rearrange(const Correspondence& row, const unsigned char* source, std::size_t pixels,
+void Rearrange(const PixelFormatInfo& format, const unsigned char* source, std::size_t pixels,
                unsigned char* destination) {
-  const std::size_t pixelSize = std::size_t{row.channels} * row.bytesPerSample;
-  if (row.order == Order::Stored && !SwapsBytes(row)) {
+  const std::size_t sampleSize = BytesPerSample(format);
+  const std::size_t pixelSize = format.bytesPerGroup;
+  if (!format.IsBlueFirst() && !SwapsBytes(format)) {
     std::memcpy(destination, source, pixels * pixelSize);
     return;
   }
   std::size_t from[8];  // which byte of a pixel goes to which place
   for (std::size_t i = 0; i < pixelSize; ++i) {
-    std::size_t channel = i / row.bytesPerSample;
-    if (row.order == Order::BlueFirst && channel < 3) {
+    std::size_t channel = i / sampleSize;
+    if (format.IsBlueFirst() && channel < 3) {
       channel = 2 - channel;
     }
-    const std::size_t byte = i % row.bytesPerSample;
-    from[i] = channel * row.bytesPerSample + (SwapsBytes(row) ? 1 - byte : byte);
+    const std::size_t byte = i % sampleSize;
+    from[i] = channel * sampleSize + (SwapsBytes(format) ? 1 - byte : byte);
   }
   for (std::size_t n = 0; n < pixels; ++n) {
     for (std::size_t i = 0; i < pixelSize; ++i) {
@@ -125,10 +105,10 @@ Raster WithoutGreyAlpha(const Raster& raster, const std::string& path) {
 
 std::string NamesOfShape(const Raster& raster) {
   std::string names;
-  for (const Correspondence& row : kCorrespondences) {
-    if (SameShape(row, raster)) {
+  for (const PixelFormatInfo& format : PixelFormats()) {
+    if (SameShape(format, raster)) {
       names += names.empty() ? "" : " or ";
-      names += NameOf(row.format);
+      names += format.name;
     }
   }
   return names;
@@ -177,8 +157,8 @@ Raster NewRaster(const std::string& path, std::uint32_t width, std::uint32_t hei
 }
 
 unsigned RasterChannels(PixelFormat format) {
-  const Correspondence* row = Find(format);
-  return row == nullptr ? 0 : row->channels;
+  const PixelFormatInfo* info = Find(format);
+  return info == nullptr ? 0 : info->Channels();
 }
 
 Image NewImage(std::uint32_t width, std::uint32_t height, const PixelFormatInfo& format,
@@ -197,23 +177,23 @@ Image ToImage(Raster raster, const PixelFormatInfo* wanted, BayerTileFormat tile
   if (raster.channels == 2) {
     raster = WithoutGreyAlpha(raster, path);
   }
-  const Correspondence* row = wanted == nullptr ? &Natural(raster) : Find(wanted->format);
-  if (row == nullptr || !SameShape(*row, raster)) {
-    throw Failure("{} does not hold {}; its samples can be taken as {}", path, wanted->name,
+  const PixelFormatInfo& format = wanted == nullptr ? Natural(raster) : *wanted;
+  if (!SameShape(format, raster)) {
+    throw Failure("{} does not hold {}; its samples can be taken as {}", path, format.name,
                   NamesOfShape(raster));
   }
-  Image image = NewImage(raster.width, raster.height, *FindPixelFormat(row->format), tile);
-  Rearrange(*row, raster.Row(0), std::size_t{raster.width} * raster.height, image.GetData());
+  Image image = NewImage(raster.width, raster.height, format, tile);
+  Rearrange(format, raster.Row(0), std::size_t{raster.width} * raster.height, image.GetData());
   return image;
 }
 
 Raster ToRaster(const Image& image) {
-  const Correspondence* row = Find(image.GetPixelFormat());
-  if (row == nullptr) {
+  const PixelFormatInfo* format = Find(image.GetPixelFormat());
+  if (format == nullptr) {
     throw Failure("{} is no format of picture files", NameOf(image.GetPixelFormat()));
   }
-  Raster raster(image.GetCols(), image.GetRows(), row->channels, row->bytesPerSample);
-  Rearrange(*row, image.GetData(), std::size_t{raster.width} * raster.height, raster.Row(0));
+  Raster raster(image.GetCols(), image.GetRows(), format->Channels(), BytesPerSample(*format));
+  Rearrange(*format, image.GetData(), std::size_t{raster.width} * raster.height, raster.Row(0));
   return raster;
 }
 

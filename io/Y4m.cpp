@@ -1,6 +1,5 @@
 #include "io/Y4m.h"
 
-#include <cstring>
 #include <string_view>
 #include <vector>
 
@@ -10,81 +9,72 @@
 namespace Korvex2::Io {
 namespace {
 
-// Which bytes of a group are luma, and where its chroma lies.
-struct Planes {
-  PixelFormat format;
-  std::string_view name;
-  std::string_view luma;  // offsets, as digits
-  int u, v;               // negative: there is none
-};
-
-constexpr Planes kPlanes[] = {
-    {PIXEL_FORMAT_MONO8, "mono", "0", -1, -1},
-    {PIXEL_FORMAT_444YUV8, "444", "1", 0, 2},
-    {PIXEL_FORMAT_422YUV8, "422", "13", 0, 2},
-    {PIXEL_FORMAT_411YUV8, "411", "1245", 0, 3},
-};
-
-const Planes* Find(PixelFormat format) {
-  for (const Planes& planes : kPlanes) {
-    if (planes.format == format) {
-      return &planes;
-    }
+// What the header calls the way in which pixels share chroma; empty for what has no such planes.
+std::string_view ChromaName(const PixelFormatInfo& format) {
+  if (!format.convertible || format.order != SampleOrder::Bytes) {
+    return {};
   }
-  return nullptr;
+  if (format.family == PixelFamily::Grey) {
+    return "mono";
+  }
+  if (format.family != PixelFamily::Yuv) {
+    return {};
+  }
+  switch (format.pixelsPerGroup) {
+    case 1:
+      return "444";
+    case 2:
+      return "422";
+    case 4:
+      return "411";
+    default:
+      return {};
+  }
 }
 
-void AppendPlane(const Image& image, const PixelFormatInfo& format, int offset,
+void AppendPlane(const Image& image, const PixelFormatInfo& format, char channel,
                  std::vector<unsigned char>& frame) {
-  const std::size_t groups = std::size_t{image.GetCols()} * image.GetRows() / format.pixelsPerGroup;
-  const unsigned char* source = image.GetData() + offset;
-  for (std::size_t i = 0; i < groups; ++i, source += format.bytesPerGroup) {
-    frame.push_back(*source);
-  }
-}
-
-void AppendLuma(const Image& image, const PixelFormatInfo& format, std::string_view offsets,
-                std::vector<unsigned char>& frame) {
   const std::size_t groups = std::size_t{image.GetCols()} * image.GetRows() / format.pixelsPerGroup;
   const unsigned char* source = image.GetData();
   for (std::size_t i = 0; i < groups; ++i, source += format.bytesPerGroup) {
-    for (const char offset : offsets) {
-      frame.push_back(source[offset - '0']);
+    for (std::size_t place = 0; place < format.samples.size(); ++place) {
+      if (format.samples[place] == channel) {
+        frame.push_back(source[place]);
+      }
     }
   }
 }
 
 constexpr std::string_view kMark = "FRAME\n";
 
-std::string HeaderOf(const Planes& planes, std::uint32_t cols, std::uint32_t rows, FrameRate rate) {
+std::string HeaderOf(const PixelFormatInfo& format, std::uint32_t cols, std::uint32_t rows,
+                     FrameRate rate) {
   return fmt::format("YUV4MPEG2 W{} H{} F{}:{} Ip A1:1 C{} XCOLORRANGE=FULL\n", cols, rows,
-                     rate.frames, rate.seconds, planes.name);
+                     rate.frames, rate.seconds, ChromaName(format));
 }
 
 }  // namespace
 
 bool FitsY4m(PixelFormat format) {
-  return Find(format) != nullptr;
+  const PixelFormatInfo* info = FindPixelFormat(format);
+  return info != nullptr && !ChromaName(*info).empty();
 }
 
 void WriteY4m(const Image& image, OutputFile& file, const WriteOptions& options) {
   const PixelFormatInfo& format = *FindPixelFormat(image.GetPixelFormat());
-  const Planes& planes = *Find(format.format);
   if (image.GetCols() % format.pixelsPerGroup != 0) {
     throw Failure("rows of {} pixels of {} have no planes; the width must be a multiple of {}",
                   image.GetCols(), format.name, format.pixelsPerGroup);
   }
   if (file.empty()) {
-    const std::string header = HeaderOf(planes, image.GetCols(), image.GetRows(), options.rate);
+    const std::string header = HeaderOf(format, image.GetCols(), image.GetRows(), options.rate);
     file.Write(header.data(), header.size());
   }
   std::vector<unsigned char> frame;
-  frame.reserve(std::size_t{image.GetCols()} * image.GetRows() * (planes.u < 0 ? 1 : 3));
-  AppendLuma(image, format, planes.luma, frame);
-  for (const int offset : {planes.u, planes.v}) {
-    if (offset >= 0) {
-      AppendPlane(image, format, offset, frame);
-    }
+  frame.reserve(std::size_t{image.GetCols()} * image.GetRows() / format.pixelsPerGroup *
+                format.bytesPerGroup);
+  for (const char channel : {'Y', 'U', 'V'}) {
+    AppendPlane(image, format, channel, frame);
   }
   file.Write(kMark.data(), kMark.size());
   file.Write(frame.data(), frame.size());
@@ -93,7 +83,7 @@ void WriteY4m(const Image& image, OutputFile& file, const WriteOptions& options)
 std::uint64_t Y4mSize(const PixelFormatInfo& format, std::uint32_t cols, std::uint32_t rows,
                       const WriteOptions& options) {
   const std::uint64_t groups = std::uint64_t{cols} * rows / format.pixelsPerGroup;
-  return HeaderOf(*Find(format.format), cols, rows, options.rate).size() + kMark.size() +
+  return HeaderOf(format, cols, rows, options.rate).size() + kMark.size() +
          groups * format.bytesPerGroup;
 }
 

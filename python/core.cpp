@@ -163,17 +163,25 @@ std::string Text(std::string_view text) {
   return std::string(text);
 }
 
+// The type of a sample as NumPy writes it: "|u1", "<u2", "=i2".
+std::string DtypeOf(const PixelFormatInfo& info) {
+  const bool areWords = info.bitsPerSample == 16;
+  const char order = !areWords ? '|' : info.order == SampleOrder::Host ? '=' : '<';
+  return {order, info.isSigned ? 'i' : 'u', areWords ? '2' : '1'};
+}
+
 py::list Formats() {
   py::list rows;
   for (const PixelFormatInfo& info : PixelFormats()) {
-    rows.append(
-        py::dict(py::arg("value") = static_cast<std::uint32_t>(info.format),
-                 py::arg("name") = info.name, py::arg("enumerator") = info.enumerator,
-                 py::arg("aliases") = py::tuple(py::str(Text(info.aliases)).attr("split")()),
-                 py::arg("bits_per_pixel") = info.bitsPerPixel,
-                 py::arg("pixels_per_group") = info.pixelsPerGroup,
-                 py::arg("bytes_per_group") = info.bytesPerGroup,
-                 py::arg("convertible") = info.convertible, py::arg("layout") = info.layout));
+    rows.append(py::dict(
+        py::arg("value") = static_cast<std::uint32_t>(info.format), py::arg("name") = info.name,
+        py::arg("enumerator") = info.enumerator,
+        py::arg("aliases") = py::tuple(py::str(Text(info.aliases)).attr("split")()),
+        py::arg("bits_per_pixel") = info.bitsPerPixel,
+        py::arg("pixels_per_group") = info.pixelsPerGroup,
+        py::arg("bytes_per_group") = info.bytesPerGroup, py::arg("convertible") = info.convertible,
+        py::arg("layout") = info.layout, py::arg("raw") = info.IsRaw(),
+        py::arg("dtype") = DtypeOf(info), py::arg("channels") = info.Channels()));
   }
   return rows;
 }

@@ -64,14 +64,15 @@ Error RaiseTooLarge(unsigned int rows, unsigned int cols, unsigned int stride) {
 
 /// How many bytes a shape takes.
 struct Image::Layout {
-  std::uint64_t frame = 0;   ///< bytes that hold pixels, row padding included
-  std::uint64_t needed = 1;  ///< bytes that must be there; never 0, so that a buffer is never null
-  bool fits = true;          ///< within 4 GiB - 1
+  std::uint64_t strided = 0;  ///< rows x stride: what a buffer must hold, whoever it belongs to
+  std::uint64_t frame = 0;    ///< bytes that hold pixels, row padding included
+  std::uint64_t needed = 1;   ///< what a buffer of our own holds; never 0, so that it is never null
+  bool fits = true;           ///< within 4 GiB - 1
 
   explicit Layout(const Shape& shape) noexcept {
     const PixelFormatInfo* format = FindPixelFormat(shape.format);
     const std::uint64_t pixels = std::uint64_t{shape.rows} * shape.cols;
-    const std::uint64_t strided = std::uint64_t{shape.rows} * shape.stride;
+    strided = std::uint64_t{shape.rows} * shape.stride;
     if (strided > kMaxBytes || (format != nullptr && pixels > kMaxBytes)) {
       fits = false;
       return;
@@ -140,16 +141,15 @@ Error Image::Reserve(const Shape& shape, const Layout& layout, unsigned char** p
   if (!layout.fits) {
     return RaiseTooLarge(shape.rows, shape.cols, shape.stride);
   }
-  if (layout.needed <= m_capacity) {
+  const auto needed = static_cast<std::size_t>(m_ownsBuffer ? layout.needed : layout.strided);
+  if (needed <= m_capacity) {
     return Error();
   }
-  const auto needed = static_cast<std::size_t>(layout.needed);
   if (!m_ownsBuffer) {
-    return KORVEX2_RAISE(
-        VORERROR_BUFFER_TOO_SMALL,
-        "The caller's buffer holds %zu bytes; %u rows and %u columns with a stride of "
-        "%u bytes need %zu, the last group of pixels completed.",
-        m_capacity, shape.rows, shape.cols, shape.stride, needed);
+    return KORVEX2_RAISE(VORERROR_BUFFER_TOO_SMALL,
+                         "The caller's buffer holds %zu bytes; %u rows with a stride of %u bytes "
+                         "need %zu.",
+                         m_capacity, shape.rows, shape.stride, needed);
   }
   unsigned char* buffer = Allocate(needed);
   if (buffer == nullptr) {
@@ -174,6 +174,12 @@ Error Image::DeepCopy(const Image* pSrc) {
   const unsigned int size = data == nullptr ? 0 : pSrc->GetDataSize();
   const ColorProcessingAlgorithm colorProcessing = pSrc->GetColorProcessing();
   const Layout layout(shape);
+  // Our own buffer is filled, a caller's no further than the frame.
+  const std::uint64_t frame = std::max(layout.frame, layout.strided);
+  const auto filled = static_cast<std::size_t>(
+      m_ownsBuffer ? layout.needed : std::min<std::uint64_t>(frame, m_capacity));
+  const auto wanted = std::min<std::size_t>(std::max<std::size_t>(layout.frame, size), filled);
+  const std::size_t copied = data == nullptr ? 0 : pSrc->Readable(data, wanted);
   unsigned char* old = nullptr;
   if (data != nullptr) {
     const Error error = Reserve(shape, layout, &old);
@@ -181,10 +187,8 @@ Error Image::DeepCopy(const Image* pSrc) {
       return error;
     }
     // The source may look into our own buffer, so the bytes move before anything is cleared.
-    const std::uint64_t held = std::max<std::uint64_t>(layout.frame, size);
-    const std::uint64_t copied = std::min(held, layout.needed);
-    std::memmove(m_pBuffer, data, static_cast<std::size_t>(copied));
-    std::memset(m_pBuffer + copied, 0, static_cast<std::size_t>(layout.needed - copied));
+    std::memmove(m_pBuffer, data, copied);
+    std::memset(m_pBuffer + copied, 0, filled - copied);
   }
   m_shape = shape;
   m_colorProcessing = colorProcessing;
@@ -202,10 +206,12 @@ Error Image::SetDimensions(unsigned int rows, unsigned int cols, unsigned int st
   if (error != VORERROR_OK) {
     return error;
   }
-  const bool sameShape = m_pData != nullptr && rows == m_shape.rows && cols == m_shape.cols &&
-                         stride == m_shape.stride && format == m_shape.format;
-  const std::uint64_t kept = !m_ownsBuffer || sameShape ? layout.frame : 0;
-  std::memset(m_pBuffer + kept, 0, static_cast<std::size_t>(layout.needed - kept));
+  if (m_ownsBuffer) {
+    const bool sameShape = m_pData != nullptr && rows == m_shape.rows && cols == m_shape.cols &&
+                           stride == m_shape.stride && format == m_shape.format;
+    const std::uint64_t kept = sameShape ? layout.frame : 0;
+    std::memset(m_pBuffer + kept, 0, static_cast<std::size_t>(layout.needed - kept));
+  }
   m_shape = shape;
   m_pData = m_pBuffer;
   Free(old);
@@ -269,6 +275,44 @@ unsigned char* Image::GetData() {
 
 const unsigned char* Image::GetData() const {
   return m_pData;
+}
+
+// Of a buffer of our own all is ours to read. Past the frame in a caller's buffer the caller may
+// have another frame, which some other thread may be writing.
+std::size_t Image::Readable(const unsigned char* data, std::size_t wanted) const {
+  if (data != m_pData) {
+    return Told(wanted);
+  }
+  if (m_ownsBuffer) {
+    return std::min(wanted, m_capacity);
+  }
+  const Layout layout(m_shape);
+  const auto frame = static_cast<std::size_t>(std::max(layout.frame, layout.strided));
+  return std::min({wanted, frame, m_capacity});
+}
+
+// A subclass's image of fewer pixels than the run was not shaped for it, and is taken at its word.
+std::size_t Image::Writable(const unsigned char* data, std::size_t wanted,
+                            std::size_t pixels) const {
+  if (data == m_pData) {
+    return std::min(wanted, m_capacity);
+  }
+  const std::size_t told = Told(wanted);
+  const bool shapedForLess = told < wanted && std::uint64_t{GetRows()} * GetCols() < pixels;
+  return shapedForLess ? wanted : told;
+}
+
+// What a subclass says of memory that only it knows.
+std::size_t Image::Told(std::size_t wanted) const {
+  const std::size_t size = GetDataSize();
+  if (size >= wanted) {
+    return wanted;
+  }
+  unsigned int rows = 0;
+  unsigned int stride = 0;
+  GetDimensions(&rows, nullptr, &stride, nullptr, nullptr);
+  return static_cast<std::size_t>(
+      std::min<std::uint64_t>(wanted, std::max<std::uint64_t>(size, std::uint64_t{rows} * stride)));
 }
 
 Error Image::CheckDimensions(unsigned int rows, unsigned int cols, unsigned int stride,

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <limits>
 
@@ -10,47 +11,105 @@
 namespace Korvex2 {
 namespace {
 
-// A kernel completes a step of 2 or 4 pixels once it has begun it, reading and writing past the
-// last pixel of an odd run. reach is the longest step of any kernel that reads or writes the
-// format.
-#define FORMAT(name, enumerator, bits, pixels, bytes, reach, convertible, layout, aliases) \
-  {PIXEL_FORMAT_##enumerator,                                                              \
-   name,                                                                                   \
-   "PIXEL_FORMAT_" #enumerator,                                                            \
-   aliases,                                                                                \
-   bits,                                                                                   \
-   pixels,                                                                                 \
-   bytes,                                                                                  \
-   reach,                                                                                  \
-   convertible,                                                                            \
-   layout},
+// The bytes of a group as text: "U Y0 V Y1", "B(16) G(16) R(16)".
+struct LayoutText {
+  std::array<char, 64> chars{};
+  std::size_t size = 0;
 
-// clang-format off
-constexpr PixelFormatInfo kFormats[] = {
-//     name           enumerator    bits  group of  group  reach  convert-  layout of a group                              aliases
-//                                        pixels    bytes         ible
-FORMAT("mono8",       MONO8,        8,    1,        1,     2,     true,     "Y",                                           "y8 grey gray gray8 Mono8")
-FORMAT("mono12",      MONO12,       12,   2,        3,     2,     true,     "Y0[11:4] Y1[3:0]Y0[3:0] Y1[11:4]",            "y12 Mono12Packed")
-FORMAT("mono16",      MONO16,       16,   1,        2,     2,     true,     "Y(16)",                                       "y16 gray16 gray16le GRAY16_LE Mono16")
-FORMAT("rgb8",        RGB8,         24,   1,        3,     4,     true,     "R G B",                                       "rgb rgb24 RGB3 PIXEL_FORMAT_RGB")
-FORMAT("rgbu",        RGBU,         32,   1,        4,     1,     true,     "R G B A",                                     "rgba rgba8 RGBa8")
-FORMAT("rgb16",       RGB16,        48,   1,        6,     1,     true,     "R(16) G(16) B(16)",                           "rgb48 rgb48le RGB6")
-FORMAT("bgr",         BGR,          24,   1,        3,     1,     true,     "B G R",                                       "bgr8 bgr24 BGR3")
-FORMAT("bgru",        BGRU,         32,   1,        4,     1,     true,     "B G R A",                                     "bgra bgra8 BGRa8 AR24")
-FORMAT("bgr16",       BGR16,        48,   1,        6,     1,     true,     "B(16) G(16) R(16)",                           "bgr48 bgr48le BGR6")
-FORMAT("bgru16",      BGRU16,       64,   1,        8,     1,     true,     "B(16) G(16) R(16) A(16)",                     "bgra16 BGRa16 bgra64 bgra64le BGRA64_LE")
-FORMAT("yuv411",      411YUV8,      12,   4,        6,     4,     true,     "U Y0 Y1 V Y2 Y3",                             "411yuv8 IYU1 uyyvyy411 YUV411_8_UYYVYY")
-FORMAT("yuv422",      422YUV8,      16,   2,        4,     2,     true,     "U Y0 V Y1",                                   "422yuv8 UYVY uyvy422 YUV422_8_UYVY")
-FORMAT("yuv444",      444YUV8,      24,   1,        3,     1,     true,     "U Y V",                                       "444yuv8 IYU2 YUV8_UYV")
-FORMAT("raw8",        RAW8,         8,    1,        1,     2,     true,     "mosaic",                                      "bayer8 BayerRG8 BayerGR8 BayerGB8 BayerBG8 RGGB GRBG GBRG BGGR BA81 bayer_rggb8 bayer_grbg8 bayer_gbrg8 bayer_bggr8")
-FORMAT("raw12",       RAW12,        12,   2,        3,     2,     true,     "P0[11:4] P1[3:0]P0[3:0] P1[11:4], mosaic",    "bayer12 BayerRG12Packed BayerGR12Packed BayerGB12Packed BayerBG12Packed")
-FORMAT("raw16",       RAW16,        16,   1,        2,     2,     true,     "mosaic(16)",                                  "bayer16 BayerRG16 BayerGR16 BayerGB16 BayerBG16 RG16 GR16 GB16 BYR2 rggb16le grbg16le gbrg16le bggr16le bayer_rggb16le bayer_grbg16le bayer_gbrg16le bayer_bggr16le")
-FORMAT("s_mono16",    S_MONO16,     16,   1,        2,     1,     false,    "Y(16, signed)",                               "Mono16s")
-FORMAT("s_rgb16",     S_RGB16,      48,   1,        6,     1,     false,    "R(16, signed) G(16, signed) B(16, signed)",   "RGB16s")
-FORMAT("yuv422_jpeg", 422YUV8_JPEG, 16,   1,        2,     1,     false,    "compressed stream",                           "422yuv8_jpeg")
+  constexpr void Append(std::string_view text) {
+    for (const char c : text) {
+      chars.at(size++) = c;
+    }
+  }
+  constexpr void Append(char c) { Append(std::string_view(&c, 1)); }
+  constexpr operator std::string_view() const { return {chars.data(), size}; }
 };
-// clang-format on
-#undef FORMAT
+
+// Bits 11 to 4 of both samples about the byte that holds both low halves.
+constexpr LayoutText PackedLayout(char sample) {
+  LayoutText text;
+  for (const std::string_view bits : {"0[11:4] ", "1[3:0]", "0[3:0] ", "1[11:4]"}) {
+    text.Append(sample);
+    text.Append(bits);
+  }
+  return text;
+}
+
+constexpr LayoutText LayoutOf(PixelFamily family, std::uint32_t bits, bool isSigned,
+                              SampleOrder order, std::string_view samples) {
+  const bool isRaw = family == PixelFamily::Raw;
+  LayoutText text;
+  if (family == PixelFamily::Stream) {
+    text.Append("compressed stream");
+    return text;
+  }
+  if (order == SampleOrder::Packed) {
+    text = PackedLayout(isRaw ? 'P' : samples[0]);
+    text.Append(isRaw ? ", mosaic" : "");
+    return text;
+  }
+  for (std::size_t i = 0; i < samples.size(); ++i) {
+    const std::string_view before = samples.substr(0, i);
+    text.Append(i == 0 ? "" : " ");
+    text.Append(isRaw ? "mosaic" : samples.substr(i, 1));
+    if (std::ranges::count(samples, samples[i]) > 1) {
+      text.Append(static_cast<char>('0' + std::ranges::count(before, samples[i])));
+    }
+    if (bits > 8) {
+      text.Append(isSigned ? "(16, signed)" : "(16)");
+    }
+  }
+  return text;
+}
+
+enum Sign : bool { Unsigned, Signed };
+
+#define KORVEX2_COPIED_FORMAT(enumerator, value, name, family, bits, sign, order, samples, ...) \
+  constexpr LayoutText kLayout##enumerator =                                                    \
+      LayoutOf(PixelFamily::family, bits, sign, SampleOrder::order, samples);
+#define KORVEX2_FORMAT(enumerator, value, name, routine, ...) \
+  KORVEX2_COPIED_FORMAT(enumerator, value, name, __VA_ARGS__)
+#include "Formats.def"
+
+#define ROW(convertible, enumerator, name, family, bits, sign, order, samples, bitsPerPixel, \
+            pixels, bytes, reach, note, aliases)                                             \
+  {PIXEL_FORMAT_##enumerator,                                                                \
+   name,                                                                                     \
+   "PIXEL_FORMAT_" #enumerator,                                                              \
+   aliases,                                                                                  \
+   PixelFamily::family,                                                                      \
+   bits,                                                                                     \
+   sign,                                                                                     \
+   SampleOrder::order,                                                                       \
+   samples,                                                                                  \
+   bitsPerPixel,                                                                             \
+   pixels,                                                                                   \
+   bytes,                                                                                    \
+   reach,                                                                                    \
+   convertible,                                                                              \
+   kLayout##enumerator},
+
+constexpr PixelFormatInfo kFormats[] = {
+#define KORVEX2_FORMAT(enumerator, value, name, routine, ...) \
+  ROW(true, enumerator, name, __VA_ARGS__)
+#define KORVEX2_COPIED_FORMAT(enumerator, value, name, ...) \
+  ROW(false, enumerator, name, __VA_ARGS__)
+#include "Formats.def"
+};
+#undef ROW
+
+// What a row says in two ways, it says alike.
+constexpr bool IsConsistent(const PixelFormatInfo& row) {
+  const std::uint32_t bits = 8 * row.bytesPerGroup;
+  const bool isStream = row.family == PixelFamily::Stream;
+  const std::uint32_t bitsOfOrder = row.order == SampleOrder::Bytes    ? 8
+                                    : row.order == SampleOrder::Packed ? 12
+                                                                       : 16;
+  return bits == row.bitsPerPixel * row.pixelsPerGroup && row.bitsPerSample == bitsOfOrder &&
+         (isStream || bits == row.bitsPerSample * row.samples.size()) &&
+         row.pixelsPerReach % row.pixelsPerGroup == 0;
+}
+static_assert(std::ranges::all_of(kFormats, IsConsistent));
 
 bool ListsName(std::string_view list, std::string_view name) {
   while (!list.empty()) {
@@ -89,6 +148,10 @@ const PixelFormatInfo* FindPixelFormat(std::string_view name) noexcept {
     }
   }
   return nullptr;
+}
+
+bool IsLowByteFirst(const PixelFormatInfo& format) noexcept {
+  return format.order == SampleOrder::LowFirst || std::endian::native == std::endian::little;
 }
 
 std::uint64_t PackedSize(const PixelFormatInfo& format, std::uint64_t pixels) noexcept {

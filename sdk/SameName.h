@@ -12,8 +12,7 @@ constexpr char Lower(char c) {
 }
 
 inline bool SameName(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return Lower(x) == Lower(y); });
+  return std::ranges::equal(a, b, [](char x, char y) { return Lower(x) == Lower(y); });
 }
 
 }  // namespace Korvex2

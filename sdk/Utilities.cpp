@@ -49,7 +49,7 @@ std::string ValueOf(const fs::path& path, const std::string& key, char separator
   std::ifstream file(path);
   for (std::string line; std::getline(file, line);) {
     const std::size_t at = line.find(separator);
-    if (at == std::string::npos || line.compare(0, key.size(), key) != 0 ||
+    if (at == std::string::npos || !line.starts_with(key) ||
         line.find_first_not_of(" \t", key.size()) != at) {
       continue;
     }
@@ -91,9 +91,8 @@ std::string ListDrivers() {
   std::string list;
   for (std::string line; std::getline(modules, line);) {
     const std::string name = line.substr(0, line.find(' '));
-    const bool concerns = std::any_of(std::begin(kKinds), std::end(kKinds), [&](const char* kind) {
-      return name.find(kind) != std::string::npos;
-    });
+    const bool concerns = std::ranges::any_of(
+        kKinds, [&](const char* kind) { return name.find(kind) != std::string::npos; });
     if (concerns) {
       AppendToList(list, name);
     }

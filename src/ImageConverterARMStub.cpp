@@ -13,6 +13,7 @@
 #include "Utilities.h"
 #include "kernels/Kernels.h"
 #include "kernels/scalar/Clamp.h"
+#include "routes/BoundedRun.h"
 #include "routes/PieceWalk.h"
 #include "routes/Routines.h"
 
@@ -82,25 +83,27 @@ bool TemporariesFit(const RoutineInfo& info, const Image& source) {
   return TemporariesFit(*info.lastStep, source);
 }
 
-// The bytes of an image. The stride of a very long row can fall short of its pixels, which a plain
-// Image holds all the same.
-std::size_t HeldBytes(const Image& image) {
-  const PixelFormatInfo* format = FindPixelFormat(image.GetPixelFormat());
-  if (format == nullptr || !KeepsItsBuffer(image)) {
-    return image.GetDataSize();
-  }
-  const std::uint64_t pixels = std::uint64_t{image.GetRows()} * image.GetCols();
-  return std::max<std::size_t>(image.GetDataSize(), GroupedSize(*format, pixels));
+// Bytes of a sample or pixel of the engine; 0 for an output that it refuses.
+std::size_t BytesRead(BayerPixelFormat mosaic) {
+  return mosaic == BAYER_PIXEL_FORMAT_RAW16 ? 2 : 1;
 }
 
-// Zeroes the destination from a byte on, so that a reused one does not pass off an earlier frame as
-// this one where a conversion could not write.
-void ClearFrom(std::size_t offset, Image* pDst) {
-  unsigned char* data = pDst == nullptr ? nullptr : pDst->GetData();
-  const std::size_t size = data == nullptr ? 0 : HeldBytes(*pDst);
-  if (offset < size) {
-    std::memset(data + offset, 0, size - offset);
+std::size_t BytesWritten(BayerPixelFormat picture) {
+  // clang-format off
+  switch (picture) {
+    case BAYER_PIXEL_FORMAT_RAW8:
+    case BAYER_PIXEL_FORMAT_RAW16:  return 0;
+    case BAYER_PIXEL_FORMAT_BGR8:
+    case BAYER_PIXEL_FORMAT_RGB8:   return 3;
+    case BAYER_PIXEL_FORMAT_BGRU8:
+    case BAYER_PIXEL_FORMAT_RGBU8:  return 4;
+    case BAYER_PIXEL_FORMAT_BGR16:
+    case BAYER_PIXEL_FORMAT_RGB16:  return 6;
+    case BAYER_PIXEL_FORMAT_BGRU16:
+    case BAYER_PIXEL_FORMAT_RGBU16: return 8;
   }
+  // clang-format on
+  return 0;
 }
 
 }  // namespace
@@ -117,7 +120,7 @@ ImageConverter::~ImageConverter() {}
 
 // --- Entry --------------------------------------------------------------------------------------
 
-Error ImageConverter::Convert(const Image* pSrc, PixelFormat destFormat, Image* pDst) const {
+Error ImageConverter::Convert(const Image* pSrc, PixelFormat destFormat, Image* pDst) {
   if (pSrc == nullptr || pSrc->GetData() == nullptr) {
     return Raise(CallerLine(), VORERROR_INVALID_PARAMETER, kNullSource);
   }
@@ -141,62 +144,32 @@ Error ImageConverter::Convert(const Image* pSrc, PixelFormat destFormat, Image* 
     return pDst->DeepCopy(pSrc);
   }
 
-  // clang-format off
   switch (destFormat) {
-    case PIXEL_FORMAT_MONO8:   return ConvertToMono8(pSrc, pDst);
-    case PIXEL_FORMAT_MONO12:  return ConvertToMono12(pSrc, pDst);
-    case PIXEL_FORMAT_MONO16:  return ConvertToMono16(pSrc, pDst);
-    case PIXEL_FORMAT_RGB8:    return ConvertToRGB(pSrc, pDst);
-    case PIXEL_FORMAT_RGBU:    return ConvertToRGBU(pSrc, pDst);
-    case PIXEL_FORMAT_RGB16:   return ConvertToRGB16(pSrc, pDst);
-    case PIXEL_FORMAT_BGR:     return ConvertToBGR(pSrc, pDst);
-    case PIXEL_FORMAT_BGRU:    return ConvertToBGRU(pSrc, pDst);
-    case PIXEL_FORMAT_BGR16:   return ConvertToBGR16(pSrc, pDst);
-    case PIXEL_FORMAT_BGRU16:  return ConvertToBGRU16(pSrc, pDst);
-    case PIXEL_FORMAT_411YUV8: return ConvertToYUV411(pSrc, pDst);
-    case PIXEL_FORMAT_422YUV8: return ConvertToYUV422(pSrc, pDst);
-    case PIXEL_FORMAT_444YUV8: return ConvertToYUV444(pSrc, pDst);
-    case PIXEL_FORMAT_RAW8:    return ConvertToRAW8(pSrc, pDst);
-    case PIXEL_FORMAT_RAW12:   return ConvertToRAW12(pSrc, pDst);
-    case PIXEL_FORMAT_RAW16:   return ConvertToRAW16(pSrc, pDst);
-    default:                   return Raise(CallerLine(), VORERROR_INVALID_PARAMETER, kInvalidFormat);
+#define KORVEX2_FORMAT(enumerator, value, name, routine, ...) \
+  case PIXEL_FORMAT_##enumerator:                             \
+    return ConvertTo##routine(pSrc, pDst);
+#include "Formats.def"
+    default:
+      return Raise(CallerLine(), VORERROR_INVALID_PARAMETER, kInvalidFormat);
   }
-  // clang-format on
 }
 
-Error ImageConverter::ConvertInPlace(Image*, PixelFormat) const {
+Error ImageConverter::ConvertInPlace(Image*, PixelFormat) {
   return Raise(CallerLine(), VORERROR_NOT_IMPLEMENTED, kNotImplemented);
 }
 
 // --- Dispatch -----------------------------------------------------------------------------------
 
-#define TARGET(routine, format)                                         \
-  Error ImageConverter::routine(const Image* pSrc, Image* pDst) const { \
-    return Dispatch(PIXEL_FORMAT_##format, CallerLine(), pSrc, pDst);   \
+#define KORVEX2_FORMAT(enumerator, value, name, routine, ...)                \
+  Error ImageConverter::ConvertTo##routine(const Image* pSrc, Image* pDst) { \
+    return Dispatch(PIXEL_FORMAT_##enumerator, pSrc, pDst);                  \
   }
-TARGET(ConvertToMono8, MONO8)
-TARGET(ConvertToMono12, MONO12)
-TARGET(ConvertToMono16, MONO16)
-TARGET(ConvertToRGB, RGB8)
-TARGET(ConvertToRGBU, RGBU)
-TARGET(ConvertToRGB16, RGB16)
-TARGET(ConvertToBGR, BGR)
-TARGET(ConvertToBGRU, BGRU)
-TARGET(ConvertToBGR16, BGR16)
-TARGET(ConvertToBGRU16, BGRU16)
-TARGET(ConvertToYUV411, 411YUV8)
-TARGET(ConvertToYUV422, 422YUV8)
-TARGET(ConvertToYUV444, 444YUV8)
-TARGET(ConvertToRAW8, RAW8)
-TARGET(ConvertToRAW12, RAW12)
-TARGET(ConvertToRAW16, RAW16)
-#undef TARGET
+#include "Formats.def"
 
-// A refusal bears the line of the target routine that refused.
-Error ImageConverter::Dispatch(PixelFormat target, int line, const Image* pSrc, Image* pDst) const {
+Error ImageConverter::Dispatch(PixelFormat target, const Image* pSrc, Image* pDst) const {
   const RoutineInfo* routine = FindRoute(pSrc->GetPixelFormat(), target);
   if (routine == nullptr) {
-    return Raise(line, VORERROR_INVALID_PARAMETER, kInvalidFormat);
+    return Raise(CallerLine(), VORERROR_INVALID_PARAMETER, kInvalidFormat);
   }
   return Run(*routine, pSrc, pDst);
 }
@@ -240,45 +213,62 @@ bool ImageConverter::MayWalk(const RoutineInfo& info, const Image* pSrc, const I
   }
   const unsigned char* src = pSrc->GetData();
   const unsigned char* dst = pDst->GetData();
-  RunSize size = RunSizeOf(info, GetNumberOfPixels(pSrc));
-  if (ClearsDestination(info)) {
-    size.destination = std::max<std::size_t>(size.destination, pDst->GetDataSize());
+  if (src == nullptr || dst == nullptr) {
+    return false;
   }
-  return src != nullptr && dst != nullptr && AreApart(src, size.source, dst, size.destination) &&
+  const std::size_t pixels = GetNumberOfPixels(pSrc);
+  const RunSize size = RunSizeOf(info, pixels);
+  const std::size_t cleared = ClearsDestination(info) ? pDst->GetDataSize() : 0;
+  const std::size_t written = pDst->Writable(dst, std::max(size.destination, cleared), pixels);
+  return AreApart(src, pSrc->Readable(src, size.source), dst, written) &&
          TemporariesFit(info, *pSrc);
 }
 
 Error ImageConverter::WalkRoutine(const RoutineInfo& info, const Image* pSrc, Image* pDst) const {
   const std::size_t pixels = GetNumberOfPixels(pSrc);
-  Walk(info, pSrc->GetData(), pDst->GetData(), pixels, {.littleEndian = m_LittleEndian});
-  const std::size_t written = pixels + pixels % 2;  // by the kernel that clears, which packs pairs
-  if (ClearsDestination(info) && written < pDst->GetDataSize()) {
-    std::memset(pDst->GetData() + written, 0, pDst->GetDataSize() - written);
+  const DestinationBytes to = BytesToWrite(info, *pDst, pDst->GetData(), pixels);
+  const Kernels::Flags flags = {.littleEndian = m_LittleEndian};
+  RunWithin(info, BytesToRead(info, *pSrc, pSrc->GetData(), pixels), to, pixels,
+            [=](const std::uint8_t* src, std::uint8_t* dst, std::size_t count) {
+              Walk(info, src, dst, count, flags);
+            });
+  if (ClearsDestination(info) && to.size < pDst->GetDataSize()) {
+    std::memset(to.data + to.size, 0, pDst->GetDataSize() - to.size);
   }
   return Success();
 }
 
 Error ImageConverter::RunKernel(const RoutineInfo& info, const Image* pSrc, Image* pDst) const {
-  const kernels::Kernel kernel = kernels::Find(RoutineOf(info));
-  const kernels::Flags flags = {.littleEndian = m_LittleEndian};
   const unsigned char* src = pSrc->GetData();
   unsigned char* dst = pDst->GetData();
   const std::size_t pixels = GetNumberOfPixels(pSrc);
-
   if (info.extra == RoutineInfo::Extra::ClearsDestination) {
-    std::memset(dst, 0, pDst->GetDataSize());
+    std::memset(dst, 0, pDst->Writable(dst, pDst->GetDataSize(), pixels));
   }
+  const SourceBytes from = BytesToRead(info, *pSrc, src, pixels);
+  const DestinationBytes to = BytesToWrite(info, *pDst, dst, pixels);
+  const auto run = [kernel = Kernels::Find(RoutineOf(info)),
+                    flags = Kernels::Flags{.littleEndian = m_LittleEndian}](
+                       const std::uint8_t* in, std::uint8_t* out, std::size_t count) {
+    kernel(in, out, count, flags);
+  };
   const bool checksEachPixel = info.extra == RoutineInfo::Extra::ChecksEachPixel &&
                                !(KeepsItsBuffer(*pSrc) && KeepsItsBuffer(*pDst));
   if (!checksEachPixel) {
-    kernel(src, dst, pixels, flags);
+    RunWithin(info, from, to, pixels, run);
     return Success();
   }
+  const RunSize step = RunSizeOf(info, 1);
+  const std::size_t whole = std::min(from.size / step.source, to.size / step.destination);
   for (std::size_t i = 0; i < pixels; ++i) {
     if (LacksBuffer(pSrc, pDst)) {
       return Raise(CallerLine(), VORERROR_INVALID_PARAMETER, kNullImages);
     }
-    kernel(src + i * info.sourceBytesPerStep, dst + i * info.destinationBytesPerStep, 1, flags);
+    if (i < whole) {
+      run(src + i * step.source, dst + i * step.destination, 1);
+      continue;
+    }
+    RunWithin(info, from.From(i * step.source), to.From(i * step.destination), 1, run);
   }
   return Success();
 }
@@ -289,12 +279,16 @@ Error ImageConverter::RunWrapper(const RoutineInfo& info, const Image* pSrc, Ima
 }
 
 // Only the table decides whether a step's failure is passed on; callers count on the rows that drop
-// it.
+// it. A temporary that could not be shaped has no buffer, so the steps refuse it and write nothing.
 Error ImageConverter::RunChain(const RoutineInfo& info, const Image* pSrc, Image* pDst) const {
-  Image temporary;
-  if (TempImage(pSrc, &temporary, info.temporary) == VORERROR_FAILED) {  // too large, or no memory
-    ClearFrom(0, pDst);
+  if (RoutineOf(info) ==
+      Routine::ConvertY8ToYUV411) {  // reads that a subclass sees; nothing uses them
+    (void)pSrc->GetData();
+    (void)pDst->GetData();
+    (void)GetNumberOfPixels(pSrc);
   }
+  Image temporary;
+  (void)TempImage(pSrc, &temporary, info.temporary);
   (void)Run(*info.firstStep, pSrc, &temporary);
   const Error error = Run(*info.lastStep, &temporary, pDst);
   return info.result == RoutineInfo::Result::LastStep ? error : Success();
@@ -320,13 +314,26 @@ Error ImageConverter::TempImage(const Image* pSrc, Image* pTemporary, PixelForma
 
 // Wraps at 32 bits, where an image of no format or a subclass claims so many pixels.
 unsigned int ImageConverter::GetNumberOfPixels(const Image* pImage) const {
-  return pImage == nullptr
-             ? 0
-             : static_cast<unsigned int>(std::uint64_t{pImage->GetRows()} * pImage->GetCols());
+  if (pImage == nullptr) {
+    return 0;
+  }
+  const std::uint64_t rows = pImage->GetRows();
+  return static_cast<unsigned int>(rows * pImage->GetCols());
+}
+
+// What an image has of the bytes that a routine touches in a run of pixels.
+SourceBytes ImageConverter::BytesToRead(const RoutineInfo& info, const Image& source,
+                                        const unsigned char* data, std::size_t pixels) {
+  return {data, source.Readable(data, RunSizeOf(info, pixels).source)};
+}
+
+DestinationBytes ImageConverter::BytesToWrite(const RoutineInfo& info, const Image& destination,
+                                              unsigned char* data, std::size_t pixels) {
+  return {data, destination.Writable(data, RunSizeOf(info, pixels).destination, pixels)};
 }
 
 unsigned char ImageConverter::Clamp_8bit(short value) const {
-  return kernels::scalar::Clamp(value);
+  return Kernels::Scalar::Clamp(value);
 }
 
 // --- Demosaicing --------------------------------------------------------------------------------
@@ -348,20 +355,19 @@ Error ImageConverter::ConvertBayerImageToBGR(const Image* pSrc, Image* pDst) con
   const BayerTileFormat tile = pSrc->GetBayerTileFormat();
 
   switch (tile) {
-    case NONE:
-      return ShowMosaicAsGrey(pSrc, pDst);  // before the method is looked at
+    case NONE:  // before the method is looked at, and byte by byte whatever the depth
+      return ConvertY8ToRGB(pSrc, pDst);
     case RGGB:
     case GRBG:
     case GBRG:
     case BGGR:
       break;
     default:
-      ClearFrom(0, pDst);
       return Raise(CallerLine(), VORERROR_INVALID_PARAMETER, kUnknownTile);
   }
   switch (method) {
     case NO_COLOR_PROCESSING:
-      return ShowMosaicAsGrey(pSrc, pDst);
+      return ConvertY8ToRGB(pSrc, pDst);
     case NEAREST_NEIGHBOR:
     case EDGE_SENSING:
     case HQ_LINEAR:
@@ -369,23 +375,51 @@ Error ImageConverter::ConvertBayerImageToBGR(const Image* pSrc, Image* pDst) con
     case DIRECTIONAL_FILTER:
       break;
     default:
-      ClearFrom(0, pDst);
       return Raise(CallerLine(), VORERROR_INVALID_PARAMETER, kUnknownMethod);
   }
+  const std::size_t pixels = std::size_t{rows} * cols;
+  const std::size_t read = pixels * BytesRead(TranslateToBayerPixelFormat(srcFormat));
+  const std::size_t written = pixels * BytesWritten(TranslateToBayerPixelFormat(destFormat));
+  const SourceBytes from = {pInput, pSrc->Readable(pInput, read)};
+  const DestinationBytes to = {pOutput, pDst->Writable(pOutput, written, pixels)};
+  const bool fails = pInput == nullptr || pOutput == nullptr;  // as the engine will say
+  const bool whole = from.size == read && to.size == written;
   const Error error =
-      ProcessImage(srcFormat, pInput, rows, cols, destFormat, pOutput, method, tile);
+      fails || whole
+          ? ProcessImage(srcFormat, pInput, rows, cols, destFormat, pOutput, method, tile)
+          : ProcessCopies(srcFormat, from, rows, cols, destFormat, to, method, tile);
   if (error != VORERROR_OK) {
-    ClearFrom(0, pDst);
     return Raise(CallerLine(), VORERROR_FAILED, kEngineFailed);
   }
   return Success();
 }
 
-// Byte by byte whatever the depth of the samples and the layout of the destination, so a deeper one
-// is filled in part; the rest reads as zero.
-Error ImageConverter::ShowMosaicAsGrey(const Image* pSrc, Image* pDst) const {
-  const Error error = ConvertY8ToRGB(pSrc, pDst);
-  ClearFrom(std::size_t{3} * GetNumberOfPixels(pSrc), pDst);
+// The engine wants every byte of its samples and pixels, which buffers with a stride that falls
+// short of a row's pixels do not have.
+Error ImageConverter::ProcessCopies(PixelFormat srcPixFmt, const SourceBytes& input,
+                                    unsigned int rows, unsigned int cols, PixelFormat destPixFmt,
+                                    const DestinationBytes& output,
+                                    ColorProcessingAlgorithm algorithm,
+                                    BayerTileFormat tilePattern) const {
+  const auto shape = [=](Image& image, PixelFormat format) {
+    const unsigned int stride = PackedStride(cols, Image::DetermineBitsPerPixel(format));
+    return image.SetDimensions(rows, cols, stride, format, tilePattern);
+  };
+  Image mosaic;
+  Image picture;
+  const bool deep = TranslateToBayerPixelFormat(srcPixFmt) == BAYER_PIXEL_FORMAT_RAW16;
+  for (const Error& error :
+       {shape(mosaic, deep ? PIXEL_FORMAT_RAW16 : PIXEL_FORMAT_RAW8), shape(picture, destPixFmt)}) {
+    if (error != VORERROR_OK) {
+      return error;
+    }
+  }
+  std::memcpy(mosaic.GetData(), input.data, input.size);
+  const Error error = ProcessImage(srcPixFmt, mosaic.GetData(), rows, cols, destPixFmt,
+                                   picture.GetData(), algorithm, tilePattern);
+  if (error == VORERROR_OK) {
+    std::memcpy(output.data, picture.GetData(), output.size);
+  }
   return error;
 }
 

@@ -4,6 +4,8 @@
 /// The converter. Beside its source rather than in include/, with Singleton.h: the two are known by
 /// their place, and clients find both among the other headers all the same.
 
+#include <cstddef>
+
 #include "Error.h"
 #include "Image.h"
 #include "Korvex2Defs.h"
@@ -14,6 +16,8 @@
 namespace Korvex2 {
 
 struct RoutineInfo;
+struct SourceBytes;
+struct DestinationBytes;
 
 /// Converts a frame from one pixel format into another, exactly.
 ///
@@ -43,14 +47,18 @@ class KORVEX2_API ImageConverter : public Singleton<ImageConverter> {
   ///                               has been reshaped already
   /// A route through a temporary image reports success even where one of its steps could not do
   /// its work: a mosaic with odd sides, say. CheckConversion tells beforehand.
+  /// A failing step leaves what it wrote, as a rule nothing: a destination that had its shape
+  /// before then shows its earlier frame, a lent one the caller's bytes, any other one zeros.
+  ///
+  /// Nothing outside the two buffers is touched, whatever the size of a group: see Image.
   ///
   /// *pSrc and *pDst must be different images: the destination is shaped before the source is read.
   /// Plain Images whose buffers lie apart convert fastest and without memory of their own; images
   /// of a subclass and overlapping buffers take the plain loops and whole temporary images.
-  Error Convert(const Image* pSrc, PixelFormat destFormat, Image* pDst) const;
+  Error Convert(const Image* pSrc, PixelFormat destFormat, Image* pDst);
 
   /// Always VORERROR_NOT_IMPLEMENTED; nothing is touched.
-  Error ConvertInPlace(Image* pImage, PixelFormat format) const;
+  Error ConvertInPlace(Image* pImage, PixelFormat format);
 
  protected:
   /// @name The routine of each target format
@@ -58,22 +66,13 @@ class KORVEX2_API ImageConverter : public Singleton<ImageConverter> {
 
   /// Looks the source's format up and passes the pair on. The destination is shaped already.
   /// VORERROR_INVALID_PARAMETER for a source that does not convert into this target.
-  Error ConvertToMono8(const Image* pSrc, Image* pDst) const;
-  Error ConvertToMono12(const Image* pSrc, Image* pDst) const;
-  Error ConvertToMono16(const Image* pSrc, Image* pDst) const;
-  Error ConvertToRGB(const Image* pSrc, Image* pDst) const;
-  Error ConvertToRGBU(const Image* pSrc, Image* pDst) const;
-  Error ConvertToRGB16(const Image* pSrc, Image* pDst) const;
-  Error ConvertToBGR(const Image* pSrc, Image* pDst) const;
-  Error ConvertToBGRU(const Image* pSrc, Image* pDst) const;
-  Error ConvertToBGR16(const Image* pSrc, Image* pDst) const;
-  Error ConvertToBGRU16(const Image* pSrc, Image* pDst) const;
-  Error ConvertToYUV411(const Image* pSrc, Image* pDst) const;
-  Error ConvertToYUV422(const Image* pSrc, Image* pDst) const;
-  Error ConvertToYUV444(const Image* pSrc, Image* pDst) const;
-  Error ConvertToRAW8(const Image* pSrc, Image* pDst) const;
-  Error ConvertToRAW12(const Image* pSrc, Image* pDst) const;
-  Error ConvertToRAW16(const Image* pSrc, Image* pDst) const;
+  ///
+  /// ConvertToMono8, ConvertToRGB and so on, as Formats.def names them.
+  /// @cond
+#define KORVEX2_FORMAT(enumerator, value, name, routine, ...) \
+  Error ConvertTo##routine(const Image* pSrc, Image* pDst);
+#include "Formats.def"
+  /// @endcond
 
   /// @}
 
@@ -113,14 +112,20 @@ class KORVEX2_API ImageConverter : public Singleton<ImageConverter> {
   bool m_LittleEndian;
 
  private:
-  Error Dispatch(PixelFormat target, int line, const Image* pSrc, Image* pDst) const;
+  Error Dispatch(PixelFormat target, const Image* pSrc, Image* pDst) const;
   Error Run(const RoutineInfo& info, const Image* pSrc, Image* pDst) const;
   bool MayWalk(const RoutineInfo& info, const Image* pSrc, const Image* pDst) const;
   Error WalkRoutine(const RoutineInfo& info, const Image* pSrc, Image* pDst) const;
   Error RunKernel(const RoutineInfo& info, const Image* pSrc, Image* pDst) const;
   Error RunWrapper(const RoutineInfo& info, const Image* pSrc, Image* pDst) const;
   Error RunChain(const RoutineInfo& info, const Image* pSrc, Image* pDst) const;
-  Error ShowMosaicAsGrey(const Image* pSrc, Image* pDst) const;
+  Error ProcessCopies(PixelFormat srcPixFmt, const SourceBytes& input, unsigned int rows,
+                      unsigned int cols, PixelFormat destPixFmt, const DestinationBytes& output,
+                      ColorProcessingAlgorithm algorithm, BayerTileFormat tilePattern) const;
+  static SourceBytes BytesToRead(const RoutineInfo& info, const Image& source,
+                                 const unsigned char* data, std::size_t pixels);
+  static DestinationBytes BytesToWrite(const RoutineInfo& info, const Image& destination,
+                                       unsigned char* data, std::size_t pixels);
 };
 
 extern template class Singleton<ImageConverter>;

@@ -3,18 +3,18 @@
 #include <algorithm>
 
 #include "InternalError.h"
-#include "simd/Target.h"
+#include "simd/InstructionSet.h"
 
 namespace Korvex2 {
 namespace {
 
 struct NameList {
-  std::string_view names[Simd::kMostTargets];
+  std::string_view names[Simd::kMostInstructionSets];
   std::size_t count = 0;
 
   NameList() noexcept {
-    for (const Simd::Target target : Simd::availableTargets()) {
-      names[count++] = Simd::targetName(target);
+    for (const Simd::InstructionSet set : Simd::AvailableInstructionSets()) {
+      names[count++] = Simd::InstructionSetName(set);
     }
   }
 };
@@ -27,7 +27,7 @@ ArrayView<std::string_view> InstructionSets() noexcept {
 }
 
 std::string_view GetInstructionSet() noexcept {
-  return Simd::targetName(Simd::activeTarget());
+  return Simd::InstructionSetName(Simd::ActiveInstructionSet());
 }
 
 Error SetInstructionSet(std::string_view name) noexcept {
@@ -39,7 +39,7 @@ Error SetInstructionSet(std::string_view name) noexcept {
                          static_cast<int>(name.size()), name.data());
   }
   const auto index = static_cast<std::size_t>(found - names.begin());
-  Simd::setActiveTarget(Simd::availableTargets()[index]);
+  Simd::SetActiveInstructionSet(Simd::AvailableInstructionSets()[index]);
   return Error();
 }
 

@@ -13,7 +13,9 @@
 #include <vector>
 
 #include "ImageConverterARMStub.h"
+#include "PixelFormats.h"
 #include "support/Comparison.h"
+#include "support/GuardedMemory.h"
 #include "vorbayer.h"
 
 namespace Korvex2::Test {
@@ -111,6 +113,37 @@ TEST_F(Huge, OneRowMoreIsRefused) {
   EXPECT_EQ(error.GetCause()->GetType(), VORERROR_INVALID_PARAMETER);
   EXPECT_EQ(picture.GetData(), nullptr);
   EXPECT_LE(PeakResident(), source.GetDataSize() + 64 * kMiB);
+}
+
+// The stride of 33,554,434 pixels of 64 bits goes through single precision and falls short by two
+// pixels: all others are written, and nothing past the buffer.
+TEST_F(Huge, ARowWhoseStrideFallsShortFillsAnExactBuffer) {
+  constexpr unsigned kLong = 33554434;
+  constexpr std::size_t kExact = 268435456;
+  static_assert(kExact + 16 == std::size_t{8} * kLong);
+  ASSERT_EQ(PackedStride(kLong, 64), kExact);
+  Image source;
+  ASSERT_EQ(source.SetDimensions(1, kLong, kLong, PIXEL_FORMAT_MONO8, NONE).GetType(), VORERROR_OK);
+  std::mt19937 random(1);
+  std::generate_n(source.GetData(), kLong, [&] { return static_cast<unsigned char>(random()); });
+  GuardedMemory memory(kExact);
+  unsigned char* const bytes = memory.AtEnd(kExact);
+  Image picture(bytes, kExact);
+  ASSERT_EQ(ImageConverter().Convert(&source, PIXEL_FORMAT_BGRU16, &picture).GetType(),
+            VORERROR_OK);
+  ASSERT_EQ(picture.GetDataSize(), kExact);
+  for (std::size_t i = 0; i < kExact; ++i) {
+    const unsigned expected = i % 8 < 6 ? source.GetData()[i / 8] : 255;
+    ASSERT_EQ(unsigned{bytes[i]}, expected) << i;
+  }
+
+  // And back: the two pixels that are missing are black.
+  Image grey;
+  ASSERT_EQ(ImageConverter().Convert(&picture, PIXEL_FORMAT_RGB8, &grey).GetType(), VORERROR_OK);
+  for (std::size_t i = 0; i < std::size_t{3} * kLong; ++i) {
+    const unsigned expected = i / 3 < kExact / 8 ? source.GetData()[i / 3] : 0;
+    ASSERT_EQ(unsigned{grey.GetData()[i]}, expected) << i;
+  }
 }
 
 // Strips of the mosaic with a margin of whole tiles give the same picture inside.

@@ -90,9 +90,9 @@ void Count(Work& work, bool right, const Job& job, const Error& error) {
 void ConvertUntil(Clock::time_point end, Work& work, std::size_t first) {
   Image destination;
   for (std::size_t i = first; Clock::now() < end; ++i) {
-    const ImageConverter* const converter = ImageConverter::getInstance();
+    ImageConverter* const converter = ImageConverter::getInstance();
     const Job& job = work.jobs[i % work.jobs.size()];
-    Error error = converter->Convert(&job.source, job.target, &destination);
+    Error error = Convert(*converter, job, destination);
     Count(work, SameOutcome(job, error, destination), job, error);
 
     error = converter->Convert(&work.defaultSource, work.defaults[0].target, &destination);

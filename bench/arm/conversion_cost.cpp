@@ -142,7 +142,7 @@ int Run(const Row& row, bool ours, int times) {
   Image to = Frame(row.to);
   std::vector<std::uint8_t> between(4UL * kPixels);
   const Buffers buffers = {from.GetData(), between.data(), to.GetData()};
-  const ImageConverter converter;
+  ImageConverter converter;
   for (int i = 0; i < times; ++i) {
     if (ours) {
       if (converter.Convert(&from, row.to, &to) != VORERROR_OK) return 1;

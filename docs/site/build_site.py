@@ -18,7 +18,9 @@ import format_drawings
 import route_graphs
 from pages import CODE_SPAN, HEADING, LINK, ROOT, headings, is_relative, lines, links, pages
 
-HEADERS = ["include", "src/ImageConverterARMStub.h", "src/Singleton.h"]
+ENUMERATIONS = Path("include/Korvex2Defs.h")  # whose formats come from Formats.def
+HEADERS = [*sorted(path.relative_to(ROOT) for path in (ROOT / "include").glob("*.h")),
+           "src/ImageConverterARMStub.h", "src/Singleton.h"]
 VERSION_HEADER = Path("include/Korvex2Version.h.in")  # CMake fills the numbers in
 CONTENTS = Path("docs/README.md")  # the main page
 DRAWING = re.compile(r"^<!-- picture: (\S+) (.*) -->$")
@@ -137,6 +139,17 @@ def example_list():
 
 # --- The site ----------------------------------------------------------------------------------------------------
 
+def with_formats(header):
+    """The enumerations with a line for each row of Formats.def, since Doxygen sees no comments in macros."""
+    rows = re.findall(r'^KORVEX2_(?:COPIED_)?FORMAT\((\w+), *(\w+),.*"([^"]*)", *"[^"]*"\)$',
+                      (ROOT / "include/Formats.def").read_text(), re.M)
+    lines = "".join(f"  PIXEL_FORMAT_{enumerator} = {value},  ///< {note}\n" for enumerator, value, note in rows)
+    header, count = re.subn(r"#define KORVEX2_FORMAT\(enumerator.*?#include \"Formats.def\"\n", lambda _: lines, header,
+                            flags=re.S)
+    assert rows and count == 1
+    return re.sub(r" = 1\n#define KORVEX2_FORMAT.*?#include \"Formats.def\"\n", f" = {len(rows) + 1}\n", header, flags=re.S)
+
+
 def run_doxygen(output, version):
     staged = output / "pages"
     numbers = dict(zip(("MAJOR", "MINOR", "PATCH"), version.split(".")))
@@ -144,10 +157,13 @@ def run_doxygen(output, version):
     version_header.parent.mkdir(exist_ok=True)
     version_header.write_text(re.sub(r"@PROJECT_VERSION_(\w+)@", lambda match: numbers[match.group(1)],
                                      (ROOT / VERSION_HEADER).read_text()))
+    staged_enumeration = output / "headers" / ENUMERATIONS.name
+    staged_enumeration.write_text(with_formats((ROOT / ENUMERATIONS).read_text()))
     values = {"SOURCE": ROOT, "OUTPUT": output, "PAGES": staged, "PICTURES": output / "pictures",
               "INPUT": " ".join(map(str, [*(staged / page for page in in_order()), staged / "examples.dox"])),
               "VERSION": version,
-              "HEADERS": " ".join(map(str, [*(ROOT / header for header in HEADERS), version_header]))}
+              "HEADERS": " ".join(map(str, [*(ROOT / header for header in HEADERS if header != ENUMERATIONS),
+                                          version_header, staged_enumeration]))}
     template = (ROOT / "docs/site/Doxyfile.in").read_text()
     (output / "Doxyfile").write_text(re.sub(r"@(\w+)@", lambda match: str(values[match.group(1)]), template))
     result = subprocess.run(["doxygen", "Doxyfile"], cwd=output, capture_output=True, text=True)

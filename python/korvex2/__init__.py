@@ -14,8 +14,9 @@ from __future__ import annotations
 from . import _core
 from ._convert import convert
 from ._errors import Error, ErrorCode
+from ._formats import PixelFormat
 from ._frames import FormatInfo, Route, formats, routes
-from ._names import BayerTile, Method, PixelFormat
+from ._names import BayerTile, Method
 
 __version__: str = _core.version()
 __all__ = ["BayerTile", "Error", "ErrorCode", "FormatInfo", "Method", "PixelFormat", "Route", "convert", "formats",

@@ -9,7 +9,8 @@ import numpy.typing as npt
 
 from . import _core
 from ._frames import plan
-from ._names import BayerTile, Method, PixelFormat
+from ._formats import PixelFormat
+from ._names import BayerTile, Method
 
 
 def convert(array: npt.ArrayLike, to: PixelFormat | str = "bgr8", from_: PixelFormat | str | None = None,

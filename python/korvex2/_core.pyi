@@ -15,6 +15,9 @@ class _FormatRow(TypedDict):
     bytes_per_group: int
     convertible: bool
     layout: str
+    raw: bool
+    dtype: str
+    channels: int
 
 def version() -> str: ...
 def formats() -> list[_FormatRow]: ...

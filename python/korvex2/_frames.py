@@ -11,27 +11,10 @@ import numpy as np
 import numpy.typing as npt
 
 from . import _core
-from ._names import BayerTile, Method, PixelFormat
+from ._formats import PixelFormat
+from ._names import BayerTile, Method
 
-# The dtype of a sample, and the shape of a pixel. Formats that are not here pack their pixels into groups of bytes.
-_SAMPLES: dict[PixelFormat, tuple[str, tuple[int, ...]]] = {
-    PixelFormat.MONO8: ("u1", ()),
-    PixelFormat.MONO16: ("<u2", ()),
-    PixelFormat.RGB8: ("u1", (3,)),
-    PixelFormat.RGBU: ("u1", (4,)),
-    PixelFormat.RGB16: ("=u2", (3,)),
-    PixelFormat.BGR: ("u1", (3,)),
-    PixelFormat.BGRU: ("u1", (4,)),
-    PixelFormat.BGR16: ("=u2", (3,)),
-    PixelFormat.BGRU16: ("=u2", (4,)),
-    PixelFormat.YUV444: ("u1", (3,)),
-    PixelFormat.RAW8: ("u1", ()),
-    PixelFormat.RAW16: ("<u2", ()),
-    PixelFormat.S_MONO16: ("<i2", ()),
-    PixelFormat.S_RGB16: ("=i2", (3,)),
-}
 _BYTE = np.dtype("u1")
-_RAW = (PixelFormat.RAW8, PixelFormat.RAW12, PixelFormat.RAW16)
 _MAX_SIDE = 2**32 - 1
 
 Shape = tuple[int, ...]
@@ -41,7 +24,7 @@ Shape = tuple[int, ...]
 class FormatInfo:
     """One pixel format: a row of the library's table, and how its frames lie in arrays.
 
-    `dtype` is that of the arrays. `channels` is the shape of a pixel in them, `()` for H x W; it is None for the
+    `raw` says whether it is a Bayer mosaic. `dtype` is that of the arrays. `channels` is the shape of a pixel in them, `()` for H x W; it is None for the
     formats that pack several pixels into a group of bytes.
     """
 
@@ -54,6 +37,7 @@ class FormatInfo:
     bytes_per_group: int
     convertible: bool
     layout: str
+    raw: bool
     dtype: np.dtype[Any]
     channels: Shape | None
 
@@ -86,8 +70,8 @@ class FormatInfo:
         if self.channels is not None:
             frame, pixel = array_shape[:2], array_shape[2:]
             return (frame[0], frame[1]) if len(frame) == 2 and pixel == self.channels else None
-        if self.format is PixelFormat.YUV422 and len(array_shape) == 3 and array_shape[2] == 2:
-            array_shape = (array_shape[0], array_shape[1] * 2)
+        if len(array_shape) == 3 and array_shape[2] * self.pixels_per_group == self.bytes_per_group:
+            array_shape = (array_shape[0], array_shape[1] * array_shape[2])
         if len(array_shape) != 2 or array_shape[1] % self.bytes_per_group:
             return None
         return array_shape[0], array_shape[1] // self.bytes_per_group * self.pixels_per_group
@@ -99,12 +83,17 @@ class FormatInfo:
         return f"{self.dtype} of " + " x ".join(["rows", "columns", *map(str, self.channels)])
 
 
+def _shape_of(channels: int) -> Shape:
+    return () if channels == 1 else (channels,)
+
+
 def _format_info(row: _core._FormatRow) -> FormatInfo:
     format_ = PixelFormat(row["value"])
-    dtype, channels = _SAMPLES.get(format_, ("u1", None))
+    # Formats whose pixels share bytes are arrays of these.
+    dtype, channels = (row["dtype"], _shape_of(row["channels"])) if row["channels"] else ("u1", None)
     return FormatInfo(
         format_, row["name"], row["enumerator"], row["aliases"], row["bits_per_pixel"], row["pixels_per_group"],
-        row["bytes_per_group"], row["convertible"], row["layout"], np.dtype(dtype), channels)
+        row["bytes_per_group"], row["convertible"], row["layout"], row["raw"], np.dtype(dtype), channels)
 
 
 _FORMATS = {info.format: info for info in map(_format_info, _core.formats())}
@@ -229,8 +218,8 @@ def _choose_tile(from_: PixelFormat | str | None, tile: BayerTile | str | None) 
 def _choose_method(source: FormatInfo, target: FormatInfo, tile: BayerTile | None,
                    method: Method | str | None) -> Method:
     """Raw sources need a tile, others take none; a method is for making pictures of mosaics."""
-    raw = source.format in _RAW
-    demosaics = raw and target.format not in _RAW
+    raw = source.raw
+    demosaics = raw and not target.raw
     if demosaics and tile is None:
         raise ValueError(f"a {source.name} source needs tile, the colours of its top-left 2 x 2: "
                          + ", ".join(map(str, BayerTile)))
@@ -245,7 +234,7 @@ def _choose_method(source: FormatInfo, target: FormatInfo, tile: BayerTile | Non
 
 def _as_grey(source: FormatInfo, target: FormatInfo) -> FormatInfo:
     """Deep mosaics that are shown without colour are grey samples; the converter would take each byte for one."""
-    if target.format in _RAW:
+    if target.raw:
         return source
     grey = {PixelFormat.RAW12: PixelFormat.MONO12, PixelFormat.RAW16: PixelFormat.MONO16}
     return _FORMATS[grey.get(source.format, source.format)]
@@ -255,7 +244,7 @@ def _infer(array_shape: Shape, dtype: np.dtype[Any], tile: BayerTile | None) -> 
     """The format of an array that can be of one only. A tile says that its elements are samples of a mosaic."""
     candidates = [info for info in formats()
                   if info.convertible and _same_numbers(dtype, info.dtype) and info.size_of(array_shape) is not None
-                  and (tile is None or info.format in _RAW)]
+                  and (tile is None or info.raw)]
     sampled = [info for info in candidates if info.channels is not None]
     if len(sampled) == 1 and (tile is not None or len(candidates) == 1):
         return sampled[0].format
@@ -263,7 +252,7 @@ def _infer(array_shape: Shape, dtype: np.dtype[Any], tile: BayerTile | None) -> 
     if not candidates:
         raise ValueError(f"no format is known by {what}; say from_, and shape=(rows, columns) for flat bytes")
     raise ValueError(f"{what} may be {' or '.join(info.name for info in candidates)}; say from_"
-                     + (", and tile for a mosaic" if any(info.format in _RAW for info in candidates) else ""))
+                     + (", and tile for a mosaic" if any(info.raw for info in candidates) else ""))
 
 
 def _same_numbers(dtype: np.dtype[Any], wanted: np.dtype[Any]) -> bool:
@@ -290,7 +279,7 @@ def _size(source: FormatInfo, array_shape: Shape, dtype: np.dtype[Any],
 def _check_flat(source: FormatInfo, nbytes: int, shape: tuple[int, int]) -> None:
     rows, cols = shape
     whole = source.nbytes(rows, cols)
-    cut = -(-rows * cols * source.bits_per_pixel // 8)  # dumps may end with the last pixel
+    cut = -(-rows * cols * source.bits_per_pixel // 8)  # headerless files may end with the last pixel
     if nbytes not in (whole, cut):
         raise ValueError(f"{rows} x {cols} pixels of {source.name} are {whole} bytes, not {nbytes}")
 

@@ -1,4 +1,4 @@
-"""Pixel formats, Bayer tiles and demosaic methods as enumerations."""
+"""Bayer tiles and demosaic methods as enumerations, and how names are found."""
 
 from __future__ import annotations
 
@@ -46,32 +46,8 @@ class _Named(enum.IntEnum):
         return f"{type(self).__name__}.{self.name}"
 
 
-class PixelFormat(_Named):
-    """How the pixels of a frame are laid out.
-
-    >>> PixelFormat("bgr8"), PixelFormat("UYVY"), PixelFormat.RAW12
-    (PixelFormat.BGR, PixelFormat.YUV422, PixelFormat.RAW12)
-    """
-
-    MONO8 = 0x80000000  # 8 bits of grey
-    MONO12 = 0x100000  # grey, 2 pixels packed in 3 bytes
-    MONO16 = 0x4000000  # 16 bits of grey
-    RGB8 = 0x8000000
-    RGBU = 0x40000002  # R G B alpha
-    RGB16 = 0x2000000
-    BGR = 0x80000008
-    BGRU = 0x40000008  # B G R alpha
-    BGR16 = 0x2000001
-    BGRU16 = 0x2000002
-    YUV411 = 0x40000000  # U Y0 Y1 V Y2 Y3
-    YUV422 = 0x20000000  # U Y0 V Y1
-    YUV444 = 0x10000000  # U Y V
-    RAW8 = 0x400000  # Bayer mosaic
-    RAW12 = 0x80000  # Bayer mosaic, 2 pixels packed in 3 bytes
-    RAW16 = 0x200000  # Bayer mosaic
-    S_MONO16 = 0x1000000  # these three are copied, never converted
-    S_RGB16 = 0x800000
-    YUV422_JPEG = 0x40000001
+class NamedFormat(_Named):
+    """What PixelFormat, whose members _formats.py has, does with names."""
 
     @classmethod
     def _find(cls, name: str) -> int | None:
@@ -81,7 +57,7 @@ class PixelFormat(_Named):
     def _not_found(cls, name: str) -> str:
         names = [known.lower() for row in _core.formats() for known in (row["name"], *row["aliases"])]
         near = " or ".join(difflib.get_close_matches(name.lower(), names, n=3))
-        return f"{name!r} is no PixelFormat; " + (f"did you mean {near}? " if near else "") + "formats() lists all"
+        return f"{name!r} is no {cls.__name__}; " + (f"did you mean {near}? " if near else "") + "formats() lists all"
 
 
 class BayerTile(_Named):

@@ -27,7 +27,8 @@ from dask.delayed import delayed
 
 from ._convert import convert
 from ._frames import plan
-from ._names import BayerTile, Method, PixelFormat
+from ._formats import PixelFormat
+from ._names import BayerTile, Method
 
 __all__ = ["Written", "convert_blocks", "write_frames"]
 

@@ -2,17 +2,17 @@
 
 #include "kernels/scalar/Scalar.h"
 
-namespace Korvex2::kernels {
+namespace Korvex2::Kernels {
 
 Kernel Find(Routine routine) noexcept {
   switch (routine) {
 #define KORVEX2_KERNEL(routine, ...) \
   case Routine::routine:             \
-    return scalar::routine;
+    return Scalar::routine;
 #include "Routines.def"
     default:
       return nullptr;
   }
 }
 
-}  // namespace Korvex2::kernels
+}  // namespace Korvex2::Kernels

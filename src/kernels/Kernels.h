@@ -12,7 +12,7 @@
 
 #include "Routine.h"
 
-namespace Korvex2::kernels {
+namespace Korvex2::Kernels {
 
 /// What a kernel needs to know of the machine.
 struct Flags {
@@ -34,4 +34,4 @@ using FastKernel = std::size_t (*)(const std::uint8_t* src, std::uint8_t* dst, s
 /// none for this machine.
 FastKernel FindFast(Routine routine) noexcept;
 
-}  // namespace Korvex2::kernels
+}  // namespace Korvex2::Kernels

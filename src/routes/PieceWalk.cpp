@@ -15,20 +15,35 @@ constexpr std::size_t kPiecePixels = 1024;
 constexpr std::size_t kWidestTemporary = 6;
 constexpr std::size_t kReach = 4 * kWidestTemporary;
 
-// Bytes of four pixels, the longest group.
-RunSize AdvanceOf(const RoutineInfo& info) {
-  if (info.kind == RoutineInfo::Kind::Kernel) {
-    const std::size_t steps = 4 / info.pixelsPerStep;
-    return {steps * info.sourceBytesPerStep, steps * info.destinationBytesPerStep};
+// The longest step of any kernel, and a multiple of all others.
+constexpr std::size_t kLongestStep = 4;
+
+const RoutineInfo& FirstKernel(const RoutineInfo& info) {
+  // clang-format off
+  switch (info.kind) {
+    case RoutineInfo::Kind::Chain:   return FirstKernel(*info.firstStep);
+    case RoutineInfo::Kind::Wrapper: return FirstKernel(*info.lastStep);
+    default:                         return info;
   }
-  const RunSize last = AdvanceOf(*info.lastStep);
-  return info.kind == RoutineInfo::Kind::Chain
-             ? RunSize{AdvanceOf(*info.firstStep).source, last.destination}
-             : last;
+  // clang-format on
+}
+
+const RoutineInfo& LastKernel(const RoutineInfo& info) {
+  const bool steps =
+      info.kind == RoutineInfo::Kind::Chain || info.kind == RoutineInfo::Kind::Wrapper;
+  return steps ? LastKernel(*info.lastStep) : info;
+}
+
+std::size_t StepsOf(const RoutineInfo& kernel, std::size_t pixels) {
+  return (pixels + kernel.pixelsPerStep - 1) / kernel.pixelsPerStep;
+}
+
+RunSize AdvanceOf(const RoutineInfo& info) {
+  return RunSizeOf(info, kLongestStep);
 }
 
 void WalkChain(const RoutineInfo& info, const std::uint8_t* src, std::uint8_t* dst,
-               std::size_t pixels, kernels::Flags flags) {
+               std::size_t pixels, Kernels::Flags flags) {
   const RunSize first = AdvanceOf(*info.firstStep);
   const RunSize last = AdvanceOf(*info.lastStep);
   alignas(64) std::uint8_t temporary[kPiecePixels * kWidestTemporary + kReach];
@@ -37,8 +52,8 @@ void WalkChain(const RoutineInfo& info, const std::uint8_t* src, std::uint8_t* d
     // A last step that completes its group reads zeros there, or what the first step completed.
     const std::size_t packed = (count * first.destination + 3) / 4;
     std::memset(temporary + packed, 0, kReach);
-    Walk(*info.firstStep, src + done / 4 * first.source, temporary, count, flags);
-    Walk(*info.lastStep, temporary, dst + done / 4 * last.destination, count, flags);
+    Walk(*info.firstStep, src + done / kLongestStep * first.source, temporary, count, flags);
+    Walk(*info.lastStep, temporary, dst + done / kLongestStep * last.destination, count, flags);
   }
 }
 
@@ -59,32 +74,35 @@ bool IsWalkable(const RoutineInfo& info) noexcept {
 }
 
 RunSize RunSizeOf(const RoutineInfo& info, std::size_t pixels) noexcept {
-  const RunSize advance = AdvanceOf(info);
-  const std::size_t groups = (pixels + 3) / 4;
-  return {groups * advance.source, groups * advance.destination};
+  const RoutineInfo& first = FirstKernel(info);
+  const RoutineInfo& last = LastKernel(info);
+  return {StepsOf(first, pixels) * first.sourceBytesPerStep,
+          StepsOf(last, pixels) * last.destinationBytesPerStep};
+}
+
+std::size_t PixelsPerCut(const RoutineInfo& info) noexcept {
+  return info.kind == RoutineInfo::Kind::Kernel ? info.pixelsPerStep : kLongestStep;
 }
 
 bool ClearsDestination(const RoutineInfo& info) noexcept {
-  return info.kind == RoutineInfo::Kind::Kernel
-             ? info.extra == RoutineInfo::Extra::ClearsDestination
-             : ClearsDestination(*info.lastStep);
+  return LastKernel(info).extra == RoutineInfo::Extra::ClearsDestination;
 }
 
 void Walk(const RoutineInfo& info, const std::uint8_t* src, std::uint8_t* dst, std::size_t pixels,
-          kernels::Flags flags) noexcept {
-  if (const kernels::FastKernel fast = kernels::FindFast(RoutineOf(info))) {
+          Kernels::Flags flags) noexcept {
+  if (const Kernels::FastKernel fast = Kernels::FindFast(RoutineOf(info))) {
     const std::size_t done = fast(src, dst, pixels);
     if (done == pixels) {
       return;
     }
     const RunSize advance = AdvanceOf(info);
-    src += done / 4 * advance.source;
-    dst += done / 4 * advance.destination;
+    src += done / kLongestStep * advance.source;
+    dst += done / kLongestStep * advance.destination;
     pixels -= done;
   }
   switch (info.kind) {
     case RoutineInfo::Kind::Kernel:
-      return kernels::Find(RoutineOf(info))(src, dst, pixels, flags);
+      return Kernels::Find(RoutineOf(info))(src, dst, pixels, flags);
     case RoutineInfo::Kind::Wrapper:
       return Walk(*info.lastStep, src, dst, pixels, flags);
     case RoutineInfo::Kind::Chain:

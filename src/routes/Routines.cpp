@@ -68,30 +68,15 @@ struct Cell {
   Routine routine;
 };
 
+constexpr Cell kCells[] = {
 #define CELL(target, source, routine) \
   {PIXEL_FORMAT_##target, PIXEL_FORMAT_##source, Routine::routine},
-
-constexpr Cell kCells[] = {
-#define GREY_TARGETS(source, mono8, mono12, mono16) \
-  CELL(MONO8, source, mono8) CELL(MONO12, source, mono12) CELL(MONO16, source, mono16)
-#define RGB_TARGETS(source, rgb, rgbu, rgb16) \
-  CELL(RGB8, source, rgb) CELL(RGBU, source, rgbu) CELL(RGB16, source, rgb16)
-#define BGR_TARGETS(source, bgr, bgru, bgr16, bgru16) \
-  CELL(BGR, source, bgr)                              \
-  CELL(BGRU, source, bgru) CELL(BGR16, source, bgr16) CELL(BGRU16, source, bgru16)
-#define YUV_TARGETS(source, yuv411, yuv422, yuv444) \
-  CELL(411YUV8, source, yuv411) CELL(422YUV8, source, yuv422) CELL(444YUV8, source, yuv444)
-#define RAW_TARGETS(source, raw8, raw12, raw16) \
-  CELL(RAW8, source, raw8) CELL(RAW12, source, raw12) CELL(RAW16, source, raw16)
 #include "routes/Dispatch.def"
 };
-#undef CELL
 
 constexpr std::array kFormats = {
-    PIXEL_FORMAT_MONO8,   PIXEL_FORMAT_MONO12, PIXEL_FORMAT_MONO16,  PIXEL_FORMAT_RGB8,
-    PIXEL_FORMAT_RGBU,    PIXEL_FORMAT_RGB16,  PIXEL_FORMAT_BGR,     PIXEL_FORMAT_BGRU,
-    PIXEL_FORMAT_BGR16,   PIXEL_FORMAT_BGRU16, PIXEL_FORMAT_411YUV8, PIXEL_FORMAT_422YUV8,
-    PIXEL_FORMAT_444YUV8, PIXEL_FORMAT_RAW8,   PIXEL_FORMAT_RAW12,   PIXEL_FORMAT_RAW16,
+#define KORVEX2_FORMAT(enumerator, ...) PIXEL_FORMAT_##enumerator,
+#include "Formats.def"
 };
 
 constexpr std::size_t PositionOf(PixelFormat format) {

@@ -53,10 +53,10 @@ def test_clients_can_derive_and_ask_for_the_type(name):
 
 def test_the_choice_of_instructions_is_one_for_both_libraries():
     taken = {name: version for _, name, version in symbols(KORVEX2, "--undefined-only")}
-    assert taken["Korvex2::Simd::activeTarget()"] == f"VORBAYER_PRIVATE_{RELEASE}"
+    assert taken["Korvex2::Simd::ActiveInstructionSet()"] == f"VORBAYER_PRIVATE_{RELEASE}"
     everything = subprocess.run([os.environ["NM"], "--demangle", "--defined-only", KORVEX2], check=True,
                                 capture_output=True, text=True).stdout
-    assert "Korvex2::" in everything and "Korvex2::Simd::activeTarget" not in everything
+    assert "Korvex2::" in everything and "Korvex2::Simd::ActiveInstructionSet" not in everything
 
 
 def test_the_engine_is_called_through_its_symbol():

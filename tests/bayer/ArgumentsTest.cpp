@@ -22,7 +22,7 @@ struct Arguments {
   int pattern = BAYER_PATTERN_RGGB;
 };
 
-int call(const Arguments& arguments) {
+int CallEngine(const Arguments& arguments) {
   const Bytes in(4 * 4 * 2, 7);
   Bytes out(4 * 4 * 8, 0xA5);
   const Bytes before(out.size(), 0xA5);
@@ -36,67 +36,67 @@ int call(const Arguments& arguments) {
 }
 
 TEST(Arguments, Succeed) {
-  EXPECT_EQ(call({}), beOK);
+  EXPECT_EQ(CallEngine({}), beOK);
 }
 
 TEST(Arguments, OddSizesAreRefusedRowsFirst) {
-  EXPECT_EQ(call({.rows = 3}), beODD_ROWS);
-  EXPECT_EQ(call({.cols = 3}), beODD_COLS);
-  EXPECT_EQ(call({.rows = 1, .cols = 1}), beODD_ROWS);
-  EXPECT_EQ(call({.rows = 3, .cols = 3}), beODD_ROWS);
+  EXPECT_EQ(CallEngine({.rows = 3}), beODD_ROWS);
+  EXPECT_EQ(CallEngine({.cols = 3}), beODD_COLS);
+  EXPECT_EQ(CallEngine({.rows = 1, .cols = 1}), beODD_ROWS);
+  EXPECT_EQ(CallEngine({.rows = 3, .cols = 3}), beODD_ROWS);
 }
 
 TEST(Arguments, UnknownFormatsAndPatternsAreInvalid) {
   for (const int format : {2, 3, 4, 5, 6, 7, 8, 9, 10, -1, INT_MAX, INT_MIN}) {
-    EXPECT_EQ(call({.input = format}), beINVALID_PATTERN) << format;
+    EXPECT_EQ(CallEngine({.input = format}), beINVALID_PATTERN) << format;
   }
   for (const int format : {0, 1, 10, -1, INT_MAX, INT_MIN}) {
-    EXPECT_EQ(call({.output = format}), beINVALID_PATTERN) << format;
+    EXPECT_EQ(CallEngine({.output = format}), beINVALID_PATTERN) << format;
   }
   for (const int pattern : {4, -1, INT_MAX, INT_MIN}) {
-    EXPECT_EQ(call({.pattern = pattern}), beINVALID_PATTERN) << pattern;
+    EXPECT_EQ(CallEngine({.pattern = pattern}), beINVALID_PATTERN) << pattern;
   }
 }
 
 TEST(Arguments, UnknownMethodsFail) {
   for (const int method : {6, 7, -1, INT_MAX, INT_MIN}) {
-    EXPECT_EQ(call({.method = method}), beFAILED) << method;
+    EXPECT_EQ(CallEngine({.method = method}), beFAILED) << method;
   }
 }
 
 TEST(Arguments, NullBuffersFail) {
-  EXPECT_EQ(call({.nullInput = true}), beFAILED);
-  EXPECT_EQ(call({.nullOutput = true}), beFAILED);
+  EXPECT_EQ(CallEngine({.nullInput = true}), beFAILED);
+  EXPECT_EQ(CallEngine({.nullOutput = true}), beFAILED);
 }
 
 TEST(Arguments, NegativeSizesFail) {
   for (const int size : {-1, -2, INT_MIN, INT_MIN + 1}) {
-    EXPECT_EQ(call({.rows = size}), beFAILED) << size;
-    EXPECT_EQ(call({.cols = size}), beFAILED) << size;
-    EXPECT_EQ(call({.rows = size, .cols = 0}), beFAILED) << size;
+    EXPECT_EQ(CallEngine({.rows = size}), beFAILED) << size;
+    EXPECT_EQ(CallEngine({.cols = size}), beFAILED) << size;
+    EXPECT_EQ(CallEngine({.rows = size, .cols = 0}), beFAILED) << size;
   }
 }
 
 TEST(Arguments, PicturesWithoutPixelsSucceed) {
   for (const bool null : {false, true}) {
-    EXPECT_EQ(call({.nullInput = null, .rows = 0, .cols = 0, .nullOutput = null}), beOK);
-    EXPECT_EQ(call({.nullInput = null, .rows = 0, .cols = 4, .nullOutput = null}), beOK);
-    EXPECT_EQ(call({.nullInput = null, .rows = 3, .cols = 0, .nullOutput = null}), beOK);
+    EXPECT_EQ(CallEngine({.nullInput = null, .rows = 0, .cols = 0, .nullOutput = null}), beOK);
+    EXPECT_EQ(CallEngine({.nullInput = null, .rows = 0, .cols = 4, .nullOutput = null}), beOK);
+    EXPECT_EQ(CallEngine({.nullInput = null, .rows = 3, .cols = 0, .nullOutput = null}), beOK);
   }
 }
 
 TEST(Arguments, SizesThatNoBufferHasFail) {
-  EXPECT_EQ(call({.rows = INT_MAX - 1, .cols = INT_MAX - 1}), beFAILED);
+  EXPECT_EQ(CallEngine({.rows = INT_MAX - 1, .cols = INT_MAX - 1}), beFAILED);
 }
 
 TEST(Arguments, MethodAndSignsComeFirstThenFormatsThenParityThenNulls) {
   constexpr int kNone = 77;
-  EXPECT_EQ(call({.input = kNone, .rows = 3, .method = kNone}), beFAILED);
-  EXPECT_EQ(call({.rows = -1, .pattern = kNone}), beFAILED);
-  EXPECT_EQ(call({.rows = 3, .pattern = kNone}), beINVALID_PATTERN);
-  EXPECT_EQ(call({.rows = 0, .pattern = kNone}), beINVALID_PATTERN);
-  EXPECT_EQ(call({.nullInput = true, .rows = 3}), beODD_ROWS);
-  EXPECT_EQ(call({.cols = 3, .nullOutput = true}), beODD_COLS);
+  EXPECT_EQ(CallEngine({.input = kNone, .rows = 3, .method = kNone}), beFAILED);
+  EXPECT_EQ(CallEngine({.rows = -1, .pattern = kNone}), beFAILED);
+  EXPECT_EQ(CallEngine({.rows = 3, .pattern = kNone}), beINVALID_PATTERN);
+  EXPECT_EQ(CallEngine({.rows = 0, .pattern = kNone}), beINVALID_PATTERN);
+  EXPECT_EQ(CallEngine({.nullInput = true, .rows = 3}), beODD_ROWS);
+  EXPECT_EQ(CallEngine({.cols = 3, .nullOutput = true}), beODD_COLS);
 }
 
 TEST(Arguments, NumbersAreThoseOfTheInterface) {

@@ -20,19 +20,19 @@ TEST_P(BlocksTest, AnySizeGivesTheSamePicture) {
   const int rows = slow ? 22 : 54;
   const int cols = slow ? 70 : 150;
   for (const bool deep : {false, true}) {
-    const Mosaic mosaic = randomMosaic(rows, cols, deep ? 65535 : 255, 51);
+    const Mosaic mosaic = RandomMosaic(rows, cols, deep ? 65535 : 255, 51);
     for (const BayerPattern pattern : {BAYER_PATTERN_RGGB, BAYER_PATTERN_GBRG}) {
       Call call{.method = GetParam(),
                 .pattern = pattern,
                 .input = deep ? BAYER_PIXEL_FORMAT_RAW16 : BAYER_PIXEL_FORMAT_RAW8,
                 .output = deep ? BAYER_PIXEL_FORMAT_BGR16 : BAYER_PIXEL_FORMAT_BGR8};
-      const Bytes expected = demosaicedBytes(mosaic, call);
-      for (const Target target : {Target::kPlain, activeTarget()}) {
+      const Bytes expected = DemosaicedBytes(mosaic, call);
+      for (const InstructionSet set : {InstructionSet::Plain, ActiveInstructionSet()}) {
         for (const auto& [blockRows, blockCols] : kBlocks) {
           if (!walk.Takes()) continue;
-          call.settings = {.target = target, .blockRows = blockRows, .blockCols = blockCols};
-          EXPECT_TRUE(demosaicedBytes(mosaic, call) == expected)
-              << blockRows << 'x' << blockCols << " target " << targetName(target);
+          call.settings = {.instructionSet = set, .blockRows = blockRows, .blockCols = blockCols};
+          EXPECT_TRUE(DemosaicedBytes(mosaic, call) == expected)
+              << blockRows << 'x' << blockCols << " on " << InstructionSetName(set);
         }
       }
     }
@@ -41,16 +41,16 @@ TEST_P(BlocksTest, AnySizeGivesTheSamePicture) {
 
 // Larger than any method's block.
 TEST_P(BlocksTest, TheMethodsOwnSizeGivesTheSamePictureAsAnother) {
-  const Mosaic mosaic = randomMosaic(100, 8800, 255, 52);
+  const Mosaic mosaic = RandomMosaic(100, 8800, 255, 52);
   Call call{.method = GetParam()};
-  const Bytes expected = demosaicedBytes(mosaic, call);
+  const Bytes expected = DemosaicedBytes(mosaic, call);
   call.settings.blockRows = 22;
   call.settings.blockCols = 630;
-  EXPECT_TRUE(demosaicedBytes(mosaic, call) == expected);
+  EXPECT_TRUE(DemosaicedBytes(mosaic, call) == expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, BlocksTest, testing::ValuesIn(kAllMethods),
-                         [](const auto& info) { return methodName(info.param); });
+                         [](const auto& info) { return MethodName(info.param); });
 
 }  // namespace
 }  // namespace Korvex2::Bayer

@@ -5,7 +5,7 @@
 
 #include <tuple>
 
-#include "Target.h"
+#include "InstructionSet.h"
 #include "TestPictures.h"
 #include "reference/Demosaic.h"
 #include "support/Walk.h"
@@ -17,25 +17,25 @@ using Test::Walk;
 
 class DefinitionsTest : public testing::TestWithParam<std::tuple<BayerMethod, BayerPattern>> {
  protected:
-  static void compare(const Mosaic& mosaic, BayerPixelFormat input, BayerPixelFormat output) {
+  static void Compare(const Mosaic& mosaic, BayerPixelFormat input, BayerPixelFormat output) {
     const auto [method, pattern] = GetParam();
     Call call{.method = method, .pattern = pattern, .input = input, .output = output};
-    const Bytes samples = encoded(mosaic, input);
-    Bytes defined(pictureBytes(mosaic.rows, mosaic.cols, output));
+    const Bytes samples = Encoded(mosaic, input);
+    Bytes defined(PictureBytes(mosaic.rows, mosaic.cols, output));
     ASSERT_EQ(Reference::DemosaicByDefinition(input, samples.data(), mosaic.rows, mosaic.cols,
                                               output, defined.data(), method, pattern),
               beOK);
-    for (const Target target : availableTargets()) {
-      call.settings.target = target;
-      ASSERT_TRUE(demosaicedBytes(mosaic, call) == defined)
+    for (const InstructionSet set : AvailableInstructionSets()) {
+      call.settings.instructionSet = set;
+      ASSERT_TRUE(DemosaicedBytes(mosaic, call) == defined)
           << mosaic.rows << 'x' << mosaic.cols << " formats " << input << " to " << output << " on "
-          << targetName(target);
+          << InstructionSetName(set);
     }
   }
 
-  static void compareContents(int rows, int cols) {
-    forEachContent(rows, cols,
-                   [&](const Mosaic& mosaic, auto... formats) { compare(mosaic, formats...); });
+  static void CompareContents(int rows, int cols) {
+    ForEachContent(rows, cols,
+                   [&](const Mosaic& mosaic, auto... formats) { Compare(mosaic, formats...); });
   }
 };
 
@@ -43,7 +43,7 @@ TEST_P(DefinitionsTest, HoldAtEverySize) {
   Walk walk;
   for (int rows = 2; rows <= 40; rows += 2) {
     for (int cols = 2; cols <= 40; cols += 2) {
-      if (walk.Takes()) compareContents(rows, cols);
+      if (walk.Takes()) CompareContents(rows, cols);
       if (HasFatalFailure()) return;
     }
   }
@@ -51,16 +51,16 @@ TEST_P(DefinitionsTest, HoldAtEverySize) {
 
 TEST_P(DefinitionsTest, HoldAtWidthsAroundVectorsAndBlocks) {
   for (const int cols : {62, 64, 66, 126, 130, 258}) {
-    compareContents(6, cols);
+    CompareContents(6, cols);
     if (HasFatalFailure()) return;
   }
-  compare(randomMosaic(4, 8200, 255, 61), BAYER_PIXEL_FORMAT_RAW8, BAYER_PIXEL_FORMAT_BGR8);
-  compare(randomMosaic(4, 8200, 65535, 62), BAYER_PIXEL_FORMAT_RAW16, BAYER_PIXEL_FORMAT_BGR16);
+  Compare(RandomMosaic(4, 8200, 255, 61), BAYER_PIXEL_FORMAT_RAW8, BAYER_PIXEL_FORMAT_BGR8);
+  Compare(RandomMosaic(4, 8200, 65535, 62), BAYER_PIXEL_FORMAT_RAW16, BAYER_PIXEL_FORMAT_BGR16);
 }
 
-std::string nameOf(const testing::TestParamInfo<std::tuple<BayerMethod, BayerPattern>>& info) {
+std::string NameOf(const testing::TestParamInfo<std::tuple<BayerMethod, BayerPattern>>& info) {
   constexpr const char* kNames[] = {"RGGB", "GRBG", "GBRG", "BGGR"};
-  return std::string(methodName(std::get<0>(info.param))) + '_' + kNames[std::get<1>(info.param)];
+  return std::string(MethodName(std::get<0>(info.param))) + '_' + kNames[std::get<1>(info.param)];
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, DefinitionsTest,
@@ -68,7 +68,7 @@ INSTANTIATE_TEST_SUITE_P(Each, DefinitionsTest,
                                                           BAYER_METHOD_EDGE_SENSING,
                                                           BAYER_METHOD_HQLINEAR),
                                           testing::ValuesIn(kAllPatterns)),
-                         nameOf);
+                         NameOf);
 
 }  // namespace
 }  // namespace Korvex2::Bayer

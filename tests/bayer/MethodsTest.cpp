@@ -14,8 +14,8 @@ using Test::Walk;
 
 constexpr int kGreen = 1;
 
-std::size_t channelAt(BayerPattern pattern, int y, int x) {
-  return static_cast<std::size_t>(colourAt(pattern, y, x));
+std::size_t ChannelAt(BayerPattern pattern, int y, int x) {
+  return static_cast<std::size_t>(ColourAt(pattern, y, x));
 }
 
 class EachMethod : public testing::TestWithParam<BayerMethod> {};
@@ -31,7 +31,7 @@ TEST_P(EachMethod, ConstantsStayConstant) {
         Call call{.method = GetParam(), .pattern = pattern};
         const auto expect = [&](int channel) {
           const auto same = static_cast<std::uint16_t>(channel);
-          const Picture picture = demosaiced(mosaic, call);
+          const Picture picture = Demosaiced(mosaic, call);
           EXPECT_TRUE(std::ranges::all_of(picture.pixels,
                                           [same](const Rgb& pixel) {
                                             return pixel == Rgb{same, same, same};
@@ -57,15 +57,15 @@ TEST_P(EachMethod, KeepsTheSamples) {
   for (const auto& [rows, cols] : {std::pair{2, 2}, {4, 6}, {18, 70}}) {
     for (const BayerPattern pattern : kAllPatterns) {
       for (const bool deep : {false, true}) {
-        const Mosaic mosaic = randomMosaic(rows, cols, deep ? 65535 : 255, 11);
-        const Picture picture = demosaiced(
+        const Mosaic mosaic = RandomMosaic(rows, cols, deep ? 65535 : 255, 11);
+        const Picture picture = Demosaiced(
             mosaic, {.method = GetParam(),
                      .pattern = pattern,
                      .input = deep ? BAYER_PIXEL_FORMAT_RAW16 : BAYER_PIXEL_FORMAT_RAW8,
                      .output = deep ? BAYER_PIXEL_FORMAT_BGR16 : BAYER_PIXEL_FORMAT_BGR8});
         for (int y = 0; y < rows; ++y) {
           for (int x = 0; x < cols; ++x) {
-            ASSERT_EQ(picture.at(y, x)[channelAt(pattern, y, x)], mosaic.at(y, x))
+            ASSERT_EQ(picture.at(y, x)[ChannelAt(pattern, y, x)], mosaic.at(y, x))
                 << y << ',' << x << " pattern " << pattern;
           }
         }
@@ -82,7 +82,7 @@ TEST_P(EachMethod, ImpulsesDoNotShift) {
     Mosaic mosaic(kSize, kSize);
     std::ranges::fill(mosaic.samples, std::uint16_t{10000});
     for (int i = 0; i < 4; ++i) mosaic.at(kTile + i / 2, kTile + i % 2) = 50000;
-    const Picture picture = demosaiced(mosaic, {.method = GetParam(),
+    const Picture picture = Demosaiced(mosaic, {.method = GetParam(),
                                                 .pattern = pattern,
                                                 .input = BAYER_PIXEL_FORMAT_RAW16,
                                                 .output = BAYER_PIXEL_FORMAT_RGB16});
@@ -106,12 +106,12 @@ TEST_P(EachMethod, ImpulsesDoNotShift) {
 TEST_P(EachMethod, TwoByTwoHasTheTilesColours) {
   Mosaic mosaic(2, 2);
   mosaic.samples = {200, 100, 100, 50};
-  const Picture picture = demosaiced(mosaic, {.method = GetParam()});
+  const Picture picture = Demosaiced(mosaic, {.method = GetParam()});
   for (const Rgb& pixel : picture.pixels) EXPECT_EQ(pixel, (Rgb{200, 100, 50}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, EachMethod, testing::ValuesIn(kAllMethods),
-                         [](const auto& info) { return methodName(info.param); });
+                         [](const auto& info) { return MethodName(info.param); });
 
 // ------------------------------------------------------------------------------------ HQ linear
 
@@ -126,7 +126,7 @@ TEST(HqLinear, RampsStayLinearInside) {
     }
     for (const BayerPattern pattern : kAllPatterns) {
       const Picture picture =
-          demosaiced(mosaic, {.method = BAYER_METHOD_HQLINEAR, .pattern = pattern});
+          Demosaiced(mosaic, {.method = BAYER_METHOD_HQLINEAR, .pattern = pattern});
       for (int y = 2; y < mosaic.rows - 2; ++y) {
         for (int x = 2; x < mosaic.cols - 2; ++x) {
           const std::uint16_t value = mosaic.at(y, x);
@@ -147,7 +147,7 @@ TEST(EdgeSensing, GreenFollowsTheEdge) {
   }
   for (const BayerPattern pattern : kAllPatterns) {
     const Picture picture =
-        demosaiced(mosaic, {.method = BAYER_METHOD_EDGE_SENSING, .pattern = pattern});
+        Demosaiced(mosaic, {.method = BAYER_METHOD_EDGE_SENSING, .pattern = pattern});
     for (int y = 0; y < 16; ++y) {
       for (int x = 0; x < 16; ++x) {
         EXPECT_EQ(picture.at(y, x)[kGreen], mosaic.at(y, x)) << y << ',' << x;
@@ -172,17 +172,17 @@ TEST(EdgeSensing, GreenIsHamiltonAndAdams) {
   mosaic.at(6, 4) = 98;
   const Call call{.method = BAYER_METHOD_EDGE_SENSING};
   // Across: (52 + 54) / 2 + (200 - 96 - 98) / 4 = 54.5, the change 2 + 6 is the smaller one.
-  EXPECT_EQ(demosaiced(mosaic, call).at(4, 4)[kGreen], 55);
+  EXPECT_EQ(Demosaiced(mosaic, call).at(4, 4)[kGreen], 55);
   // Along: (49 + 50) / 2 + (200 - 98 - 97) / 4 = 50.75, the change 1 + 5.
   mosaic.at(4, 3) = 49;
   mosaic.at(4, 5) = 50;
   mosaic.at(4, 2) = 98;
   mosaic.at(4, 6) = 97;
-  EXPECT_EQ(demosaiced(mosaic, call).at(4, 4)[kGreen], 51);
+  EXPECT_EQ(Demosaiced(mosaic, call).at(4, 4)[kGreen], 51);
   // Equal changes, 2 + 6 each: the mean of 54.5 and (49 + 51) / 2 + 6 / 4 = 51.5.
   mosaic.at(4, 5) = 51;
   mosaic.at(4, 2) = 97;
-  EXPECT_EQ(demosaiced(mosaic, call).at(4, 4)[kGreen], 53);
+  EXPECT_EQ(Demosaiced(mosaic, call).at(4, 4)[kGreen], 53);
 }
 
 // Colours that differ from green by a constant come out exactly.
@@ -196,7 +196,7 @@ TEST(EdgeSensing, ConstantDifferencesAreExact) {
     }
   }
   for (const BayerPattern pattern : kAllPatterns) {
-    const Picture result = demosaiced(mosaicOf(picture, pattern),
+    const Picture result = Demosaiced(MosaicOf(picture, pattern),
                                       {.method = BAYER_METHOD_EDGE_SENSING, .pattern = pattern});
     for (int y = 3; y < picture.rows - 3; ++y) {
       for (int x = 3; x < picture.cols - 3; ++x) EXPECT_EQ(result.at(y, x), picture.at(y, x));

@@ -13,7 +13,7 @@ using Test::Walk;
 
 class OutputTest : public testing::TestWithParam<BayerMethod> {
  protected:
-  Call callFor(BayerPixelFormat input, BayerPixelFormat output,
+  Call CallFor(BayerPixelFormat input, BayerPixelFormat output,
                BayerPattern pattern = BAYER_PATTERN_RGGB) const {
     return {.method = GetParam(), .pattern = pattern, .input = input, .output = output};
   }
@@ -21,44 +21,44 @@ class OutputTest : public testing::TestWithParam<BayerMethod> {
 
 // All formats of one depth hold the same colours.
 TEST_P(OutputTest, FormatsAgree) {
-  const Mosaic mosaic = randomMosaic(12, 70, 255, 1);
+  const Mosaic mosaic = RandomMosaic(12, 70, 255, 1);
   for (const BayerPixelFormat input : kInputFormats) {
-    const Picture in8 = demosaiced(mosaic, callFor(input, BAYER_PIXEL_FORMAT_RGB8));
-    const Picture in16 = demosaiced(mosaic, callFor(input, BAYER_PIXEL_FORMAT_RGB16));
+    const Picture in8 = Demosaiced(mosaic, CallFor(input, BAYER_PIXEL_FORMAT_RGB8));
+    const Picture in16 = Demosaiced(mosaic, CallFor(input, BAYER_PIXEL_FORMAT_RGB16));
     for (const BayerPixelFormat output : kOutputFormats) {
-      const Picture picture = demosaiced(mosaic, callFor(input, output));
-      EXPECT_EQ(picture, channelBytesOf(output) == 1 ? in8 : in16) << input << " to " << output;
+      const Picture picture = Demosaiced(mosaic, CallFor(input, output));
+      EXPECT_EQ(picture, ChannelBytesOf(output) == 1 ? in8 : in16) << input << " to " << output;
     }
   }
 }
 
 TEST_P(OutputTest, SixteenBitsAreReducedByTheirHighByte) {
-  const Mosaic mosaic = randomMosaic(12, 70, 65535, 2);
-  Picture full = demosaiced(mosaic, callFor(BAYER_PIXEL_FORMAT_RAW16, BAYER_PIXEL_FORMAT_RGB16));
+  const Mosaic mosaic = RandomMosaic(12, 70, 65535, 2);
+  Picture full = Demosaiced(mosaic, CallFor(BAYER_PIXEL_FORMAT_RAW16, BAYER_PIXEL_FORMAT_RGB16));
   for (Rgb& pixel : full.pixels) {
     for (auto& channel : pixel) channel = static_cast<std::uint16_t>(channel >> 8);
   }
-  EXPECT_EQ(demosaiced(mosaic, callFor(BAYER_PIXEL_FORMAT_RAW16, BAYER_PIXEL_FORMAT_RGB8)), full);
+  EXPECT_EQ(Demosaiced(mosaic, CallFor(BAYER_PIXEL_FORMAT_RAW16, BAYER_PIXEL_FORMAT_RGB8)), full);
 }
 
 TEST_P(OutputTest, EightBitsAreWidenedBeforeTheWork) {
-  const Mosaic mosaic = randomMosaic(12, 70, 255, 3);
+  const Mosaic mosaic = RandomMosaic(12, 70, 255, 3);
   Mosaic widened = mosaic;
   for (auto& sample : widened.samples) sample = static_cast<std::uint16_t>(sample * 257);
-  EXPECT_EQ(demosaiced(mosaic, callFor(BAYER_PIXEL_FORMAT_RAW8, BAYER_PIXEL_FORMAT_RGB16)),
-            demosaiced(widened, callFor(BAYER_PIXEL_FORMAT_RAW16, BAYER_PIXEL_FORMAT_RGB16)));
+  EXPECT_EQ(Demosaiced(mosaic, CallFor(BAYER_PIXEL_FORMAT_RAW8, BAYER_PIXEL_FORMAT_RGB16)),
+            Demosaiced(widened, CallFor(BAYER_PIXEL_FORMAT_RAW16, BAYER_PIXEL_FORMAT_RGB16)));
 }
 
 TEST_P(OutputTest, EveryPixelIsWritten) {
   Walk walk;
   for (int rows = 2; rows <= 10; rows += 2) {
     for (const int cols : {2, 4, 14, 16, 18, 62, 64, 66, 130}) {
-      const Mosaic mosaic = randomMosaic(rows, cols, 255, 4);
+      const Mosaic mosaic = RandomMosaic(rows, cols, 255, 4);
       for (const BayerPixelFormat input : kInputFormats) {
         for (const BayerPixelFormat output : kOutputFormats) {
           if (!walk.Takes()) continue;
-          const Call call = callFor(input, output);
-          EXPECT_TRUE(demosaicedBytes(mosaic, call, 0x00) == demosaicedBytes(mosaic, call, 0xFF));
+          const Call call = CallFor(input, output);
+          EXPECT_TRUE(DemosaicedBytes(mosaic, call, 0x00) == DemosaicedBytes(mosaic, call, 0xFF));
         }
       }
     }
@@ -68,13 +68,13 @@ TEST_P(OutputTest, EveryPixelIsWritten) {
 TEST_P(OutputTest, NothingAroundThePictureIsTouchedAndAddressesMayBeOdd) {
   constexpr std::size_t kAround = 200;
   for (const int cols : {2, 6, 34, 66, 100}) {
-    const Mosaic mosaic = randomMosaic(6, cols, 255, 5);
+    const Mosaic mosaic = RandomMosaic(6, cols, 255, 5);
     for (const BayerPixelFormat input : kInputFormats) {
-      const Bytes in = encoded(mosaic, input);
+      const Bytes in = Encoded(mosaic, input);
       Bytes shifted(in.size() + 1);
       std::memcpy(shifted.data() + 1, in.data(), in.size());
       for (const BayerPixelFormat output : kOutputFormats) {
-        const Bytes expected = demosaicedBytes(mosaic, callFor(input, output));
+        const Bytes expected = DemosaicedBytes(mosaic, CallFor(input, output));
         for (std::size_t shift = 0; shift < 4; ++shift) {
           Bytes space(expected.size() + 2 * kAround + shift, 0xA5);
           Bytes wanted = Bytes(space.size(), 0xA5);
@@ -91,21 +91,21 @@ TEST_P(OutputTest, NothingAroundThePictureIsTouchedAndAddressesMayBeOdd) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, OutputTest, testing::ValuesIn(kAllMethods),
-                         [](const auto& info) { return methodName(info.param); });
+                         [](const auto& info) { return MethodName(info.param); });
 
 TEST(Mirroring, TurnsAboutTheEdgeSample) {
-  EXPECT_EQ(mirrored(-1, 10), 1);
-  EXPECT_EQ(mirrored(-3, 10), 3);
-  EXPECT_EQ(mirrored(0, 10), 0);
-  EXPECT_EQ(mirrored(9, 10), 9);
-  EXPECT_EQ(mirrored(10, 10), 8);
-  EXPECT_EQ(mirrored(12, 10), 6);
+  EXPECT_EQ(Mirrored(-1, 10), 1);
+  EXPECT_EQ(Mirrored(-3, 10), 3);
+  EXPECT_EQ(Mirrored(0, 10), 0);
+  EXPECT_EQ(Mirrored(9, 10), 9);
+  EXPECT_EQ(Mirrored(10, 10), 8);
+  EXPECT_EQ(Mirrored(12, 10), 6);
 }
 
 TEST(Mirroring, KeepsTheColourHoweverSmallThePicture) {
   for (int size = 2; size <= 8; size += 2) {
     for (int position = -50; position <= 50; ++position) {
-      const std::ptrdiff_t place = mirrored(position, size);
+      const std::ptrdiff_t place = Mirrored(position, size);
       EXPECT_TRUE(place >= 0 && place < size);
       EXPECT_EQ((place ^ position) & 1, 0);
     }

@@ -20,32 +20,32 @@ namespace {
 // Squared errors of the three channels together.
 class Error {
  public:
-  void add(const Rgb& a, const Rgb& b) {
+  void Add(const Rgb& a, const Rgb& b) {
     for (std::size_t c = 0; c < 3; ++c) {
       const double difference = static_cast<double>(a[c]) - static_cast<double>(b[c]);
-      sum_ += difference * difference;
-      ++count_;
+      m_sum += difference * difference;
+      ++m_count;
     }
   }
-  double psnr() const { return 10 * std::log10(255.0 * 255.0 * count_ / sum_); }
+  double psnr() const { return 10 * std::log10(255.0 * 255.0 * m_count / m_sum); }
 
  private:
-  double sum_ = 0;
-  double count_ = 0;
+  double m_sum = 0;
+  double m_count = 0;
 };
 
 // Pixels at each side that are the border; figures of quality commonly leave them out.
 constexpr int kBorder = 10;
 
-int distanceToBorder(const Picture& picture, int y, int x) {
+int DistanceToBorder(const Picture& picture, int y, int x) {
   return std::min(std::min(y, picture.rows - 1 - y), std::min(x, picture.cols - 1 - x));
 }
 
-double psnrInside(const Picture& truth, const Picture& result) {
+double PsnrInside(const Picture& truth, const Picture& result) {
   Error error;
   for (int y = 0; y < truth.rows; ++y) {
     for (int x = 0; x < truth.cols; ++x) {
-      if (distanceToBorder(truth, y, x) >= kBorder) error.add(truth.at(y, x), result.at(y, x));
+      if (DistanceToBorder(truth, y, x) >= kBorder) error.Add(truth.at(y, x), result.at(y, x));
     }
   }
   return error.psnr();
@@ -68,13 +68,13 @@ constexpr Floors kFloors[] = {
 };
 
 void PrintTo(const Floors& floors, std::ostream* out) {
-  *out << methodName(floors.method);
+  *out << MethodName(floors.method);
 }
 
 class QualityTest : public testing::TestWithParam<Floors> {
  protected:
-  Picture result(const Picture& truth) const {
-    return demosaiced(mosaicOf(truth, BAYER_PATTERN_RGGB), {.method = GetParam().method});
+  Picture Result(const Picture& truth) const {
+    return Demosaiced(MosaicOf(truth, BAYER_PATTERN_RGGB), {.method = GetParam().method});
   }
 };
 
@@ -82,10 +82,10 @@ TEST_P(QualityTest, Scenes) {
   constexpr int kScenes = 6;
   double sum = 0;
   for (std::uint32_t seed = 0; seed < kScenes; ++seed) {
-    const Picture truth = scene(160, 160, 61 + seed);
-    sum += psnrInside(truth, result(truth));
+    const Picture truth = Scene(160, 160, 61 + seed);
+    sum += PsnrInside(truth, Result(truth));
   }
-  std::cout << methodName(GetParam().method) << ": " << sum / kScenes << " dB over scenes\n";
+  std::cout << MethodName(GetParam().method) << ": " << sum / kScenes << " dB over scenes\n";
   EXPECT_GE(sum / kScenes, GetParam().scenes);
 }
 
@@ -93,27 +93,27 @@ TEST_P(QualityTest, BordersAreAlmostAsGoodAsTheInside) {
   Error border;
   Error inside;
   for (std::uint32_t seed = 0; seed < 24; ++seed) {
-    const Picture truth = scene(96, 96, 100 + seed);
-    const Picture picture = result(truth);
+    const Picture truth = Scene(96, 96, 100 + seed);
+    const Picture picture = Result(truth);
     for (int y = 0; y < truth.rows; ++y) {
       for (int x = 0; x < truth.cols; ++x) {
-        const bool atBorder = distanceToBorder(truth, y, x) < kBorder;
-        (atBorder ? border : inside).add(truth.at(y, x), picture.at(y, x));
+        const bool atBorder = DistanceToBorder(truth, y, x) < kBorder;
+        (atBorder ? border : inside).Add(truth.at(y, x), picture.at(y, x));
       }
     }
   }
-  std::cout << methodName(GetParam().method) << ": " << border.psnr() << " dB in the border, "
+  std::cout << MethodName(GetParam().method) << ": " << border.psnr() << " dB in the border, "
             << inside.psnr() << " dB inside\n";
   EXPECT_GE(border.psnr(), inside.psnr() - 1.5);
 }
 
-std::filesystem::path kodakFolder() {
+std::filesystem::path KodakFolder() {
   const char* const data = std::getenv("KORVEX2_DATA");
   return std::filesystem::path(data != nullptr ? data : KORVEX2_TEST_DATA) / "kodak";
 }
 
 #if KORVEX2_TEST_PNG
-Picture readPng(const std::filesystem::path& path) {
+Picture ReadPng(const std::filesystem::path& path) {
   png_image image{};
   image.version = PNG_IMAGE_VERSION;
   if (!png_image_begin_read_from_file(&image, path.c_str())) {
@@ -139,18 +139,18 @@ TEST_P(QualityTest, Kodak) {
   double sum = 0;
   int count = 0;
   std::error_code error;
-  for (const auto& entry : std::filesystem::directory_iterator(kodakFolder(), error)) {
+  for (const auto& entry : std::filesystem::directory_iterator(KodakFolder(), error)) {
     if (entry.path().extension() != ".png") continue;
-    const Picture truth = readPng(entry.path());
-    sum += psnrInside(truth, result(truth));
+    const Picture truth = ReadPng(entry.path());
+    sum += PsnrInside(truth, Result(truth));
     ++count;
   }
   if (count == 0) {
-    std::cerr << "SKIPPED: no pictures in " << kodakFolder()
+    std::cerr << "SKIPPED: no pictures in " << KodakFolder()
               << "; set KORVEX2_DATA to the folder that holds kodak/\n";
-    GTEST_SKIP() << "no pictures in " << kodakFolder();
+    GTEST_SKIP() << "no pictures in " << KodakFolder();
   }
-  std::cout << methodName(GetParam().method) << ": " << sum / count << " dB over " << count
+  std::cout << MethodName(GetParam().method) << ": " << sum / count << " dB over " << count
             << " pictures\n";
   EXPECT_GE(sum / count, GetParam().kodak);
 }
@@ -162,7 +162,7 @@ TEST_P(QualityTest, Kodak) {
 #endif
 
 INSTANTIATE_TEST_SUITE_P(Each, QualityTest, testing::ValuesIn(kFloors),
-                         [](const auto& info) { return methodName(info.param.method); });
+                         [](const auto& info) { return MethodName(info.param.method); });
 
 }  // namespace
 }  // namespace Korvex2::Bayer

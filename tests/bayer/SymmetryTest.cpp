@@ -11,7 +11,7 @@ namespace {
 enum class Turn { kLeftRight, kUpDown, kTranspose };
 
 template <typename Raster>
-Raster turned(const Raster& raster, Turn turn) {
+Raster Turned(const Raster& raster, Turn turn) {
   const bool transpose = turn == Turn::kTranspose;
   Raster result(transpose ? raster.cols : raster.rows, transpose ? raster.rows : raster.cols);
   for (int y = 0; y < raster.rows; ++y) {
@@ -25,7 +25,7 @@ Raster turned(const Raster& raster, Turn turn) {
 }
 
 // The pattern whose top-left tile is the turned one.
-BayerPattern turned(BayerPattern pattern, Turn turn) {
+BayerPattern Turned(BayerPattern pattern, Turn turn) {
   const int row = pattern >> 1;
   const int column = pattern & 1;
   const int toRow = turn == Turn::kTranspose ? column : turn == Turn::kUpDown ? 1 - row : row;
@@ -37,12 +37,12 @@ BayerPattern turned(BayerPattern pattern, Turn turn) {
 
 class SymmetryTest : public testing::TestWithParam<BayerMethod> {
  protected:
-  static void check(const Mosaic& mosaic, Call call) {
-    const Picture straight = demosaiced(mosaic, call);
+  static void Check(const Mosaic& mosaic, Call call) {
+    const Picture straight = Demosaiced(mosaic, call);
     for (const Turn turn : {Turn::kLeftRight, Turn::kUpDown, Turn::kTranspose}) {
       Call turnedCall = call;
-      turnedCall.pattern = turned(call.pattern, turn);
-      EXPECT_EQ(demosaiced(turned(mosaic, turn), turnedCall), turned(straight, turn))
+      turnedCall.pattern = Turned(call.pattern, turn);
+      EXPECT_EQ(Demosaiced(Turned(mosaic, turn), turnedCall), Turned(straight, turn))
           << mosaic.rows << 'x' << mosaic.cols << " pattern " << call.pattern << " turn "
           << static_cast<int>(turn);
     }
@@ -53,8 +53,8 @@ TEST_P(SymmetryTest, EightBits) {
   // Few values give many ties.
   for (const std::uint16_t most : {std::uint16_t{2}, std::uint16_t{20}, std::uint16_t{255}}) {
     for (const BayerPattern pattern : kAllPatterns) {
-      check(randomMosaic(22, 46, most, 41), {.method = GetParam(), .pattern = pattern});
-      check(randomMosaic(2, 6, most, 42), {.method = GetParam(), .pattern = pattern});
+      Check(RandomMosaic(22, 46, most, 41), {.method = GetParam(), .pattern = pattern});
+      Check(RandomMosaic(2, 6, most, 42), {.method = GetParam(), .pattern = pattern});
     }
   }
 }
@@ -62,7 +62,7 @@ TEST_P(SymmetryTest, EightBits) {
 TEST_P(SymmetryTest, SixteenBits) {
   for (const std::uint16_t most : {std::uint16_t{2}, std::uint16_t{999}, std::uint16_t{65535}}) {
     for (const BayerPattern pattern : kAllPatterns) {
-      check(randomMosaic(22, 46, most, 43), {.method = GetParam(),
+      Check(RandomMosaic(22, 46, most, 43), {.method = GetParam(),
                                              .pattern = pattern,
                                              .input = BAYER_PIXEL_FORMAT_RAW16,
                                              .output = BAYER_PIXEL_FORMAT_RGB16});
@@ -72,14 +72,14 @@ TEST_P(SymmetryTest, SixteenBits) {
 
 TEST_P(SymmetryTest, Scenes) {
   for (const BayerPattern pattern : kAllPatterns) {
-    check(mosaicOf(scene(40, 64, 44), pattern), {.method = GetParam(), .pattern = pattern});
+    Check(MosaicOf(Scene(40, 64, 44), pattern), {.method = GetParam(), .pattern = pattern});
   }
 }
 
 // Nearest neighbour tells the two greens apart by their rows, so it cannot be transposed.
 INSTANTIATE_TEST_SUITE_P(Each, SymmetryTest,
                          testing::ValuesIn(std::begin(kAllMethods) + 1, std::end(kAllMethods)),
-                         [](const auto& info) { return methodName(info.param); });
+                         [](const auto& info) { return MethodName(info.param); });
 
 }  // namespace
 }  // namespace Korvex2::Bayer

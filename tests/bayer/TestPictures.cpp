@@ -7,13 +7,13 @@
 
 namespace Korvex2::Bayer {
 
-const char* methodName(BayerMethod method) {
+const char* MethodName(BayerMethod method) {
   constexpr const char* kNames[] = {"NearestNeighbor",   "EdgeSensing",         "HqLinear",
                                     "DirectionalFilter", "WeightedDirectional", "Rigorous"};
   return kNames[method];
 }
 
-int channelsOf(BayerPixelFormat format) {
+int ChannelsOf(BayerPixelFormat format) {
   switch (format) {
     case BAYER_PIXEL_FORMAT_BGRU8:
     case BAYER_PIXEL_FORMAT_RGBU8:
@@ -25,7 +25,7 @@ int channelsOf(BayerPixelFormat format) {
   }
 }
 
-int channelBytesOf(BayerPixelFormat format) {
+int ChannelBytesOf(BayerPixelFormat format) {
   switch (format) {
     case BAYER_PIXEL_FORMAT_BGR16:
     case BAYER_PIXEL_FORMAT_BGRU16:
@@ -37,26 +37,26 @@ int channelBytesOf(BayerPixelFormat format) {
   }
 }
 
-bool blueFirstIn(BayerPixelFormat format) {
+bool BlueFirstIn(BayerPixelFormat format) {
   return format < BAYER_PIXEL_FORMAT_RGB8;
 }
 
-int colourAt(BayerPattern pattern, int y, int x) {
+int ColourAt(BayerPattern pattern, int y, int x) {
   constexpr const char* kTiles[] = {"\0\1\1\2", "\1\0\2\1", "\1\2\0\1", "\2\1\1\0"};
   return kTiles[pattern][(y & 1) * 2 + (x & 1)];
 }
 
-Mosaic mosaicOf(const Picture& picture, BayerPattern pattern) {
+Mosaic MosaicOf(const Picture& picture, BayerPattern pattern) {
   Mosaic mosaic(picture.rows, picture.cols);
   for (int y = 0; y < picture.rows; ++y) {
     for (int x = 0; x < picture.cols; ++x) {
-      mosaic.at(y, x) = picture.at(y, x)[static_cast<std::size_t>(colourAt(pattern, y, x))];
+      mosaic.at(y, x) = picture.at(y, x)[static_cast<std::size_t>(ColourAt(pattern, y, x))];
     }
   }
   return mosaic;
 }
 
-Bytes encoded(const Mosaic& mosaic, BayerPixelFormat format) {
+Bytes Encoded(const Mosaic& mosaic, BayerPixelFormat format) {
   const std::size_t bytesPerSample = format == BAYER_PIXEL_FORMAT_RAW16 ? 2 : 1;
   Bytes bytes(mosaic.samples.size() * bytesPerSample);
   unsigned char* out = bytes.data();
@@ -67,19 +67,19 @@ Bytes encoded(const Mosaic& mosaic, BayerPixelFormat format) {
   return bytes;
 }
 
-std::size_t pictureBytes(int rows, int cols, BayerPixelFormat format) {
+std::size_t PictureBytes(int rows, int cols, BayerPixelFormat format) {
   return static_cast<std::size_t>(rows) * static_cast<std::size_t>(cols) *
-         static_cast<std::size_t>(channelsOf(format) * channelBytesOf(format));
+         static_cast<std::size_t>(ChannelsOf(format) * ChannelBytesOf(format));
 }
 
-Picture decoded(const Bytes& bytes, int rows, int cols, BayerPixelFormat format) {
+Picture Decoded(const Bytes& bytes, int rows, int cols, BayerPixelFormat format) {
   Picture picture(rows, cols);
-  const int channelBytes = channelBytesOf(format);
+  const int channelBytes = ChannelBytesOf(format);
   const std::uint16_t opaque = channelBytes == 1 ? 0xFF : 0xFFFF;
   const unsigned char* in = bytes.data();
   for (Rgb& pixel : picture.pixels) {
     std::array<std::uint16_t, 4> channels = {0, 0, 0, opaque};
-    for (int c = 0; c < channelsOf(format); ++c, in += channelBytes) {
+    for (int c = 0; c < ChannelsOf(format); ++c, in += channelBytes) {
       auto& channel = channels[static_cast<std::size_t>(c)];
       if (channelBytes == 1) {
         channel = *in;
@@ -88,7 +88,7 @@ Picture decoded(const Bytes& bytes, int rows, int cols, BayerPixelFormat format)
       }
     }
     pixel = {channels[0], channels[1], channels[2]};
-    if (blueFirstIn(format)) std::swap(pixel[0], pixel[2]);
+    if (BlueFirstIn(format)) std::swap(pixel[0], pixel[2]);
     if (channels[3] != opaque) {
       ADD_FAILURE() << "alpha is " << channels[3];
       break;
@@ -97,10 +97,10 @@ Picture decoded(const Bytes& bytes, int rows, int cols, BayerPixelFormat format)
   return picture;
 }
 
-Bytes demosaicedBytes(const Mosaic& mosaic, const Call& call, unsigned char fill) {
-  const Bytes in = encoded(mosaic, call.input);
-  Bytes out(pictureBytes(mosaic.rows, mosaic.cols, call.output), fill);
-  const BayerError error = demosaic({.inputFormat = call.input,
+Bytes DemosaicedBytes(const Mosaic& mosaic, const Call& call, unsigned char fill) {
+  const Bytes in = Encoded(mosaic, call.input);
+  Bytes out(PictureBytes(mosaic.rows, mosaic.cols, call.output), fill);
+  const BayerError error = Demosaic({.inputFormat = call.input,
                                      .input = in.data(),
                                      .rows = mosaic.rows,
                                      .cols = mosaic.cols,
@@ -113,11 +113,11 @@ Bytes demosaicedBytes(const Mosaic& mosaic, const Call& call, unsigned char fill
   return out;
 }
 
-Picture demosaiced(const Mosaic& mosaic, const Call& call) {
-  return decoded(demosaicedBytes(mosaic, call), mosaic.rows, mosaic.cols, call.output);
+Picture Demosaiced(const Mosaic& mosaic, const Call& call) {
+  return Decoded(DemosaicedBytes(mosaic, call), mosaic.rows, mosaic.cols, call.output);
 }
 
-Mosaic randomMosaic(int rows, int cols, std::uint16_t most, std::uint32_t seed) {
+Mosaic RandomMosaic(int rows, int cols, std::uint16_t most, std::uint32_t seed) {
   std::mt19937 random(seed);
   Mosaic mosaic(rows, cols);
   for (auto& sample : mosaic.samples) {
@@ -126,7 +126,7 @@ Mosaic randomMosaic(int rows, int cols, std::uint16_t most, std::uint32_t seed) 
   return mosaic;
 }
 
-Mosaic extremeMosaic(int rows, int cols, std::uint16_t most, std::uint32_t seed) {
+Mosaic ExtremeMosaic(int rows, int cols, std::uint16_t most, std::uint32_t seed) {
   std::mt19937 random(seed);
   Mosaic mosaic(rows, cols);
   for (auto& sample : mosaic.samples) sample = (random() & 1) ? most : 0;
@@ -138,25 +138,25 @@ namespace {
 // Numbers from the bare generator, as the library's distributions differ between platforms.
 class Dice {
  public:
-  explicit Dice(std::uint32_t seed) : random_(seed) {}
-  double between(double low, double high) {
-    return low + (high - low) * (static_cast<double>(random_()) / 4294967295.0);
+  explicit Dice(std::uint32_t seed) : m_random(seed) {}
+  double Between(double low, double high) {
+    return low + (high - low) * (static_cast<double>(m_random()) / 4294967295.0);
   }
 
  private:
-  std::mt19937 random_;
+  std::mt19937 m_random;
 };
 
 struct Wave {
   double fy, fx, phase, amplitude;
   explicit Wave(Dice& dice, double frequency, double amplitude)
-      : fy(frequency * std::sin(angleOf(dice))),
+      : fy(frequency * std::sin(AngleOf(dice))),
         fx(0),
-        phase(dice.between(0, 6.2832)),
+        phase(dice.Between(0, 6.2832)),
         amplitude(amplitude) {
     fx = std::sqrt(std::max(0.0, frequency * frequency - fy * fy));
   }
-  static double angleOf(Dice& dice) { return dice.between(-1.5708, 1.5708); }
+  static double AngleOf(Dice& dice) { return dice.Between(-1.5708, 1.5708); }
   double at(double y, double x) const {
     return amplitude * std::sin(6.2832 * (fy * y + fx * x) + phase);
   }
@@ -165,7 +165,7 @@ struct Wave {
 struct Disc {
   double y, x, radius, step;
   std::array<double, 3> tint;
-  double coverage(double py, double px) const {
+  double Coverage(double py, double px) const {
     const double distance = std::sqrt((py - y) * (py - y) + (px - x) * (px - x));
     return std::clamp(0.5 + (radius - distance) / 1.2, 0.0, 1.0);
   }
@@ -173,7 +173,7 @@ struct Disc {
 
 }  // namespace
 
-Picture scene(int rows, int cols, std::uint32_t seed) {
+Picture Scene(int rows, int cols, std::uint32_t seed) {
   Dice dice(seed);
   std::vector<Wave> light;
   for (const double frequency : {0.01, 0.03, 0.06, 0.1, 0.16, 0.22, 0.28}) {
@@ -184,16 +184,16 @@ Picture scene(int rows, int cols, std::uint32_t seed) {
   std::vector<Disc> discs;
   const double count = 0.006 * (rows + 20) * (cols + 20);
   for (int i = 0; i < static_cast<int>(count); ++i) {
-    discs.push_back({.y = dice.between(-10, rows + 10),
-                     .x = dice.between(-10, cols + 10),
-                     .radius = dice.between(1.5, 8),
-                     .step = dice.between(-45, 45),
-                     .tint = {dice.between(-15, 15), 0, dice.between(-15, 15)}});
+    discs.push_back({.y = dice.Between(-10, rows + 10),
+                     .x = dice.Between(-10, cols + 10),
+                     .radius = dice.Between(1.5, 8),
+                     .step = dice.Between(-45, 45),
+                     .tint = {dice.Between(-15, 15), 0, dice.Between(-15, 15)}});
   }
   // Fine texture: noise, softened by averaging neighbours.
   const auto width = static_cast<std::size_t>(cols) + 1;
   std::vector<double> grain((static_cast<std::size_t>(rows) + 1) * width);
-  for (double& value : grain) value = dice.between(-14, 14);
+  for (double& value : grain) value = dice.Between(-14, 14);
   Picture picture(rows, cols);
   for (int y = 0; y < rows; ++y) {
     for (int x = 0; x < cols; ++x) {
@@ -203,7 +203,7 @@ Picture scene(int rows, int cols, std::uint32_t seed) {
       for (const Wave& wave : light) luma += wave.at(y, x);
       std::array<double, 3> colour{};
       for (const Disc& disc : discs) {
-        const double part = disc.coverage(y, x);
+        const double part = disc.Coverage(y, x);
         luma += disc.step * part;
         for (std::size_t c = 0; c < 3; ++c) colour[c] += disc.tint[c] * part;
       }

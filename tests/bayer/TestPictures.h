@@ -35,15 +35,15 @@ inline constexpr BayerPixelFormat kOutputFormats[] = {
     BAYER_PIXEL_FORMAT_RGB16,  BAYER_PIXEL_FORMAT_RGBU16};
 
 /// The name of a method as part of a test's name.
-const char* methodName(BayerMethod method);
+const char* MethodName(BayerMethod method);
 
 /// Layouts, written out once more, apart from the engine's own table.
-int channelsOf(BayerPixelFormat format);
-int channelBytesOf(BayerPixelFormat format);
-bool blueFirstIn(BayerPixelFormat format);
+int ChannelsOf(BayerPixelFormat format);
+int ChannelBytesOf(BayerPixelFormat format);
+bool BlueFirstIn(BayerPixelFormat format);
 
 /// 0 red, 1 green, 2 blue.
-int colourAt(BayerPattern pattern, int y, int x);
+int ColourAt(BayerPattern pattern, int y, int x);
 
 /// Rows of samples or of RGB triples. Values are at most 255 or 65535, as the test sees fit.
 struct Mosaic {
@@ -75,35 +75,35 @@ struct Picture {
   bool operator==(const Picture&) const = default;
 };
 
-Mosaic mosaicOf(const Picture& picture, BayerPattern pattern);
+Mosaic MosaicOf(const Picture& picture, BayerPattern pattern);
 
 /// A block of the heap of exactly this many bytes, so that a sanitizer sees every step outside.
 class Bytes {
  public:
   explicit Bytes(std::size_t size, unsigned char fill = 0)
-      : size_(size), data_(new unsigned char[size]) {
-    std::memset(data_.get(), fill, size);
+      : m_size(size), m_data(new unsigned char[size]) {
+    std::memset(m_data.get(), fill, size);
   }
-  unsigned char* data() { return data_.get(); }
-  const unsigned char* data() const { return data_.get(); }
-  std::size_t size() const { return size_; }
+  unsigned char* data() { return m_data.get(); }
+  const unsigned char* data() const { return m_data.get(); }
+  std::size_t size() const { return m_size; }
   bool operator==(const Bytes& other) const {
-    return size_ == other.size_ && std::memcmp(data(), other.data(), size_) == 0;
+    return m_size == other.m_size && std::memcmp(data(), other.data(), m_size) == 0;
   }
 
  private:
-  std::size_t size_;
-  std::unique_ptr<unsigned char[]> data_;
+  std::size_t m_size;
+  std::unique_ptr<unsigned char[]> m_data;
 };
 
 /// The mosaic as RAW8 (values up to 255) or RAW16, low byte first.
-Bytes encoded(const Mosaic& mosaic, BayerPixelFormat format);
+Bytes Encoded(const Mosaic& mosaic, BayerPixelFormat format);
 
 /// Bytes of a picture of that size.
-std::size_t pictureBytes(int rows, int cols, BayerPixelFormat format);
+std::size_t PictureBytes(int rows, int cols, BayerPixelFormat format);
 
 /// The colours of a picture in any of the eight formats; fails the test if an alpha is not opaque.
-Picture decoded(const Bytes& bytes, int rows, int cols, BayerPixelFormat format);
+Picture Decoded(const Bytes& bytes, int rows, int cols, BayerPixelFormat format);
 
 /// What to do with a mosaic.
 struct Call {
@@ -115,25 +115,25 @@ struct Call {
 };
 
 /// Runs the engine between blocks of exactly the right size; fails the test if it does not succeed.
-Bytes demosaicedBytes(const Mosaic& mosaic, const Call& call, unsigned char fill = 0);
-Picture demosaiced(const Mosaic& mosaic, const Call& call);
+Bytes DemosaicedBytes(const Mosaic& mosaic, const Call& call, unsigned char fill = 0);
+Picture Demosaiced(const Mosaic& mosaic, const Call& call);
 
 /// Random samples 0 .. most.
-Mosaic randomMosaic(int rows, int cols, std::uint16_t most, std::uint32_t seed);
+Mosaic RandomMosaic(int rows, int cols, std::uint16_t most, std::uint32_t seed);
 
 /// Samples that are 0 or `most`.
-Mosaic extremeMosaic(int rows, int cols, std::uint16_t most, std::uint32_t seed);
+Mosaic ExtremeMosaic(int rows, int cols, std::uint16_t most, std::uint32_t seed);
 
 /// Calls compare(mosaic, input, output) with random samples in every format, and with what
 /// saturates and what ties at every depth.
 template <typename Compare>
-void forEachContent(int rows, int cols, Compare compare) {
+void ForEachContent(int rows, int cols, Compare compare) {
   const auto seed = static_cast<std::uint32_t>(rows * 1000 + cols);
   for (const BayerPixelFormat input : kInputFormats) {
     const std::uint16_t most = input == BAYER_PIXEL_FORMAT_RAW8 ? 255 : 65535;
-    const Mosaic random = randomMosaic(rows, cols, most, seed);
-    const Mosaic extreme = extremeMosaic(rows, cols, most, seed);
-    const Mosaic dim = randomMosaic(rows, cols, 3, seed);
+    const Mosaic random = RandomMosaic(rows, cols, most, seed);
+    const Mosaic extreme = ExtremeMosaic(rows, cols, most, seed);
+    const Mosaic dim = RandomMosaic(rows, cols, 3, seed);
     for (const BayerPixelFormat output : kOutputFormats) compare(random, input, output);
     for (const BayerPixelFormat output : {BAYER_PIXEL_FORMAT_BGR8, BAYER_PIXEL_FORMAT_RGB16}) {
       compare(extreme, input, output);
@@ -145,6 +145,6 @@ void forEachContent(int rows, int cols, Compare compare) {
 /// A made-up 8-bit scene: shaded ground, discs with soft edges, gratings, grain, colours that
 /// follow the brightness as those of real scenes do. Looks the same everywhere, the border
 /// included.
-Picture scene(int rows, int cols, std::uint32_t seed);
+Picture Scene(int rows, int cols, std::uint32_t seed);
 
 }  // namespace Korvex2::Bayer

@@ -21,18 +21,18 @@ TEST(Threads, EightAtOnceGiveTheSameBytes) {
   };
   std::vector<Job> jobs;
   for (int i = 0; i < kThreads; ++i) {
-    const Mosaic mosaic = randomMosaic(40 + 2 * i, 100 + 6 * i, 255, static_cast<unsigned>(i));
+    const Mosaic mosaic = RandomMosaic(40 + 2 * i, 100 + 6 * i, 255, static_cast<unsigned>(i));
     const Call call{.method = kAllMethods[i % 6],
                     .pattern = kAllPatterns[i % 4],
                     .input = kInputFormats[i % 2],
                     .output = kOutputFormats[i]};
-    jobs.push_back({mosaic, call, demosaicedBytes(mosaic, call)});
+    jobs.push_back({mosaic, call, DemosaicedBytes(mosaic, call)});
   }
   std::vector<std::thread> threads;
   for (Job& job : jobs) {
     threads.emplace_back([&job] {
       for (int round = 0; round < kRounds; ++round) {
-        const Bytes in = encoded(job.mosaic, job.call.input);
+        const Bytes in = Encoded(job.mosaic, job.call.input);
         Bytes out(job.expected.size());
         const BayerError error =
             bayerToColor(job.call.input, in.data(), job.mosaic.rows, job.mosaic.cols,
@@ -42,7 +42,7 @@ TEST(Threads, EightAtOnceGiveTheSameBytes) {
     });
   }
   for (std::thread& thread : threads) thread.join();
-  for (const Job& job : jobs) EXPECT_TRUE(job.same) << methodName(job.call.method);
+  for (const Job& job : jobs) EXPECT_TRUE(job.same) << MethodName(job.call.method);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "reference/Converter.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "reference/Kernels.h"
@@ -28,6 +29,8 @@ bool AnyNull(const Frame* source, const Frame* destination) {
 
 void Frame::Shape(std::uint32_t newRows, std::uint32_t newCols, std::uint32_t newStride,
                   Format newFormat, std::uint32_t newTile) {
+  const bool keeps = !owned.empty() && data == owned.data() && rows == newRows && cols == newCols &&
+                     stride == newStride && format == newFormat;
   rows = newRows;
   cols = newCols;
   stride = newStride;
@@ -35,7 +38,11 @@ void Frame::Shape(std::uint32_t newRows, std::uint32_t newCols, std::uint32_t ne
   tile = newTile;
   dataSize = newRows * newStride;
   // One byte at least, so that there is an address.
-  owned.assign(BufferBytes(newRows, newCols, newStride, newFormat) + 1, 0);
+  const std::size_t size = BufferBytes(newRows, newCols, newStride, newFormat) + 1;
+  if (lentByte < 0) {
+    owned.resize(keeps ? FrameBytes(newRows, newCols, newStride, newFormat) : 0);
+  }
+  owned.resize(size, static_cast<std::uint8_t>(std::max(lentByte, 0)));
   data = owned.data();
 }
 
@@ -164,13 +171,17 @@ Outcome Converter::Convert(const Frame* source, Format target, Frame* destinatio
   if (destination == nullptr) return Failure(kInvalidParameter, kDestinationNull);
   const Format sourceFormat = source->format;  // read before the shaping: both may be one image
   const std::uint32_t stride = RowBytes(source->cols, BitsPerPixel(target));
-  const bool unchanged =
-      source == destination && sourceFormat == target && source->stride == stride;
-  if (!unchanged) destination->Shape(source->rows, source->cols, stride, target, source->tile);
+  destination->Shape(source->rows, source->cols, stride, target, source->tile);
   if (sourceFormat == target) {
     if (source != destination) {
       destination->Shape(source->rows, source->cols, source->stride, target, source->tile);
       destination->method = source->method;
+      const std::uint64_t frame =
+          FrameBytes(source->rows, source->cols, source->stride, source->format);
+      const std::size_t filled = destination->lentByte < 0
+                                     ? destination->owned.size()
+                                     : std::max<std::size_t>(frame, destination->dataSize);
+      std::fill_n(destination->owned.begin(), filled, std::uint8_t{0});
       std::memcpy(destination->data, source->data, source->dataSize);
     }
     return Success();

@@ -30,8 +30,12 @@ struct Frame {
   std::uint8_t* data = nullptr;
   std::uint32_t dataSize = 0;
   std::vector<std::uint8_t> owned;
+  /// What the memory is filled with that a caller lends, which shaping does not write; -1: no one
+  /// lends any.
+  int lentByte = -1;
 
-  /// Shapes the frame on bytes of its own, all zero.
+  /// Shapes the frame on bytes of its own. All are zero, but for the pixels of a frame that had
+  /// this very shape, whatever its tile.
   void Shape(std::uint32_t newRows, std::uint32_t newCols, std::uint32_t newStride,
              Format newFormat, std::uint32_t newTile);
 };
@@ -87,8 +91,7 @@ struct Converter {
   /// Asked for each temporary whether there is memory for it; empty: always.
   std::function<bool()> hasMemory;
 
-  /// The whole conversion. Nothing depends on what the destination held before; converting an image
-  /// into itself is the exception.
+  /// The whole conversion. What no step writes of a destination that had this shape before, stays.
   Outcome Convert(const Frame* source, Format target, Frame* destination) const;
 
   /// The routine of a target format, for a destination that is already shaped.

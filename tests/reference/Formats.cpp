@@ -75,4 +75,17 @@ std::uint64_t BufferBytes(std::uint32_t rows, std::uint32_t cols, std::uint32_t 
   return std::max(strided, (reached * row->bits + 7) / 8);
 }
 
+std::uint64_t FrameBytes(std::uint32_t rows, std::uint32_t cols, std::uint32_t stride,
+                         Format format) {
+  const FormatRow* row = FindFormat(format);
+  const std::uint64_t strided = static_cast<std::uint64_t>(rows) * stride;
+  if (row == nullptr) return strided;
+  const std::uint64_t group = format == YUV411                                          ? 4
+                              : format == YUV422 || format == MONO12 || format == RAW12 ? 2
+                                                                                        : 1;
+  const std::uint64_t pixels = static_cast<std::uint64_t>(rows) * cols;
+  const std::uint64_t packed = (pixels + group - 1) / group * group * row->bits / 8;
+  return stride > RowBytes(cols, row->bits) ? std::max(packed, strided) : packed;
+}
+
 }  // namespace Reference

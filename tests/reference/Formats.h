@@ -53,4 +53,9 @@ std::uint32_t RowBytes(std::uint32_t cols, unsigned bits);
 std::uint64_t BufferBytes(std::uint32_t rows, std::uint32_t cols, std::uint32_t stride,
                           Format format);
 
+/// Bytes of them that hold pixels: the last group of packed pixels whole, or the rows if these are
+/// padded.
+std::uint64_t FrameBytes(std::uint32_t rows, std::uint32_t cols, std::uint32_t stride,
+                         Format format);
+
 }  // namespace Reference

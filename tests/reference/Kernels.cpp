@@ -19,7 +19,7 @@ std::uint32_t Load32(const std::uint8_t* p) {
 }
 
 void Store16(std::uint8_t* p, unsigned value) {
-  const std::uint16_t word = static_cast<std::uint16_t>(value);
+  const auto word = static_cast<std::uint16_t>(value);
   std::memcpy(p, &word, sizeof word);
 }
 
@@ -408,7 +408,7 @@ void ConvertRGBToYUV444(const Run& run) {
 }
 
 std::uint8_t MeanOfTwo(std::uint8_t a, std::uint8_t b) {
-  const float sum = static_cast<float>(a) + static_cast<float>(b);
+  const auto sum = static_cast<float>(a) + static_cast<float>(b);
   return Low8(static_cast<unsigned>(static_cast<double>(sum) / 2.0));
 }
 
@@ -428,7 +428,7 @@ void ConvertRGBToYUV422(const Run& run) {
 }
 
 std::uint8_t MeanOfFour(int a, int b, int c, int e) {
-  const float sum = static_cast<float>(a + b + c + e);
+  const auto sum = static_cast<float>(a + b + c + e);
   return Low8(static_cast<unsigned>(static_cast<double>(sum) / 4.0));
 }
 

@@ -4,8 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -205,41 +207,61 @@ TEST(Image, HasABufferEvenWithoutPixels) {
   }
 }
 
-TEST(LentBuffer, IsShapedInPlaceWithItsBytes) {
+TEST(LentBuffer, IsShapedInPlaceAndNotWritten) {
   std::vector<unsigned char> bytes(16, 0x77);
   Image image(bytes.data(), bytes.size());
   EXPECT_EQ(image.GetData(), nullptr);  // no shape yet
-  ASSERT_EQ(image.SetDimensions(1, 3, 9, PIXEL_FORMAT_RGB8, NONE).GetType(), VORERROR_OK);
-  EXPECT_EQ(image.GetData(), bytes.data());
-  EXPECT_TRUE(AllBytesAre(bytes.data(), 0, 9, 0x77));
-  EXPECT_TRUE(AllBytesAre(bytes.data(), 9, 12, 0));  // the completed group
+  for (const auto& [cols, stride, format] : {std::tuple{3U, 9U, PIXEL_FORMAT_RGB8},
+                                             {3U, 16U, PIXEL_FORMAT_MONO8},
+                                             {1U, 2U, PIXEL_FORMAT_MONO12}}) {
+    ASSERT_EQ(image.SetDimensions(1, cols, stride, format, NONE).GetType(), VORERROR_OK);
+    EXPECT_EQ(image.GetData(), bytes.data());
+    EXPECT_TRUE(AllBytesAre(bytes.data(), 0, 16, 0x77));
+  }
 }
 
-TEST(LentBuffer, RefusesWhatDoesNotFitWithTheCompletedGroup) {
+TEST(LentBuffer, TakesAnyShapeWhoseRowsFitAndNoOther) {
   struct Shape {
-    unsigned cols, stride;
+    unsigned rows, cols, stride;
     PixelFormat format;
-    std::size_t bytes;
   };
   const Shape shapes[] = {
-      {1, 3, PIXEL_FORMAT_RGB8, 12},          {1, 2, PIXEL_FORMAT_MONO12, 3},
-      {5, 8, PIXEL_FORMAT_411YUV8, 12},       {3, 6, PIXEL_FORMAT_422YUV8, 8},
-      {1, 50, PIXEL_FORMAT_MONO8, 50},        {4, 0, PIXEL_FORMAT_BGRU16, 32},
-      {5, 10, PIXEL_FORMAT_422YUV8_JPEG, 10},  // a stream, which has no groups
+      {3, 3, 3, PIXEL_FORMAT_MONO8},
+      {1, 1, 3, PIXEL_FORMAT_RGB8},
+      {1, 1, 2, PIXEL_FORMAT_MONO12},
+      {3, 3, 5, PIXEL_FORMAT_411YUV8},
+      {1, 3, 6, PIXEL_FORMAT_422YUV8},
+      {1, 1, 50, PIXEL_FORMAT_MONO8},
+      {1, 4, 8, PIXEL_FORMAT_BGRU16},  // a stride that falls short of the pixels
+      {3, 5, 10, PIXEL_FORMAT_422YUV8_JPEG},
+      {5, 1, 2, PIXEL_FORMAT_MONO12},  // rows that end within a byte: more than the packed pixels
   };
   for (const Shape& shape : shapes) {
-    std::vector<unsigned char> bytes(shape.bytes, 0x11);
-    Image fits(bytes.data(), shape.bytes);
-    EXPECT_EQ(fits.SetDimensions(1, shape.cols, shape.stride, shape.format, NONE).GetType(),
-              VORERROR_OK)
-        << shape.bytes;
-    Image small(bytes.data(), shape.bytes - 1);
+    const std::size_t exact = std::size_t{shape.rows} * shape.stride;
+    std::vector<unsigned char> bytes(exact, 0x11);
+    Image fits(bytes.data(), exact);
+    EXPECT_EQ(
+        fits.SetDimensions(shape.rows, shape.cols, shape.stride, shape.format, NONE).GetType(),
+        VORERROR_OK)
+        << exact;
+    EXPECT_EQ(fits.GetDataSize(), exact);
+    Image small(bytes.data(), exact - 1);
     const ShapeOf before(small);
-    const Error error = small.SetDimensions(1, shape.cols, shape.stride, shape.format, NONE);
-    EXPECT_EQ(error.GetType(), VORERROR_BUFFER_TOO_SMALL) << shape.bytes;
+    const Error error =
+        small.SetDimensions(shape.rows, shape.cols, shape.stride, shape.format, NONE);
+    EXPECT_EQ(error.GetType(), VORERROR_BUFFER_TOO_SMALL) << exact;
     EXPECT_STRNE(error.GetMessage(), "");
     EXPECT_EQ(ShapeOf(small), before);
   }
+}
+
+TEST(LentBuffer, OfNoBytesTakesAShapeOfNone) {
+  unsigned char nothing = 0x11;
+  Image image(&nothing, 0);
+  EXPECT_EQ(image.SetDimensions(0, 7, 21, PIXEL_FORMAT_RGB8, NONE).GetType(), VORERROR_OK);
+  EXPECT_EQ(image.GetData(), &nothing);
+  EXPECT_EQ(image.SetDimensions(1, 1, 3, PIXEL_FORMAT_RGB8, NONE).GetType(),
+            VORERROR_BUFFER_TOO_SMALL);
 }
 
 TEST(LentBuffer, NeverAllocatesAndIsNeverFreed) {
@@ -383,6 +405,38 @@ TEST(LentBuffer, TakesADeepCopyIntoItsBytes) {
   EXPECT_EQ(lent.DeepCopy(&image).GetType(), VORERROR_OK);
   EXPECT_EQ(lent.GetData(), bytes.data());
   EXPECT_TRUE(AllBytesAre(bytes.data(), 0, 8, 0x42));
+}
+
+// Odd runs of 4:2:2 and 4:1:1 have a begun group, of which an exact buffer lacks the last bytes.
+TEST(LentBuffer, IsCopiedWithoutAByteBeyondIt) {
+  struct Shape {
+    unsigned rows, cols, stride;
+    PixelFormat format;
+    std::size_t group;  // where the group that is begun last ends
+  };
+  for (const Shape& shape :
+       {Shape{3, 3, 5, PIXEL_FORMAT_411YUV8, 18}, Shape{3, 3, 6, PIXEL_FORMAT_422YUV8, 20},
+        Shape{1, 4, 16, PIXEL_FORMAT_BGRU16, 32}}) {
+    const std::size_t exact = std::size_t{shape.rows} * shape.stride;
+    std::vector<unsigned char> bytes(exact + 16, 0x99);  // the next frame in a ring
+    std::fill_n(bytes.begin(), exact, 0x42);
+    const std::vector<unsigned char> ring = bytes;
+    Image lent(bytes.data(), exact);
+    ASSERT_EQ(
+        lent.SetDimensions(shape.rows, shape.cols, shape.stride, shape.format, NONE).GetType(),
+        VORERROR_OK);
+    const Image own(lent);
+    EXPECT_TRUE(AllBytesAre(own.GetData(), 0, exact, 0x42));
+    EXPECT_TRUE(AllBytesAre(own.GetData(), exact, shape.group, 0));
+
+    std::vector<unsigned char> copied(exact + 16, 0x99);
+    Image copy(copied.data(), exact);
+    for (const Image* source : {&own, static_cast<const Image*>(&lent)}) {
+      EXPECT_EQ(copy.DeepCopy(source).GetType(), VORERROR_OK);
+      EXPECT_EQ(copied, ring);
+    }
+    EXPECT_EQ(bytes, ring);
+  }
 }
 
 TEST(Image, RecordsAnyColourProcessing) {

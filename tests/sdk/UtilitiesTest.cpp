@@ -37,6 +37,21 @@ void ExpectText(const char (&text)[512]) {
   EXPECT_STRNE(text, "");
 }
 
+// The first call of the process, which ctest gives each test.
+TEST(SystemInfo, HasTheByteOrderEvenWhereTheCallFails) {
+  SystemInfo info;
+  std::memset(static_cast<void*>(&info), 0x5A, sizeof info);
+  Error error;
+  {
+    const HeapShortage shortage;
+    error = Utilities::GetSystemInfo(&info);
+  }
+  if (error == VORERROR_OK) GTEST_SKIP() << "Another test of this process has asked before.";
+  EXPECT_EQ(error.GetType(), VORERROR_FAILED);
+  EXPECT_EQ(info.byteOrder, std::endian::native == std::endian::little ? BYTE_ORDER_LITTLE_ENDIAN
+                                                                       : BYTE_ORDER_BIG_ENDIAN);
+}
+
 TEST(SystemInfo, IsFilledWholeFromTheRunningMachine) {
   SystemInfo info;
   std::memset(static_cast<void*>(&info), 0x5A, sizeof info);

@@ -103,6 +103,54 @@ TEST(Bridge, RefusesATileBeforeItLooksAtTheMethod) {
   }
 }
 
+/// What a destination of 4 rows holds after a conversion of this mosaic: a fresh one, one that had
+/// its shape and a frame, one on the caller's memory.
+void ExpectLeft(const Image& mosaic, PixelFormat target, ErrorType answer, std::size_t written) {
+  constexpr unsigned char kOld = 0xEE;
+  const unsigned stride = mosaic.GetCols() * Image::DetermineBitsPerPixel(target) / 8;
+  Bytes memory(std::size_t{stride} * mosaic.GetRows(), kOld);
+  Image fresh;
+  Image used;
+  ASSERT_EQ(used.SetDimensions(mosaic.GetRows(), mosaic.GetCols(), stride, target, NONE).GetType(),
+            VORERROR_OK);
+  std::memset(used.GetData(), kOld, used.GetDataSize());
+  Image lent(memory.data(), memory.size());
+  for (Image* destination : {&fresh, &used, &lent}) {
+    EXPECT_EQ(ImageConverter().Convert(&mosaic, target, destination).GetType(), answer);
+    const unsigned char left = destination == &fresh ? 0 : kOld;
+    const unsigned char* const bytes = destination->GetData();
+    EXPECT_TRUE(std::all_of(bytes + written, bytes + destination->GetDataSize(),
+                            [left](auto byte) { return byte == left; }));
+    EXPECT_EQ(std::memcmp(bytes, fresh.GetData(), written), 0);
+  }
+}
+
+TEST(Bridge, AFailureWritesNothing) {
+  const auto unknownTile = static_cast<BayerTileFormat>(5);
+  for (const PixelFormat format : {PIXEL_FORMAT_RAW8, PIXEL_FORMAT_RAW16}) {
+    const bool tells = format == PIXEL_FORMAT_RAW16;
+    const ErrorType refused = tells ? VORERROR_INVALID_PARAMETER : VORERROR_OK;
+    const ErrorType failed = tells ? VORERROR_FAILED : VORERROR_OK;
+    for (const PixelFormat target : {PIXEL_FORMAT_RGB8, PIXEL_FORMAT_BGR}) {
+      ExpectLeft(Mosaic(4, 4, format, unknownTile, NEAREST_NEIGHBOR), target, refused, 0);
+      ExpectLeft(Mosaic(4, 4, format, GRBG, IPP), target, refused, 0);
+      ExpectLeft(Mosaic(4, 3, format, GRBG, EDGE_SENSING), target, failed, 0);
+    }
+  }
+}
+
+TEST(Bridge, GreyIsThreeBytesAPixelAndNoMore) {
+  const Image mosaic = Mosaic(4, 4, PIXEL_FORMAT_RAW16, NONE, NEAREST_NEIGHBOR);
+  ExpectLeft(mosaic, PIXEL_FORMAT_RGB16, VORERROR_OK, 3 * 16);
+}
+
+// A chain goes on with the black of its temporary.
+TEST(Bridge, AFailureWithinAChainMakesABlackPicture) {
+  const Image odd = Mosaic(4, 3, PIXEL_FORMAT_RAW8, GRBG, NEAREST_NEIGHBOR);
+  ExpectLeft(odd, PIXEL_FORMAT_BGRU, VORERROR_OK, 4 * 12);
+  ExpectLeft(odd, PIXEL_FORMAT_MONO8, VORERROR_OK, 12);
+}
+
 TEST(Bridge, AsksTheImagesInOrderBeforeItLooksAtTheirAnswers) {
   Bytes bytes(64);
   LentImage source(4, 4, PIXEL_FORMAT_RAW8, bytes.data(), 16);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "ImageConverterARMStub.h"
+#include "InternalError.h"
 #include "reference/Converter.h"
 #include "support/Bytes.h"
 #include "support/Comparison.h"
@@ -33,12 +34,29 @@ void ExpectError(const Error& error, ErrorType type, const char* message) {
   EXPECT_STREQ(error.GetMessage(), message);
 }
 
+// Clients keep pointers to these, and return a bare code where a builder is expected.
+TEST(Converter, HasTheSignaturesThatClientsStore) {
+  Error (ImageConverter::* const convert)(const Image*, PixelFormat, Image*) =
+      &ImageConverter::Convert;
+  Error (ImageConverter::* const convertInPlace)(Image*, PixelFormat) =
+      &ImageConverter::ConvertInPlace;
+  static_assert(std::is_convertible_v<ErrorType, InternalError>);
+  ImageConverter converter;
+  const Image source = Frame(2, 2, PIXEL_FORMAT_MONO8);
+  Image destination;
+  ExpectError((converter.*convert)(&source, PIXEL_FORMAT_RGB8, &destination), VORERROR_OK, "");
+  ExpectError((converter.*convertInPlace)(&destination, PIXEL_FORMAT_RGB8),
+              VORERROR_NOT_IMPLEMENTED, Reference::kNotImplementedText);
+  const InternalError success = VORERROR_OK;
+  ExpectError(success, VORERROR_OK, "");
+}
+
 TEST(Converter, TakesItsByteOrderFromTheHost) {
   EXPECT_EQ(Probe().IsLittleEndian(), std::endian::native == std::endian::little);
 }
 
 TEST(Converter, ConvertInPlaceIsNotImplementedAndTouchesNothing) {
-  const ImageConverter converter;
+  ImageConverter converter;
   ExpectError(converter.ConvertInPlace(nullptr, PIXEL_FORMAT_RGB8), VORERROR_NOT_IMPLEMENTED,
               Reference::kNotImplementedText);
   LentImage image;
@@ -48,13 +66,13 @@ TEST(Converter, ConvertInPlaceIsNotImplementedAndTouchesNothing) {
 }
 
 TEST(Convert, RefusesANullSourceEvenWithANullDestination) {
-  const ImageConverter converter;
+  ImageConverter converter;
   ExpectError(converter.Convert(nullptr, PIXEL_FORMAT_RGB8, nullptr), VORERROR_INVALID_PARAMETER,
               Reference::kSourceNull);
 }
 
 TEST(Convert, RefusesASourceWithoutBuffer) {
-  const ImageConverter converter;
+  ImageConverter converter;
   const Image source;
   LentImage destination;
   ExpectError(converter.Convert(&source, PIXEL_FORMAT_RGB8, &destination),
@@ -63,7 +81,7 @@ TEST(Convert, RefusesASourceWithoutBuffer) {
 }
 
 TEST(Convert, RefusesANullDestination) {
-  const ImageConverter converter;
+  ImageConverter converter;
   const Image source = Frame(2, 2, PIXEL_FORMAT_MONO8);
   ExpectError(converter.Convert(&source, PIXEL_FORMAT_RGB8, nullptr), VORERROR_INVALID_PARAMETER,
               Reference::kDestinationNull);
@@ -190,6 +208,18 @@ TEST(Convert, KeepsTheTileWhateverTheTarget) {
   }
 }
 
+TEST(Convert, OfAPairThatIsRefusedWritesNothingIntoTheCallersMemory) {
+  const Image source = Frame(3, 3, PIXEL_FORMAT_MONO8);
+  for (const PixelFormat target : {PIXEL_FORMAT_RAW8, PIXEL_FORMAT_S_MONO16}) {
+    Bytes memory(64, 0xEE);
+    Image destination(memory.data(), memory.size());
+    ExpectError(ImageConverter().Convert(&source, target, &destination), VORERROR_INVALID_PARAMETER,
+                Reference::kBadFormat);
+    EXPECT_EQ(destination.GetPixelFormat(), target);
+    EXPECT_EQ(memory, Bytes(64, 0xEE));
+  }
+}
+
 TEST(Convert, AsksTheImagesInOrder) {
   Bytes bytes(64);
   const LentImage source(1, 4, PIXEL_FORMAT_MONO8, bytes.data(), 4);
@@ -218,7 +248,7 @@ TEST(Convert, OfAnImageIntoItselfFollowsTheSteps) {
 }
 
 TEST(Convert, ErrorsCarryTheConvertersFileLineAndBuildStamp) {
-  const ImageConverter converter;
+  ImageConverter converter;
   const Image source = Frame(2, 2, PIXEL_FORMAT_MONO8);
   Image destination;
   const Error errors[] = {

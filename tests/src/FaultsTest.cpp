@@ -146,7 +146,8 @@ struct Expected {
   std::size_t asked = 0;
 };
 
-Expected Oracle(const Conversion& c, const Image& source, std::size_t first, Extent extent) {
+Expected Oracle(const Conversion& c, const Image& source, std::size_t first, Extent extent,
+                const Image& destination = Image()) {
   OracleMemory memory{0, first, extent == Extent::One ? first : SIZE_MAX};
   engineMemory = &memory;
   Reference::Converter oracle;
@@ -156,6 +157,7 @@ Expected Oracle(const Conversion& c, const Image& source, std::size_t first, Ext
   oracle.littleEndian = Probe().IsLittleEndian();
   const Reference::Frame frame = FrameOf(source);
   Expected expected;
+  expected.frame = FrameOf(destination);
   expected.outcome = oracle.Convert(&frame, c.target, &expected.frame);
   expected.asked = memory.asked;
   return expected;
@@ -303,35 +305,42 @@ TEST_F(Faults, OfAllMemoryFromAnyBufferOnGiveTheDefinedCode) {
   EXPECT_GT(injected, 1000);
 }
 
-// What a reused destination held does not come back as the picture that could not be made.
-TEST_F(Faults, LeaveNothingOfAnEarlierFrame) {
-  ForEachConversion([](const Conversion& c) {
+// The step that finds no memory writes nothing, and nobody clears what the destination held.
+TEST_F(Faults, LeaveAnEarlierFrameWhereNoStepWrites) {
+  int kept = 0;
+  ForEachConversion([&kept](const Conversion& c) {
     const char* routine = Reference::Dispatch(c.source, c.target);
     if (HasFatalFailure() || routine == nullptr || *routine == 0) return;
     SCOPED_TRACE(Describe(c));
     for (std::size_t which = 1;; ++which) {
       Subclass source;
       Shape(c, source);
-      Image destinations[2];
-      for (Image& destination : destinations) {
-        ASSERT_EQ(destination.SetDimensions(
-                      kRows, kCols, Reference::RowBytes(kCols, Reference::BitsPerPixel(c.target)),
-                      static_cast<PixelFormat>(c.target), NONE),
-                  VORERROR_OK);
-        const int old = &destination == destinations ? 0x55 : 0xAA;
-        std::memset(destination.GetData(), old, destination.GetDataSize());
+      Image destination;
+      ASSERT_EQ(destination.SetDimensions(
+                    kRows, kCols, Reference::RowBytes(kCols, Reference::BitsPerPixel(c.target)),
+                    static_cast<PixelFormat>(c.target), NONE),
+                VORERROR_OK);
+      std::memset(destination.GetData(), 0x55, destination.GetDataSize());
+      const Image before = destination;
+      Error error;
+      {
         const AllocationFault fault(Of::PixelBuffers, which);
-        (void)ImageConverter().Convert(&source, static_cast<PixelFormat>(c.target), &destination);
+        error = ImageConverter().Convert(&source, static_cast<PixelFormat>(c.target), &destination);
         if (!fault.Happened()) return;
       }
-      ASSERT_EQ(std::memcmp(destinations[0].GetData(), destinations[1].GetData(),
-                            destinations[0].GetDataSize()),
-                0)
-          << "buffer " << which;
+      const std::size_t asked = Oracle(c, source, SIZE_MAX, Extent::One).asked;
+      testing::AssertionResult result = testing::AssertionFailure() << "no temporary";
+      for (std::size_t missing = 1; missing <= asked && !result; ++missing) {
+        const Expected expected = Oracle(c, source, missing, Extent::One, before);
+        result = SameResult(expected.outcome, expected.frame, error, destination);
+      }
+      ASSERT_TRUE(result) << "buffer " << which;
+      kept += std::memcmp(before.GetData(), destination.GetData(), before.GetDataSize()) == 0;
       ++injected;
     }
   });
   EXPECT_GT(injected, 100);
+  EXPECT_GT(kept, 100);
 }
 
 TEST_F(Faults, AtTheSharedInstanceGiveNullAndCountNoUser) {

@@ -135,8 +135,8 @@ void Shape(const Size& size, PixelFormat format, unsigned padding, Image& image)
   ASSERT_EQ(image.SetDimensions(size.rows, size.cols, stride, format, RGGB).GetType(), VORERROR_OK);
 }
 
-const ImageConverter& Converter() {
-  static const ImageConverter converter;
+ImageConverter& Converter() {
+  static ImageConverter converter;
   return converter;
 }
 
@@ -148,7 +148,7 @@ Taken TakenBy(const Conversion& c, Image& source, Image& destination) {
   Shape(c.size, c.from, c.padding, source);
   (void)source.SetColorProcessing(c.method);
   const ProcessDefault method(c.method);
-  const ImageConverter& converter = Converter();
+  ImageConverter& converter = Converter();
   const HeapWatch watch;
   EXPECT_EQ(converter.Convert(&source, c.to, &destination).GetType(),
             c.IsRefused() ? VORERROR_INVALID_PARAMETER : VORERROR_OK)
@@ -382,7 +382,7 @@ std::size_t StackOf(Conversion c) {
   (void)source.SetColorProcessing(c.method);
   const ProcessDefault method(c.method);
   Fill(source.GetData(), source.GetDataSize(), Content::Random, 3);
-  const ImageConverter& converter = Converter();
+  ImageConverter& converter = Converter();
   return StackTaken(0xA5, [&] { (void)converter.Convert(&source, c.to, &destination); });
 }
 

@@ -79,7 +79,7 @@ TEST(Singleton, IsSharedByManyThreads) {
 }
 
 TEST(Singleton, OfTheConverterConverts) {
-  const ImageConverter* const converter = ImageConverter::getInstance();
+  ImageConverter* const converter = ImageConverter::getInstance();
   ASSERT_NE(converter, nullptr);
   EXPECT_EQ(converter, Singleton<ImageConverter>::getInstance());
   Image source;

@@ -21,14 +21,14 @@ namespace {
 constexpr int kThreads = 8;
 
 /// Converts every job, beginning somewhere else for each thread; the number of wrong outcomes.
-int ConvertAll(const ImageConverter& converter, const std::vector<Job>& jobs, std::size_t first) {
+int ConvertAll(ImageConverter& converter, const std::vector<Job>& jobs, std::size_t first) {
   int wrong = 0;
   Image destination;
   for (std::size_t i = 0; i < jobs.size(); ++i) {
     const Job& job = jobs[(first + i) % jobs.size()];
-    const Error foreseen = CheckConversion(job.source, job.target);
-    const Error error = converter.Convert(&job.source, job.target, &destination);
-    if (foreseen == job.foreseen && SameOutcome(job, error, destination)) continue;
+    const Error predicted = CheckConversion(job.source, job.target);
+    const Error error = Convert(converter, job, destination);
+    if (predicted == job.predicted && SameOutcome(job, error, destination)) continue;
     ++wrong;
     ADD_FAILURE() << Describe(job) << ": " << error;
   }
@@ -50,7 +50,7 @@ TEST_P(SharedConverter, ConvertsDifferentFramesAtOnce) {
     jobs.push_back(AllJobs(static_cast<unsigned>(1000 * t)));
     conversions += jobs.back().size();
   }
-  const ImageConverter* const converter = ImageConverter::getInstance();
+  ImageConverter* const converter = ImageConverter::getInstance();
   std::atomic<int> wrong{0};
   AtOnce(threads, [&](int t) {
     const auto mine = static_cast<std::size_t>(t);
@@ -65,7 +65,7 @@ INSTANTIATE_TEST_SUITE_P(Threads, SharedConverter, testing::Values(2, 3, 4, 8, 1
                          testing::PrintToStringParamName());
 
 TEST(Threads, ConvertOneFrameWithOneConverter) {
-  const ImageConverter converter;
+  ImageConverter converter;
   const Job job = MakeJob(PIXEL_FORMAT_BGRU16, PIXEL_FORMAT_411YUV8, DEFAULT, 3);
   std::atomic<int> wrong{0};
   AtOnce(kThreads, [&](int) {
@@ -82,7 +82,7 @@ TEST(Threads, ConvertTheSameFramesEachWithItsOwnConverter) {
   const std::vector<Job> jobs = AllJobs(77);
   std::atomic<int> wrong{0};
   AtOnce(kThreads, [&](int t) {
-    const ImageConverter converter;
+    ImageConverter converter;
     wrong += ConvertAll(converter, jobs, static_cast<std::size_t>(t) * jobs.size() / kThreads);
   });
   EXPECT_EQ(wrong, 0);
@@ -94,7 +94,7 @@ TEST(Threads, ShareTheInstanceAndConvertWithIt) {
   AtOnce(16, [&](int) {
     Image destination;
     for (int i = 0; i < 200; ++i) {
-      const ImageConverter* const converter = ImageConverter::getInstance();
+      ImageConverter* const converter = ImageConverter::getInstance();
       const Error error = converter->Convert(&job.source, job.target, &destination);
       if (!SameOutcome(job, error, destination)) ++wrong;
       ImageConverter::releaseInstance();
@@ -154,7 +154,8 @@ TEST(Threads, ChangeTheInstructionSetWhileOthersConvert) {
   std::atomic<int> wrong{0};
   AtOnce(kThreads, [&](int t) {
     if (t > 0) {
-      wrong += ConvertAll(ImageConverter(), jobs, static_cast<std::size_t>(t) * 100);
+      ImageConverter converter;
+      wrong += ConvertAll(converter, jobs, static_cast<std::size_t>(t) * 100);
       --converting;
       return;
     }

@@ -32,15 +32,17 @@ inline constexpr Content kContents[] = {Content::Random, Content::Ramp, Content:
 
 void Fill(unsigned char* bytes, std::size_t size, Content content, std::uint32_t seed);
 
-/// The oracle's copy of an image, bytes past the last pixel included.
-Reference::Frame FrameOf(const Image& image);
+/// The oracle's copy of an image, bytes past the last pixel included; zeros where the image holds
+/// fewer.
+Reference::Frame FrameOf(const Image& image, std::size_t held = SIZE_MAX);
 
 Reference::Outcome OutcomeOf(const Error& error);
 
-/// Code, message and cause, the shape, and every byte that may be touched.
+/// Code, message and cause, the shape, and every byte that may be touched, as far as the image
+/// holds it.
 testing::AssertionResult SameResult(const Reference::Outcome& expected,
                                     const Reference::Frame& expectedFrame, const Error& actual,
-                                    const Image& actualImage);
+                                    const Image& actualImage, std::size_t held = SIZE_MAX);
 
 /// bayerToColor behind the oracle's interface.
 int RealEngine(int inputFormat, const std::uint8_t* input, int rows, int cols, int outputFormat,

@@ -5,6 +5,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -37,12 +38,12 @@ class GuardedMemory {
 
   /// Whether nothing but the placed bytes was written since.
   bool CanariesIntact() const {
-    for (std::size_t i = 0; i < m_room; ++i) {
-      const bool near = i + kCanary >= m_offset && i < m_offset + m_size + kCanary;
-      const bool inside = i >= m_offset && i < m_offset + m_size;
-      if (near && !inside && m_map[m_page + i] != kCanaryByte) return false;
-    }
-    return true;
+    const std::uint8_t* const first = m_map + m_page;
+    const std::uint8_t* const placed = first + m_offset;
+    const std::uint8_t* const end = placed + m_size;
+    const auto intact = [](std::uint8_t byte) { return byte == kCanaryByte; };
+    return std::all_of(placed - std::min(m_offset, kCanary), placed, intact) &&
+           std::all_of(end, end + std::min(m_room - m_offset - m_size, kCanary), intact);
   }
 
  private:

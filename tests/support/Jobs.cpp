@@ -34,7 +34,7 @@ Job MakeJob(PixelFormat from, PixelFormat to, int method, unsigned seed, unsigne
   job.source.SetColorProcessing(static_cast<ColorProcessingAlgorithm>(method));
   Fill(job.source.GetData(), job.source.GetDataSize(), Content::Random, seed);
   job.answer = ImageConverter().Convert(&job.source, to, &job.picture).GetType();
-  job.foreseen = CheckConversion(job.source, to).GetType();
+  job.predicted = CheckConversion(job.source, to).GetType();
   return job;
 }
 
@@ -49,6 +49,13 @@ std::vector<Job> AllJobs(unsigned seed, unsigned scale) {
     }
   }
   return jobs;
+}
+
+Error Convert(ImageConverter& converter, const Job& job, Image& destination) {
+  if (job.foreseen == VORERROR_IMAGE_CONVERSION_FAILED) {
+    destination = Image();
+  }
+  return converter.Convert(&job.source, job.target, &destination);
 }
 
 bool SameOutcome(const Job& job, const Error& error, const Image& picture) {

@@ -16,7 +16,7 @@ struct Job {
   Image source;
   PixelFormat target = UNSPECIFIED_PIXEL_FORMAT;
   ErrorType answer = VORERROR_OK;
-  ErrorType foreseen = VORERROR_OK;  ///< what CheckConversion said of it
+  ErrorType predicted = VORERROR_OK;  ///< what CheckConversion said of it
   Image picture;
 };
 
@@ -28,6 +28,10 @@ Job MakeJob(PixelFormat from, PixelFormat to, int method, unsigned seed, unsigne
 
 /// All pairs, with all methods where the source is a mosaic; other frames for each seed.
 std::vector<Job> AllJobs(unsigned seed, unsigned scale = 1);
+
+/// Converts a job into a destination that is used again. Where no picture is made the last one
+/// would stay, so there it is a new one.
+Error Convert(ImageConverter& converter, const Job& job, Image& destination);
 
 /// Whether a conversion came out as the job did: code, and for success every byte.
 bool SameOutcome(const Job& job, const Error& error, const Image& picture);

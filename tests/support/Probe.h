@@ -57,9 +57,11 @@ class Probe : public ImageConverter {
   /// Every conversion routine.
   static std::span<const NamedMember> Routines();
 
+  using Target = Error (ImageConverter::*)(const Image*, Image*);
+
   struct TargetMember {
     PixelFormat target;
-    Member member;
+    Target member;
   };
 
   /// The ConvertTo<Target> members.
@@ -68,6 +70,7 @@ class Probe : public ImageConverter {
   Error Call(Member member, const Image* pSrc, Image* pDst) const {
     return (this->*member)(pSrc, pDst);
   }
+  Error Call(Target member, const Image* pSrc, Image* pDst) { return (this->*member)(pSrc, pDst); }
   /// A routine by its name, which must exist.
   Error Call(std::string_view name, const Image* pSrc, Image* pDst) const;
 };

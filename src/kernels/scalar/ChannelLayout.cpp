@@ -6,7 +6,7 @@
 #include "kernels/scalar/Scalar.h"
 #include "kernels/scalar/Word.h"
 
-namespace Korvex2::kernels::scalar {
+namespace Korvex2::Kernels::Scalar {
 namespace {
 
 // Copies the first Copied channels of each pixel, in order.
@@ -144,4 +144,4 @@ void Swap_C1C3_4Channel_16bit(const std::uint8_t* src, std::uint8_t* dst, std::s
   }
 }
 
-}  // namespace Korvex2::kernels::scalar
+}  // namespace Korvex2::Kernels::Scalar

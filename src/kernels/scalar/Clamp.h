@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace Korvex2::kernels::scalar {
+namespace Korvex2::Kernels::Scalar {
 
 /// Saturates to a byte.
 inline std::uint8_t Clamp(std::int16_t value) {
@@ -12,4 +12,4 @@ inline std::uint8_t Clamp(std::int16_t value) {
   return value < 0 ? std::uint8_t{0} : static_cast<std::uint8_t>(value);
 }
 
-}  // namespace Korvex2::kernels::scalar
+}  // namespace Korvex2::Kernels::Scalar

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace Korvex2::kernels::scalar {
+namespace Korvex2::Kernels::Scalar {
 
 /// BT.601 luma in double precision, truncated: (0.299 R + 0.587 G) + 0.114 B. The order of the sums
 /// decides the last bit: a grey of v comes out as v - 1 for 65 of the 256 bytes.
@@ -18,4 +18,4 @@ constexpr double ChromaV(double red, double green, double blue) {
   return ((red * 0.5 + green * -0.419) + blue * -0.081) + 128.0;
 }
 
-}  // namespace Korvex2::kernels::scalar
+}  // namespace Korvex2::Kernels::Scalar

@@ -4,7 +4,7 @@
 #include "kernels/scalar/Scalar.h"
 #include "kernels/scalar/Word.h"
 
-namespace Korvex2::kernels::scalar {
+namespace Korvex2::Kernels::Scalar {
 namespace {
 
 // Writes each 16-bit grey sample to three colour channels, and an opaque alpha where there is one.
@@ -81,4 +81,4 @@ void ConvertRGB16ToRGB(const std::uint8_t* src, std::uint8_t* dst, std::size_t p
   }
 }
 
-}  // namespace Korvex2::kernels::scalar
+}  // namespace Korvex2::Kernels::Scalar

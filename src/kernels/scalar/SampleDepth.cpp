@@ -8,7 +8,7 @@
 
 #include "kernels/scalar/Scalar.h"
 
-namespace Korvex2::kernels::scalar {
+namespace Korvex2::Kernels::Scalar {
 
 void ConvertY8ToY12(const std::uint8_t* src, std::uint8_t* dst, std::size_t pixels, Flags) {
   for (std::size_t i = 0; i < pixels; i += 2) {
@@ -79,4 +79,4 @@ void ConvertY16ToY12(const std::uint8_t* src, std::uint8_t* dst, std::size_t pix
   }
 }
 
-}  // namespace Korvex2::kernels::scalar
+}  // namespace Korvex2::Kernels::Scalar

@@ -5,10 +5,10 @@
 
 #include "kernels/Kernels.h"
 
-namespace Korvex2::kernels::scalar {
+namespace Korvex2::Kernels::Scalar {
 
 #define KORVEX2_KERNEL(routine, ...) \
   void routine(const std::uint8_t* src, std::uint8_t* dst, std::size_t pixels, Flags flags);
 #include "Routines.def"
 
-}  // namespace Korvex2::kernels::scalar
+}  // namespace Korvex2::Kernels::Scalar

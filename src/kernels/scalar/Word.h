@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace Korvex2::kernels::scalar {
+namespace Korvex2::Kernels::Scalar {
 
 template <typename Word>
 Word Load(const std::uint8_t* address) {
@@ -19,4 +19,4 @@ void Store(std::uint8_t* address, Word word) {
   std::memcpy(address, &word, sizeof word);
 }
 
-}  // namespace Korvex2::kernels::scalar
+}  // namespace Korvex2::Kernels::Scalar

@@ -4,7 +4,7 @@
 #include "kernels/scalar/Clamp.h"
 #include "kernels/scalar/Scalar.h"
 
-namespace Korvex2::kernels::scalar {
+namespace Korvex2::Kernels::Scalar {
 namespace {
 
 struct Chroma {
@@ -59,4 +59,4 @@ void ConvertYUV411ToRGB(const std::uint8_t* src, std::uint8_t* dst, std::size_t 
   }
 }
 
-}  // namespace Korvex2::kernels::scalar
+}  // namespace Korvex2::Kernels::Scalar

@@ -5,7 +5,7 @@
 #include "kernels/scalar/ColourSums.h"
 #include "kernels/scalar/Scalar.h"
 
-namespace Korvex2::kernels::scalar {
+namespace Korvex2::Kernels::Scalar {
 namespace {
 
 struct Yuv {
@@ -79,4 +79,4 @@ void ConvertRGBToYUV411(const std::uint8_t* src, std::uint8_t* dst, std::size_t 
   }
 }
 
-}  // namespace Korvex2::kernels::scalar
+}  // namespace Korvex2::Kernels::Scalar

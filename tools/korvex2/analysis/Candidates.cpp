@@ -71,7 +71,7 @@ std::vector<Channel> ChannelsOf(const PixelFormatInfo& format, std::span<const P
     for (std::size_t i = 0; i < planes.size(); ++i) {
       channels[i].name = planes[i].channel;
       channels[i].pixelsPerSample = planes[i].pixelsPerSample;
-      channels[i].samples.depth = DepthOf(format.format);
+      channels[i].samples.depth = format.bitsPerSample;
       channels[i].samples.pieces.push_back(std::move(planes[i].samples));
     }
   }

@@ -15,7 +15,7 @@ namespace Korvex2::Tool {
 namespace {
 
 double PeakOf(const Image& image) {
-  return (1U << DepthOf(image.GetPixelFormat())) - 1;
+  return (1U << FindPixelFormat(image.GetPixelFormat())->bitsPerSample) - 1;
 }
 
 unsigned Distance(std::uint16_t a, std::uint16_t b) {

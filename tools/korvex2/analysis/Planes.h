@@ -17,10 +17,8 @@ struct Plane {
   std::vector<std::uint16_t> samples;
 };
 
-/// Bits of a sample: 8, 12 or 16; 0 for formats that do not convert.
-unsigned DepthOf(PixelFormat format);
-
-/// The channels of `groups` groups of pixels, in the order of their bytes.
+/// The channels of `groups` groups of pixels, in the order of their bytes; none of a compressed
+/// stream.
 std::vector<Plane> PlanesOf(const PixelFormatInfo& format, const unsigned char* bytes,
                             std::size_t groups);
 

@@ -13,22 +13,19 @@
 
 #include "PixelFormats.h"
 #include "analysis/Planes.h"
+#include "terminal/Names.h"
 
 namespace Korvex2::Tool {
 namespace {
 
 constexpr std::size_t kChannels = 3;
 
-bool IsDeep(const Image& image) {
-  return image.GetPixelFormat() == PIXEL_FORMAT_RGB16;
-}
-
 double PeakOf(const Image& image) {
-  return IsDeep(image) ? 65535 : 255;
+  return IsDeep(image.GetPixelFormat()) ? 65535 : 255;
 }
 
 unsigned SampleAt(const Image& image, std::size_t index) {
-  if (!IsDeep(image)) {
+  if (!IsDeep(image.GetPixelFormat())) {
     return image.GetData()[index];
   }
   std::uint16_t word;

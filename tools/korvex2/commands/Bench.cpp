@@ -139,7 +139,7 @@ Outcome Measure(const Pair& pair, Size size) {
   Image result = Converted(frame, pair.target);
   const std::vector<unsigned char> copied(bytes / 2, 1);
   std::vector<unsigned char> copy(bytes / 2);
-  const ImageConverter converter;
+  ImageConverter converter;
   const std::vector<double> seconds = MedianSeconds({
       [&] { (void)converter.Convert(&frame, pair.target, &result); },
       [&] { std::memcpy(copy.data(), copied.data(), copied.size()); },

@@ -7,7 +7,7 @@ namespace Korvex2::Tool {
 namespace {
 
 template <typename Row>
-Words NamesOfAll(std::span<const Row> rows) {
+Words NamesOfAll(ArrayView<Row> rows) {
   Words names;
   for (const Row& row : rows) {
     names.words.push_back(row.name);

@@ -13,7 +13,12 @@ namespace Korvex2::Tool {
 namespace {
 
 std::string Join(const std::vector<std::string_view>& words) {
-  return fmt::format("{}", fmt::join(words, " "));
+  std::string joined;
+  for (const std::string_view word : words) {
+    joined += joined.empty() ? "" : " ";
+    joined += word;
+  }
+  return joined;
 }
 
 std::string CommandNames(const Program& program) {

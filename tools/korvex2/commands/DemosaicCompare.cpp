@@ -72,8 +72,7 @@ Image ReadTruth(const Options& options) {
     throw Failure("{} is {} x {} pixels; comparing methods takes at least {} x {}", options.input,
                   image.GetCols(), image.GetRows(), kSmallestForQuality, kSmallestForQuality);
   }
-  const bool deep = format == PIXEL_FORMAT_MONO16 || FindPixelFormat(format)->bitsPerPixel >= 48;
-  Image truth = Converted(image, deep ? PIXEL_FORMAT_RGB16 : PIXEL_FORMAT_RGB8);
+  Image truth = Converted(image, IsDeep(format) ? PIXEL_FORMAT_RGB16 : PIXEL_FORMAT_RGB8);
   if (truth.GetRows() % 2 == 0 && truth.GetCols() % 2 == 0) {
     return truth;
   }
@@ -97,8 +96,8 @@ Outcome Measure(const Image& truth, const Image& mosaic, const EngineMethod& met
 }
 
 std::vector<Outcome> MeasureAll(const Image& truth, BayerTileFormat tile) {
-  const bool deep = truth.GetPixelFormat() == PIXEL_FORMAT_RGB16;
-  const Image mosaic = SampleMosaic(truth, tile, deep ? PIXEL_FORMAT_RAW16 : PIXEL_FORMAT_RAW8);
+  const Image mosaic = SampleMosaic(
+      truth, tile, IsDeep(truth.GetPixelFormat()) ? PIXEL_FORMAT_RAW16 : PIXEL_FORMAT_RAW8);
   std::vector<Outcome> outcomes;
   for (const EngineMethod& method : EngineMethods()) {
     outcomes.push_back(Measure(truth, mosaic, method));

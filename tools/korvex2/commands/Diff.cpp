@@ -70,7 +70,12 @@ void RequireComparable(const Options& options, const Image& first, const Image& 
 // --- What is told --------------------------------------------------------------------------------
 
 std::string Join(const std::vector<std::uint16_t>& samples) {
-  return fmt::format("{}", fmt::join(samples, ", "));
+  std::string joined;
+  for (const std::uint16_t sample : samples) {
+    joined += joined.empty() ? "" : ", ";
+    joined += std::to_string(sample);
+  }
+  return joined;
 }
 
 std::string SsimText(const std::optional<double>& ssim) {

@@ -45,12 +45,8 @@ Image FrameOf(const Candidate& reading, const Bytes& file) {
 // In colour where that can be made: mosaics with an odd side are shown as grey.
 Image PictureOf(const Candidate& reading, const Bytes& file) {
   const bool isOdd = reading.width % 2 != 0 || reading.height % 2 != 0;
-  const bool deep = reading.format->format == PIXEL_FORMAT_MONO12 ||
-                    reading.format->format == PIXEL_FORMAT_MONO16 ||
-                    reading.format->format == PIXEL_FORMAT_RAW12 ||
-                    reading.format->format == PIXEL_FORMAT_RAW16 ||
-                    reading.format->bitsPerPixel >= 48;
-  return Converted(FrameOf(reading, file), deep ? PIXEL_FORMAT_RGB16 : PIXEL_FORMAT_RGB8,
+  return Converted(FrameOf(reading, file),
+                   reading.format->IsDeep() ? PIXEL_FORMAT_RGB16 : PIXEL_FORMAT_RGB8,
                    isOdd ? NO_COLOR_PROCESSING : HQ_LINEAR);
 }
 

@@ -12,6 +12,7 @@
 #include "io/Raster.h"
 #include "processing/Converted.h"
 #include "terminal/Failure.h"
+#include "terminal/Names.h"
 
 namespace Korvex2::Tool {
 namespace {
@@ -31,7 +32,7 @@ class Pixels {
   explicit Pixels(const Image& image)
       : m_data(image.GetData()),
         m_columns(image.GetCols()),
-        m_deep(image.GetPixelFormat() == PIXEL_FORMAT_RGB16) {}
+        m_deep(IsDeep(image.GetPixelFormat())) {}
 
   Colour At(std::size_t x, std::size_t y) const {
     const std::size_t first = (y * m_columns + x) * 3;

@@ -74,7 +74,7 @@ Image Relabelled(const Image& source, PixelFormat format) {
 Image Converted(const Image& source, PixelFormat target) {
   CheckBeforehand(source, target);
   Image result;
-  const ImageConverter converter;
+  ImageConverter converter;
   const Error error = converter.Convert(&source, target, &result);
   if (error != VORERROR_OK) {
     throw Failure("converting {} to {} failed: {}", NameOf(source.GetPixelFormat()), NameOf(target),

@@ -39,13 +39,13 @@ std::span<const EngineMethod> EngineMethods() {
 }
 
 Image NewPictureOf(const Image& mosaic) {
-  const bool deep = mosaic.GetPixelFormat() == PIXEL_FORMAT_RAW16;
+  const bool deep = IsDeep(mosaic.GetPixelFormat());
   return NewImage(mosaic.GetCols(), mosaic.GetRows(),
                   *FindPixelFormat(deep ? PIXEL_FORMAT_RGB16 : PIXEL_FORMAT_RGB8), NONE);
 }
 
 void Demosaic(const Image& mosaic, const EngineMethod& method, Image& picture) {
-  const bool deep = mosaic.GetPixelFormat() == PIXEL_FORMAT_RAW16;
+  const bool deep = IsDeep(mosaic.GetPixelFormat());
   const BayerError error =
       bayerToColor(deep ? BAYER_PIXEL_FORMAT_RAW16 : BAYER_PIXEL_FORMAT_RAW8, mosaic.GetData(),
                    static_cast<int>(mosaic.GetRows()), static_cast<int>(mosaic.GetCols()),

@@ -38,21 +38,6 @@ std::optional<std::vector<Number>> Numbers(const std::string& text) {
   }
 }
 
-bool IsDeep(PixelFormat format) {
-  switch (format) {
-    case PIXEL_FORMAT_MONO12:
-    case PIXEL_FORMAT_MONO16:
-    case PIXEL_FORMAT_RAW12:
-    case PIXEL_FORMAT_RAW16:
-    case PIXEL_FORMAT_RGB16:
-    case PIXEL_FORMAT_BGR16:
-    case PIXEL_FORMAT_BGRU16:
-      return true;
-    default:
-      return false;
-  }
-}
-
 // --- Crop ----------------------------------------------------------------------------------------
 
 Image Cropped(const Image& image, const Area& area) {

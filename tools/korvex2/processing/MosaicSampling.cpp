@@ -1,7 +1,6 @@
 #include "processing/MosaicSampling.h"
 
 #include <array>
-#include <bit>
 #include <cstring>
 
 #include "io/Raster.h"
@@ -28,12 +27,14 @@ std::array<unsigned, 4> ChannelsOf(BayerTileFormat tile) {
   }
 }
 
-// Copies one sample of each pixel. Words of colours are in the host's order, those of mosaics have
-// the low byte first.
-Image Sample(const Image& colour, BayerTileFormat tile, PixelFormat rawFormat, std::size_t bytes) {
+// Copies one sample of each pixel.
+Image Sample(const Image& colour, BayerTileFormat tile, PixelFormat rawFormat) {
+  const PixelFormatInfo& from = *FindPixelFormat(colour.GetPixelFormat());
+  const PixelFormatInfo& to = *FindPixelFormat(rawFormat);
   const std::array<unsigned, 4> channels = ChannelsOf(tile);
-  const bool swap = bytes == 2 && std::endian::native == std::endian::big;
-  Image mosaic = NewImage(colour.GetCols(), colour.GetRows(), *FindPixelFormat(rawFormat), tile);
+  const std::size_t bytes = to.bytesPerGroup;
+  const bool swap = IsLowByteFirst(from) != IsLowByteFirst(to);
+  Image mosaic = NewImage(colour.GetCols(), colour.GetRows(), to, tile);
   const unsigned char* source = colour.GetData();
   unsigned char* destination = mosaic.GetData();
   for (unsigned y = 0; y < colour.GetRows(); ++y) {
@@ -50,11 +51,6 @@ Image Sample(const Image& colour, BayerTileFormat tile, PixelFormat rawFormat, s
   return mosaic;
 }
 
-bool IsDeep(PixelFormat format) {
-  const PixelFormatInfo& info = *FindPixelFormat(format);
-  return format == PIXEL_FORMAT_MONO12 || format == PIXEL_FORMAT_MONO16 || info.bitsPerPixel >= 48;
-}
-
 }  // namespace
 
 Image SampleMosaic(const Image& picture, BayerTileFormat tile, PixelFormat rawFormat) {
@@ -63,8 +59,8 @@ Image SampleMosaic(const Image& picture, BayerTileFormat tile, PixelFormat rawFo
   }
   const Image mosaic =
       IsDeep(picture.GetPixelFormat())
-          ? Sample(Converted(picture, PIXEL_FORMAT_RGB16), tile, PIXEL_FORMAT_RAW16, 2)
-          : Sample(Converted(picture, PIXEL_FORMAT_RGB8), tile, PIXEL_FORMAT_RAW8, 1);
+          ? Sample(Converted(picture, PIXEL_FORMAT_RGB16), tile, PIXEL_FORMAT_RAW16)
+          : Sample(Converted(picture, PIXEL_FORMAT_RGB8), tile, PIXEL_FORMAT_RAW8);
   return Converted(mosaic, rawFormat);
 }
 

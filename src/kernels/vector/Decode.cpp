@@ -1,17 +1,17 @@
 // Packed YUV into colour, grey, and packed YUV of another kind.
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "kernels/simd/Decode.cpp"
+#define HWY_TARGET_INCLUDE "kernels/vector/Decode.cpp"
 #include "hwy/foreach_target.h"
 // After foreach_target.h.
-#include "kernels/simd/Arithmetic-inl.h"
-#include "kernels/simd/Interleave-inl.h"
-#include "kernels/simd/Simd.h"
-#include "kernels/simd/StoreYuv-inl.h"
-#include "simd/TargetTable.h"
+#include "kernels/vector/Arithmetic-inl.h"
+#include "kernels/vector/Interleave-inl.h"
+#include "kernels/vector/StoreYuv-inl.h"
+#include "kernels/vector/Vector.h"
+#include "simd/DispatchTable.h"
 
 HWY_BEFORE_NAMESPACE();
-namespace Korvex2::kernels::HWY_NAMESPACE {
+namespace Korvex2::Kernels::HWY_NAMESPACE {
 
 #if HWY_TARGET != HWY_SCALAR
 
@@ -178,17 +178,17 @@ FastKernel FindDecode(Routine) {
 
 #endif
 
-}  // namespace Korvex2::kernels::HWY_NAMESPACE
+}  // namespace Korvex2::Kernels::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
-namespace Korvex2::kernels::simd {
+namespace Korvex2::Kernels::Vector {
 
 HWY_EXPORT(FindDecode);
 
-FastKernel Decodes(Simd::Target target, Routine routine) {
-  return KORVEX2_FOR_TARGET(FindDecode, target)(routine);
+FastKernel Decodes(Simd::InstructionSet set, Routine routine) {
+  return KORVEX2_FOR_INSTRUCTION_SET(FindDecode, set)(routine);
 }
 
-}  // namespace Korvex2::kernels::simd
+}  // namespace Korvex2::Kernels::Vector
 #endif

@@ -1,18 +1,18 @@
 // Luma, and RGB and grey into packed YUV.
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "kernels/simd/Encode.cpp"
+#define HWY_TARGET_INCLUDE "kernels/vector/Encode.cpp"
 #include "hwy/foreach_target.h"
 // After foreach_target.h.
-#include "kernels/simd/Arithmetic-inl.h"
-#include "kernels/simd/Interleave-inl.h"
-#include "kernels/simd/Luma16-inl.h"
-#include "kernels/simd/Simd.h"
-#include "kernels/simd/StoreYuv-inl.h"
-#include "simd/TargetTable.h"
+#include "kernels/vector/Arithmetic-inl.h"
+#include "kernels/vector/Interleave-inl.h"
+#include "kernels/vector/Luma16-inl.h"
+#include "kernels/vector/StoreYuv-inl.h"
+#include "kernels/vector/Vector.h"
+#include "simd/DispatchTable.h"
 
 HWY_BEFORE_NAMESPACE();
-namespace Korvex2::kernels::HWY_NAMESPACE {
+namespace Korvex2::Kernels::HWY_NAMESPACE {
 
 #if HWY_TARGET != HWY_SCALAR
 
@@ -201,17 +201,17 @@ FastKernel FindEncode(Routine) {
 
 #endif
 
-}  // namespace Korvex2::kernels::HWY_NAMESPACE
+}  // namespace Korvex2::Kernels::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
-namespace Korvex2::kernels::simd {
+namespace Korvex2::Kernels::Vector {
 
 HWY_EXPORT(FindEncode);
 
-FastKernel Encodes(Simd::Target target, Routine routine) {
-  return KORVEX2_FOR_TARGET(FindEncode, target)(routine);
+FastKernel Encodes(Simd::InstructionSet set, Routine routine) {
+  return KORVEX2_FOR_INSTRUCTION_SET(FindEncode, set)(routine);
 }
 
-}  // namespace Korvex2::kernels::simd
+}  // namespace Korvex2::Kernels::Vector
 #endif

@@ -10,11 +10,11 @@
 #define KORVEX2_QUADS_INL_H_
 #endif
 
-#include "kernels/simd/Arithmetic-inl.h"
-#include "kernels/simd/Interleave-inl.h"
+#include "kernels/vector/Arithmetic-inl.h"
+#include "kernels/vector/Interleave-inl.h"
 
 HWY_BEFORE_NAMESPACE();
-namespace Korvex2::kernels::HWY_NAMESPACE {
+namespace Korvex2::Kernels::HWY_NAMESPACE {
 
 #if KORVEX2_X86
 
@@ -223,18 +223,18 @@ HWY_INLINE Vec8 Channel(const Vec8 (&quads)[4]) {
 template <typename Source>
 HWY_NOINLINE Vec8 MendPixels(Vec8 lumas, hn::Mask<Tag8> which, const Vec8 (&quads)[4]) {
   const Tag8 d;
-  constexpr std::size_t n = HWY_MAX_BYTES;
-  HWY_ALIGN std::uint8_t mended[n];
-  HWY_ALIGN std::uint8_t pixels[4 * n];
+  constexpr std::size_t kBytes = HWY_MAX_BYTES;
+  HWY_ALIGN std::uint8_t mended[kBytes];
+  HWY_ALIGN std::uint8_t pixels[4 * kBytes];
   hn::Store(lumas, d, mended);
   for (std::size_t k = 0; k < 4; ++k) {
-    hn::Store(quads[k], d, pixels + k * n);
+    hn::Store(quads[k], d, pixels + k * kBytes);
   }
   ForEachLane(d, which, [&](std::size_t i) HWY_ATTR {
     const std::uint8_t* p = pixels + Source::Place(i);
     const double red = p[Source::kBlueFirst ? 2 : 0];
     const double blue = p[Source::kBlueFirst ? 0 : 2];
-    mended[i] = static_cast<std::uint8_t>(scalar::Luma(red, p[1], blue));
+    mended[i] = static_cast<std::uint8_t>(Scalar::Luma(red, p[1], blue));
   });
   return hn::Load(d, mended);
 }
@@ -297,7 +297,7 @@ HWY_INLINE Vec8 ChromaVOfQuads(const Vec8 (&quads)[4]) {
 
 // Greys whose double sum is below 257 v.
 constexpr DropsOfGreys kWidenedDrops =
-    DropsOf([](int r, int g, int b) { return scalar::Luma(257 * r, 257 * g, 257 * b); },
+    DropsOf([](int r, int g, int b) { return Scalar::Luma(257 * r, 257 * g, 257 * b); },
             [](int v) { return 257 * v; });
 
 // The upper 12 bits of floor(257 S / 1000) are 16 q + low, in words of their own. With
@@ -332,7 +332,7 @@ inline HWY_NOINLINE void MendWidened(hn::Mask<Tag8> exact, const Vec8 (&rgb)[3],
   for (std::size_t k = 0; k < 5; ++k) hn::Store(vectors[k], d, bytes[k]);
   ForEachLane(d, others, [&](std::size_t i) HWY_ATTR {
     const std::uint32_t luma =
-        scalar::Luma(257 * bytes[0][i], 257 * bytes[1][i], 257 * bytes[2][i]);
+        Scalar::Luma(257 * bytes[0][i], 257 * bytes[1][i], 257 * bytes[2][i]);
     bytes[3][i] = static_cast<std::uint8_t>(luma >> 8);
     bytes[4][i] = static_cast<std::uint8_t>(luma);
   });
@@ -358,7 +358,7 @@ HWY_INLINE void WidenedLuma12(const Vec8 (&rgb)[3], Vec8& high, Vec8& low) {
 
 #endif  // KORVEX2_X86
 
-}  // namespace Korvex2::kernels::HWY_NAMESPACE
+}  // namespace Korvex2::Kernels::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #endif

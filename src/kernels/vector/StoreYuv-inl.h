@@ -7,13 +7,13 @@
 #define KORVEX2_STOREYUV_INL_H_
 #endif
 
-#include "kernels/simd/Arithmetic-inl.h"
-#include "kernels/simd/Interleave-inl.h"
-#include "kernels/simd/Packed12-inl.h"
-#include "kernels/simd/Quads-inl.h"
+#include "kernels/vector/Arithmetic-inl.h"
+#include "kernels/vector/Interleave-inl.h"
+#include "kernels/vector/Packed12-inl.h"
+#include "kernels/vector/Quads-inl.h"
 
 HWY_BEFORE_NAMESPACE();
-namespace Korvex2::kernels::HWY_NAMESPACE {
+namespace Korvex2::Kernels::HWY_NAMESPACE {
 
 #if HWY_TARGET != HWY_SCALAR
 
@@ -204,7 +204,7 @@ std::size_t EncodeColour(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY
 
 #endif  // HWY_TARGET != HWY_SCALAR
 
-}  // namespace Korvex2::kernels::HWY_NAMESPACE
+}  // namespace Korvex2::Kernels::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #endif

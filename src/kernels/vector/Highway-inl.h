@@ -49,7 +49,7 @@
 #define KORVEX2_VBMI (HWY_TARGET == HWY_AVX3_DL)
 
 HWY_BEFORE_NAMESPACE();
-namespace Korvex2::kernels::HWY_NAMESPACE {
+namespace Korvex2::Kernels::HWY_NAMESPACE {
 
 #if HWY_TARGET != HWY_SCALAR
 
@@ -84,7 +84,7 @@ struct alignas(64) ByteTable {
 
 #endif  // HWY_TARGET != HWY_SCALAR
 
-}  // namespace Korvex2::kernels::HWY_NAMESPACE
+}  // namespace Korvex2::Kernels::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #endif

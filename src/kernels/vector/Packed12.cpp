@@ -1,16 +1,16 @@
 // Packed 12-bit samples.
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "kernels/simd/Packed12.cpp"
+#define HWY_TARGET_INCLUDE "kernels/vector/Packed12.cpp"
 #include "hwy/foreach_target.h"
 // After foreach_target.h.
-#include "kernels/simd/Interleave-inl.h"
-#include "kernels/simd/Packed12-inl.h"
-#include "kernels/simd/Simd.h"
-#include "simd/TargetTable.h"
+#include "kernels/vector/Interleave-inl.h"
+#include "kernels/vector/Packed12-inl.h"
+#include "kernels/vector/Vector.h"
+#include "simd/DispatchTable.h"
 
 HWY_BEFORE_NAMESPACE();
-namespace Korvex2::kernels::HWY_NAMESPACE {
+namespace Korvex2::Kernels::HWY_NAMESPACE {
 
 #if HWY_TARGET != HWY_SCALAR
 
@@ -134,17 +134,17 @@ FastKernel FindPacked12(Routine) {
 
 #endif
 
-}  // namespace Korvex2::kernels::HWY_NAMESPACE
+}  // namespace Korvex2::Kernels::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
-namespace Korvex2::kernels::simd {
+namespace Korvex2::Kernels::Vector {
 
 HWY_EXPORT(FindPacked12);
 
-FastKernel Packed12(Simd::Target target, Routine routine) {
-  return KORVEX2_FOR_TARGET(FindPacked12, target)(routine);
+FastKernel Packed12(Simd::InstructionSet set, Routine routine) {
+  return KORVEX2_FOR_INSTRUCTION_SET(FindPacked12, set)(routine);
 }
 
-}  // namespace Korvex2::kernels::simd
+}  // namespace Korvex2::Kernels::Vector
 #endif

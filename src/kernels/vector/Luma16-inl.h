@@ -9,10 +9,10 @@
 #endif
 
 #include "kernels/scalar/Word.h"
-#include "kernels/simd/Quads-inl.h"
+#include "kernels/vector/Quads-inl.h"
 
 HWY_BEFORE_NAMESPACE();
-namespace Korvex2::kernels::HWY_NAMESPACE {
+namespace Korvex2::Kernels::HWY_NAMESPACE {
 
 #if KORVEX2_VBMI
 
@@ -44,10 +44,10 @@ struct SumsOfWords {
 
   static std::uint32_t Mend(const std::uint8_t* p, std::size_t pixel) {
     const std::uint8_t* const words = p + 2 * Channels * pixel;  // at any address
-    const auto first = scalar::Load<std::uint16_t>(words);
-    const auto green = scalar::Load<std::uint16_t>(words + 2);
-    const auto third = scalar::Load<std::uint16_t>(words + 4);
-    return BlueFirst ? scalar::Luma(third, green, first) : scalar::Luma(first, green, third);
+    const auto first = Scalar::Load<std::uint16_t>(words);
+    const auto green = Scalar::Load<std::uint16_t>(words + 2);
+    const auto third = Scalar::Load<std::uint16_t>(words + 4);
+    return BlueFirst ? Scalar::Luma(third, green, first) : Scalar::Luma(first, green, third);
   }
 };
 
@@ -95,7 +95,7 @@ HWY_INLINE Vec16 GetLuma16(const std::uint8_t* p) {
 
 #endif  // KORVEX2_VBMI
 
-}  // namespace Korvex2::kernels::HWY_NAMESPACE
+}  // namespace Korvex2::Kernels::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #endif

@@ -7,16 +7,17 @@
 #include <utility>
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "kernels/simd/Moves.cpp"
+#define HWY_TARGET_INCLUDE "kernels/vector/Moves.cpp"
 #include "hwy/foreach_target.h"
 // After foreach_target.h.
+#include "Korvex2Defs.h"
 #include "hwy/cache_control.h"
-#include "kernels/simd/Interleave-inl.h"
-#include "kernels/simd/Simd.h"
-#include "simd/TargetTable.h"
+#include "kernels/vector/Interleave-inl.h"
+#include "kernels/vector/Vector.h"
+#include "simd/DispatchTable.h"
 
 HWY_BEFORE_NAMESPACE();
-namespace Korvex2::kernels::HWY_NAMESPACE {
+namespace Korvex2::Kernels::HWY_NAMESPACE {
 
 #if HWY_TARGET != HWY_SCALAR
 
@@ -29,17 +30,27 @@ struct Layout {
   constexpr std::size_t pixel() const { return channels * bytes; }
 };
 
-//                          channels bytes  blueFirst
-constexpr Layout kY8 = {1, 1, false};
-constexpr Layout kRgb = {3, 1, false};
-constexpr Layout kBgr = {3, 1, true};
-constexpr Layout kRgbu = {4, 1, false};
-constexpr Layout kBgru = {4, 1, true};
-constexpr Layout kY16 = {1, 2, false};
-constexpr Layout kRgb16 = {3, 2, false};
-constexpr Layout kBgr16 = {3, 2, true};
-constexpr Layout kRgbu16 = {4, 2, false};
-constexpr Layout kBgru16 = {4, 2, true};
+constexpr Layout LayoutOf(PixelFormat format) {
+  switch (format) {
+#define KORVEX2_FORMAT(enumerator, value, name, routine, family, bits, sign, order, samples, ...) \
+  case PIXEL_FORMAT_##enumerator:                                                                 \
+    return {sizeof(samples) - 1, bits / 8, (samples)[0] == 'B'};
+#include "Formats.def"
+    default:
+      return {};
+  }
+}
+
+constexpr Layout kY8 = LayoutOf(PIXEL_FORMAT_MONO8);
+constexpr Layout kRgb = LayoutOf(PIXEL_FORMAT_RGB8);
+constexpr Layout kBgr = LayoutOf(PIXEL_FORMAT_BGR);
+constexpr Layout kRgbu = LayoutOf(PIXEL_FORMAT_RGBU);
+constexpr Layout kBgru = LayoutOf(PIXEL_FORMAT_BGRU);
+constexpr Layout kY16 = LayoutOf(PIXEL_FORMAT_MONO16);
+constexpr Layout kRgb16 = LayoutOf(PIXEL_FORMAT_RGB16);
+constexpr Layout kBgr16 = LayoutOf(PIXEL_FORMAT_BGR16);
+constexpr Layout kBgru16 = LayoutOf(PIXEL_FORMAT_BGRU16);
+constexpr Layout kRgbu16 = {4, 2, false};  // between two steps only: no format is so
 
 #if KORVEX2_X86
 
@@ -328,17 +339,17 @@ FastKernel FindMove(Routine) {
 
 #endif
 
-}  // namespace Korvex2::kernels::HWY_NAMESPACE
+}  // namespace Korvex2::Kernels::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
-namespace Korvex2::kernels::simd {
+namespace Korvex2::Kernels::Vector {
 
 HWY_EXPORT(FindMove);
 
-FastKernel Moves(Simd::Target target, Routine routine) {
-  return KORVEX2_FOR_TARGET(FindMove, target)(routine);
+FastKernel Moves(Simd::InstructionSet set, Routine routine) {
+  return KORVEX2_FOR_INSTRUCTION_SET(FindMove, set)(routine);
 }
 
-}  // namespace Korvex2::kernels::simd
+}  // namespace Korvex2::Kernels::Vector
 #endif

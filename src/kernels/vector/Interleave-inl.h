@@ -12,10 +12,10 @@
 #define KORVEX2_INTERLEAVE_INL_H_
 #endif
 
-#include "kernels/simd/Highway-inl.h"
+#include "kernels/vector/Highway-inl.h"
 
 HWY_BEFORE_NAMESPACE();
-namespace Korvex2::kernels::HWY_NAMESPACE {
+namespace Korvex2::Kernels::HWY_NAMESPACE {
 
 #if HWY_TARGET != HWY_SCALAR
 
@@ -420,7 +420,7 @@ std::size_t MovePixels(const std::uint8_t* HWY_RESTRICT src, std::uint8_t* HWY_R
 
 #endif  // HWY_TARGET != HWY_SCALAR
 
-}  // namespace Korvex2::kernels::HWY_NAMESPACE
+}  // namespace Korvex2::Kernels::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #endif

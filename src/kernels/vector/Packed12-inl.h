@@ -8,10 +8,10 @@
 #define KORVEX2_PACKED12_INL_H_
 #endif
 
-#include "kernels/simd/Interleave-inl.h"
+#include "kernels/vector/Interleave-inl.h"
 
 HWY_BEFORE_NAMESPACE();
-namespace Korvex2::kernels::HWY_NAMESPACE {
+namespace Korvex2::Kernels::HWY_NAMESPACE {
 
 #if HWY_TARGET != HWY_SCALAR
 
@@ -61,7 +61,7 @@ HWY_INLINE void StorePacked12(Vec8 bytes, std::uint8_t* p) {
 
 #endif  // HWY_TARGET != HWY_SCALAR
 
-}  // namespace Korvex2::kernels::HWY_NAMESPACE
+}  // namespace Korvex2::Kernels::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #endif

@@ -22,10 +22,10 @@
 
 #include "hwy/highway.h"
 #include "kernels/scalar/ColourSums.h"
-#include "kernels/simd/Interleave-inl.h"
+#include "kernels/vector/Interleave-inl.h"
 
 HWY_BEFORE_NAMESPACE();
-namespace Korvex2::kernels::HWY_NAMESPACE {
+namespace Korvex2::Kernels::HWY_NAMESPACE {
 
 #if HWY_TARGET != HWY_SCALAR
 
@@ -173,8 +173,8 @@ constexpr DropsOfGreys DropsOf(Sum sum, int multiple(int)) {
   return drops;
 }
 
-constexpr DropsOfGreys kLumaDrops = DropsOf(scalar::Luma, [](int v) { return v; });
-constexpr DropsOfGreys kUDrops = DropsOf(scalar::ChromaU, [](int) { return 128; });
+constexpr DropsOfGreys kLumaDrops = DropsOf(Scalar::Luma, [](int v) { return v; });
+constexpr DropsOfGreys kUDrops = DropsOf(Scalar::ChromaU, [](int) { return 128; });
 constexpr std::uint8_t kBitOfByte[16] = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
 
 // 1 where the table has the bit of a grey, else 0.
@@ -473,7 +473,7 @@ HWY_INLINE void DecodeEach(Vec8 y, Vec16 even, Vec16 odd, Vec8& r, Vec8& g, Vec8
 
 #endif  // HWY_TARGET != HWY_SCALAR
 
-}  // namespace Korvex2::kernels::HWY_NAMESPACE
+}  // namespace Korvex2::Kernels::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #endif
