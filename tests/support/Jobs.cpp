@@ -52,7 +52,7 @@ std::vector<Job> AllJobs(unsigned seed, unsigned scale) {
 }
 
 Error Convert(ImageConverter& converter, const Job& job, Image& destination) {
-  if (job.foreseen == VORERROR_IMAGE_CONVERSION_FAILED) {
+  if (job.predicted == VORERROR_IMAGE_CONVERSION_FAILED) {
     destination = Image();
   }
   return converter.Convert(&job.source, job.target, &destination);
