@@ -1,8 +1,9 @@
 #pragma once
 
 /// Looks up a function exported with HWY_EXPORT for an instruction set that the caller names;
-/// Highway's own dispatch knows the best set of the machine only. Include after highway.h, use in
-/// the HWY_ONCE part of a file.
+/// Highway's own dispatch knows the best set of the machine only. A file may leave out the better one
+/// of two sets where it gains nothing; its function for the other one is found then. Include after
+/// highway.h, use in the HWY_ONCE part of a file.
 
 #include "hwy/highway.h"
 #include "simd/InstructionSet.h"
@@ -17,9 +18,11 @@
 
 namespace Korvex2::Simd {
 
-inline std::size_t TableIndex(InstructionSet set) {
+// In each file of its own, as what HWY_TARGETS holds is. The lower bit is the better set.
+static inline std::size_t TableIndex(InstructionSet set) {
+  const auto bit = static_cast<std::int64_t>(set);
   hwy::ChosenTarget chosen;
-  chosen.Update(static_cast<std::int64_t>(set));
+  chosen.Update(HWY_TARGETS & -bit);
   return chosen.GetIndex();
 }
 
