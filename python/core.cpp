@@ -66,14 +66,11 @@ std::size_t FrameBytes(const Frame& frame) {
   return GroupedSize(*FindPixelFormat(frame.format), std::uint64_t{frame.rows} * frame.cols);
 }
 
-// What an Image of this shape asks of a buffer: the frame and the bytes beyond it that a kernel
-// may touch.
-std::size_t Room(const Frame& frame) {
-  const PixelFormatInfo& info = *FindPixelFormat(frame.format);
-  const std::uint64_t strided =
-      std::uint64_t{frame.rows} * PackedStride(frame.cols, info.bitsPerPixel);
-  const std::uint64_t pixels = std::uint64_t{frame.rows} * frame.cols;
-  return std::max({strided, ReachedSize(info, pixels), std::uint64_t{1}});
+// What an Image of this shape asks of a buffer. Rows of packed pixels that end within a byte count
+// it whole, and so may take more than the frame.
+std::size_t StridedBytes(const Frame& frame) {
+  return std::size_t{frame.rows} *
+         PackedStride(frame.cols, FindPixelFormat(frame.format)->bitsPerPixel);
 }
 
 Error Shape(const Frame& frame, Image& image) {
@@ -81,10 +78,10 @@ Error Shape(const Frame& frame, Image& image) {
   return image.SetDimensions(frame.rows, frame.cols, stride, frame.format, frame.tile);
 }
 
-// The frame where it lies. Where a kernel may touch bytes beyond it, a copy that has them.
+// The frame where it lies, if it can be shaped there.
 Image ImageOf(const Frame& frame, const unsigned char* bytes, std::size_t size) {
-  if (size == FrameBytes(frame) && size == Room(frame)) {
-    Image image(const_cast<unsigned char*>(bytes), size);  // shaping it so writes nothing
+  if (size >= StridedBytes(frame)) {
+    Image image(const_cast<unsigned char*>(bytes), size);  // shaping it writes nothing
     Require(Shape(frame, image));
     return image;
   }
@@ -94,8 +91,8 @@ Image ImageOf(const Frame& frame, const unsigned char* bytes, std::size_t size) 
   return image;
 }
 
-const ImageConverter& Converter() {
-  static const ImageConverter converter;
+ImageConverter& Converter() {
+  static ImageConverter converter;
   return converter;
 }
 
@@ -116,7 +113,7 @@ Image Prepare(const Frame& frame, const unsigned char* bytes, std::size_t size,
 
 void ConvertInto(const Image& source, const Frame& picture, unsigned char* bytes,
                  std::size_t size) {
-  if (size >= Room(picture)) {
+  if (size >= StridedBytes(picture)) {
     Image image(bytes, size);
     Require(Converter().Convert(&source, picture.format, &image));
     return;
@@ -124,6 +121,23 @@ void ConvertInto(const Image& source, const Frame& picture, unsigned char* bytes
   Image image;
   Require(Converter().Convert(&source, picture.format, &image));
   std::copy_n(image.GetData(), size, bytes);
+}
+
+// Only where a mosaic becomes colour may a step find no memory and leave bytes unwritten.
+bool MayLeaveBytes(PixelFormat source, PixelFormat target) {
+  return std::ranges::any_of(ExpandRoute(source, target), [](const RouteCall& call) {
+    return call.routine->kind == RoutineInfo::Kind::Demosaic;
+  });
+}
+
+// An array for a picture, with room to shape it. No byte of it shows what its memory held before.
+py::array_t<unsigned char> NewArray(const Frame& picture, PixelFormat source) {
+  const std::size_t size = std::max(FrameBytes(picture), StridedBytes(picture));
+  py::array_t<unsigned char> array(static_cast<py::ssize_t>(size));
+  if (MayLeaveBytes(source, picture.format)) {
+    std::fill_n(array.mutable_data(), size, static_cast<unsigned char>(0));
+  }
+  return array;
 }
 
 // `source` holds the frame's bytes, C-contiguous, its last group whole or cut after its last pixel.
@@ -143,8 +157,7 @@ py::array Convert(const py::array& source, unsigned int rows, unsigned int cols,
     const py::gil_scoped_release released;
     return Prepare(frame, bytes, size, picture.format);
   }();
-  py::array result =
-      out ? *out : py::array_t<unsigned char>(static_cast<py::ssize_t>(Room(picture)));
+  py::array result = out ? *out : NewArray(picture, frame.format);
   auto* resultBytes = static_cast<unsigned char*>(result.mutable_data());
   const auto resultSize = static_cast<std::size_t>(result.nbytes());
   {

@@ -22,8 +22,7 @@ def convert(array: npt.ArrayLike, to: PixelFormat | str = "bgr8", from_: PixelFo
     formats (mono12, raw12, yuv411, yuv422) are uint8, H x bytes of a row; 4:2:2 may be H x W x 2.
 
     Parameters:
-        array: the frame. C-contiguous arrays are read where they lie; others are copied first, and so are frames
-            whose last group of up to four pixels is begun only. Never written to.
+        array: the frame. C-contiguous arrays are read where they lie; others are copied first. Never written to.
         to: the format to convert into, a PixelFormat or any name or alias of one.
         from_: the format of the array. It may be left out where the array can be of one format only: samples with
             a tile (raw8, raw16) and H x W x 4 of uint16 (bgru16).

@@ -151,6 +151,23 @@ def resident(field):
     raise AssertionError(field)
 
 
+@pytest.mark.parametrize(("source", "target", "nbytes"), [
+    ("mono8", "mono12", 15), ("mono8", "yuv422", 20), ("rgb8", "yuv411", 18), ("yuv411", "rgb8", 27),
+    ("mono12", "mono8", 9)])
+def test_frames_of_a_ring_are_read_and_written_alone(source, target, nbytes):
+    """Nine pixels begin a group that is not complete; what follows the arrays is another frame."""
+    size = {info.name: info.nbytes(3, 3) for info in korvex2.formats()}[source]
+    ring = np.full(64, 77, np.uint8)
+    frame = ring[:size]
+    frame[:] = np.arange(size)
+    alone = korvex2.convert(frame.copy(), target, source, shape=(3, 3))
+    pictures = np.full(64, 99, np.uint8)
+    assert korvex2.convert(frame, target, source, shape=(3, 3), out=pictures[:nbytes]).nbytes == nbytes
+    assert pictures[:nbytes].tobytes() == alone.tobytes()
+    assert (pictures[nbytes:] == 99).all()
+    assert (ring[size:] == 77).all()
+
+
 def test_no_frame_is_copied():
     """The peak of resident memory does not rise by a fraction of the frame while both arrays are there."""
     try:
