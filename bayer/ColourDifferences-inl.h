@@ -15,7 +15,7 @@ KORVEX2_BAYER_BEGIN_TARGET_CODE
 // Green minus red or blue at every place, the missing one of both estimated from five samples of
 // the row: (-c + 2g - 2c + 2g - c) / 4 where the middle is red or blue, the
 // negative of it where the middle is green.
-inline void differenceAlong(In m, In colour, Columns c, Row out) {
+inline void DifferenceAlong(In m, In colour, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) {
     const float other = 2 * (m[x - 1] + m[x + 1]) - 2 * m[x] - (m[x - 2] + m[x + 2]);
     out[x] = (0.5F * colour[x] - 0.25F) * other;
@@ -23,26 +23,26 @@ inline void differenceAlong(In m, In colour, Columns c, Row out) {
 }
 
 // The same along columns; m2 is the row itself.
-inline void differenceAcross(In m0, In m1, In m2, In m3, In m4, In colour, Columns c, Row out) {
+inline void DifferenceAcross(In m0, In m1, In m2, In m3, In m4, In colour, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) {
     const float other = 2 * (m1[x] + m3[x]) - 2 * m2[x] - (m0[x] + m4[x]);
     out[x] = (0.5F * colour[x] - 0.25F) * other;
   }
 }
 
-inline void changeAlong(In d, Columns c, Row out) {
-  for (int x = c.begin; x < c.end; ++x) out[x] = magnitude(d[x + 1] - d[x - 1]);
+inline void ChangeAlong(In d, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) out[x] = Magnitude(d[x + 1] - d[x - 1]);
 }
 
-inline void changeAcross(In above, In below, Columns c, Row out) {
-  for (int x = c.begin; x < c.end; ++x) out[x] = magnitude(below[x] - above[x]);
+inline void ChangeAcross(In above, In below, Columns c, Row out) {
+  for (int x = c.begin; x < c.end; ++x) out[x] = Magnitude(below[x] - above[x]);
 }
 
-inline void sum3(In a, Columns c, Row out) {
+inline void Sum3(In a, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) out[x] = (a[x - 1] + a[x + 1]) + a[x];
 }
 
-inline void sumOf3(In above, In here, In below, Columns c, Row out) {
+inline void SumOf3(In above, In here, In below, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) out[x] = (above[x] + below[x]) + here[x];
 }
 
@@ -50,11 +50,11 @@ inline void sumOf3(In above, In here, In below, Columns c, Row out) {
 struct Sides {
   float north, south, west, east;
 
-  float sum() const { return (north + south) + (west + east); }
-  float sum(float n, float s, float w, float e) const {
+  float Sum() const { return (north + south) + (west + east); }
+  float Sum(float n, float s, float w, float e) const {
     return (north * n + south * s) + (west * w + east * e);
   }
-  float sum(Sides of) const { return sum(of.north, of.south, of.west, of.east); }
+  float Sum(Sides of) const { return Sum(of.north, of.south, of.west, of.east); }
 };
 
 // What the four diagonal neighbours of a place hold.
@@ -65,14 +65,14 @@ struct Diagonals {
 // Green minus the opposite colour where the mosaic holds red or blue: the mean over the diagonal
 // neighbours, weighted by 1 / (level + |step of green| + |step of the opposite colour|). The
 // weights are brought to a common denominator, which takes one division instead of five.
-inline float oppositeDifferenceAt(Diagonals own, Diagonals green, float greenHere, Diagonals colour,
+inline float OppositeDifferenceAt(Diagonals own, Diagonals green, float greenHere, Diagonals colour,
                                   float level) {
-  const float down = level + magnitude(colour.nw - colour.se);
-  const float up = level + magnitude(colour.ne - colour.sw);
-  const float nw = down + magnitude(greenHere - green.nw);
-  const float se = down + magnitude(greenHere - green.se);
-  const float ne = up + magnitude(greenHere - green.ne);
-  const float sw = up + magnitude(greenHere - green.sw);
+  const float down = level + Magnitude(colour.nw - colour.se);
+  const float up = level + Magnitude(colour.ne - colour.sw);
+  const float nw = down + Magnitude(greenHere - green.nw);
+  const float se = down + Magnitude(greenHere - green.se);
+  const float ne = up + Magnitude(greenHere - green.ne);
+  const float sw = up + Magnitude(greenHere - green.sw);
   const float downProduct = nw * se;
   const float upProduct = ne * sw;
   const float downSum = own.nw * se + own.se * nw;
@@ -82,14 +82,14 @@ inline float oppositeDifferenceAt(Diagonals own, Diagonals green, float greenHer
 }
 
 // The same on whole rows.
-inline void oppositeDifference(In ownAbove, In ownBelow, In greenAbove, In greenHere, In greenBelow,
+inline void OppositeDifference(In ownAbove, In ownBelow, In greenAbove, In greenHere, In greenBelow,
                                In above, In below, float level, Columns c, Row out) {
   const auto diagonals = [](const float* rowAbove, const float* rowBelow, int x) {
     return Diagonals{rowAbove[x - 1], rowAbove[x + 1], rowBelow[x - 1], rowBelow[x + 1]};
   };
   for (int x = c.begin; x < c.end; ++x) {
     out[x] =
-        oppositeDifferenceAt(diagonals(ownAbove, ownBelow, x), diagonals(greenAbove, greenBelow, x),
+        OppositeDifferenceAt(diagonals(ownAbove, ownBelow, x), diagonals(greenAbove, greenBelow, x),
                              greenHere[x], diagonals(above, below, x), level);
   }
 }

@@ -65,9 +65,9 @@ void ChosenPixels(In ownAbove, In ownHere, In ownBelow, In oppositeAbove, In opp
         h * (ownHere[x - 1] + ownHere[x + 1]) + v * (oppositeAbove[x] + oppositeBelow[x]);
     const float otherDifference =
         h * (oppositeHere[x - 1] + oppositeHere[x + 1]) + v * (ownAbove[x] + ownBelow[x]);
-    ownOut[x] = rounded<Sample>(m[x] - greenPlaces[x] * ownDifference);
-    greenOut[x] = rounded<Sample>(green[x]);
-    oppositeOut[x] = rounded<Sample>(
+    ownOut[x] = Rounded<Sample>(m[x] - greenPlaces[x] * ownDifference);
+    greenOut[x] = Rounded<Sample>(green[x]);
+    oppositeOut[x] = Rounded<Sample>(
         green[x] - (colour[x] * oppositeHere[x] + greenPlaces[x] * otherDifference));
   }
 }
@@ -76,9 +76,9 @@ template <typename Sample>
 void DirectionalFilter(const Block<Sample>& block) {
   const int rows = block.rows;
   const int cols = block.cols;
-  const Columns columns = columnsAround(cols, kDirectionalFilterReach);
-  const std::ptrdiff_t stride = floatStride(cols);
-  constexpr float kLevel = levelOf<Sample>();
+  const Columns columns = ColumnsAround(cols, kDirectionalFilterReach);
+  const std::ptrdiff_t stride = FloatStride(cols);
+  constexpr float kLevel = LevelOf<Sample>();
   auto* scratch = static_cast<float*>(block.scratch);
   const Ring<8> mosaic(scratch, stride);
   const Ring<8> across(scratch, stride);
@@ -91,16 +91,16 @@ void DirectionalFilter(const Block<Sample>& block) {
   const Ring<4> opposite(scratch, stride);
   const Ring<4> t(scratch, stride);
   const Places places(scratch, stride);
-  const auto colour = [&](int y) { return places.colour(colourParity(block, y)); };
+  const auto colour = [&](int y) { return places.Colour(ColourParity(block, y)); };
   for (int last = -kDirectionalFilterReach; last < rows + kDirectionalFilterReach; ++last) {
-    floatRow(block.mosaic[last], columns, mosaic[last]);
+    FloatRow(block.mosaic[last], columns, mosaic[last]);
     int y = last - 2;
-    differenceAlong(mosaic[y], colour(y), columns, along[y]);
-    differenceAcross(mosaic[y - 2], mosaic[y - 1], mosaic[y], mosaic[y + 1], mosaic[y + 2],
+    DifferenceAlong(mosaic[y], colour(y), columns, along[y]);
+    DifferenceAcross(mosaic[y - 2], mosaic[y - 1], mosaic[y], mosaic[y + 1], mosaic[y + 2],
                      colour(y), columns, across[y]);
-    changeAlong(along[y], columns, t[0]);
+    ChangeAlong(along[y], columns, t[0]);
     Sum5Along(t[0], columns, sumsAlong[y]);
-    changeAcross(across[y - 2], across[y], columns, changesAcross[y - 1]);
+    ChangeAcross(across[y - 2], across[y], columns, changesAcross[y - 1]);
     y = last - 5;
     Sum5Across(sumsAlong[y - 2], sumsAlong[y - 1], sumsAlong[y], sumsAlong[y + 1], sumsAlong[y + 2],
                columns, t[0]);
@@ -111,15 +111,15 @@ void DirectionalFilter(const Block<Sample>& block) {
     ChosenDifference(across[y - 2], across[y - 1], across[y], across[y + 1], across[y + 2],
                      along[y], shares[y], mosaic[y], colour(y), columns, own[y], green[y]);
     y = last - 6;
-    oppositeDifference(own[y - 1], own[y + 1], green[y - 1], green[y], green[y + 1], mosaic[y - 1],
+    OppositeDifference(own[y - 1], own[y + 1], green[y - 1], green[y], green[y + 1], mosaic[y - 1],
                        mosaic[y + 1], kLevel, columns, opposite[y]);
     y = last - kDirectionalFilterReach;
     if (y < 0) continue;
     const bool redRow = (y & 1) == block.redRow;
     const std::ptrdiff_t offset = y * block.stride;
     ChosenPixels(own[y - 1], own[y], own[y + 1], opposite[y - 1], opposite[y], opposite[y + 1],
-                 shares[y], mosaic[y], green[y], colour(y), places.green(colourParity(block, y)),
-                 roundedUp(cols), (redRow ? block.red : block.blue) + offset, block.green + offset,
+                 shares[y], mosaic[y], green[y], colour(y), places.Green(ColourParity(block, y)),
+                 RoundedUp(cols), (redRow ? block.red : block.blue) + offset, block.green + offset,
                  (redRow ? block.blue : block.red) + offset);
   }
 }

@@ -33,7 +33,7 @@ namespace {
 constexpr int kRingRows = 5 * 8 + 5 * 4 + 1;
 
 std::size_t ScratchBytes(int, int cols, int) {
-  return floatRowsBytes(kRingRows, cols);
+  return FloatRowsBytes(kRingRows, cols);
 }
 
 BlockFunctions Functions([[maybe_unused]] InstructionSet set) {

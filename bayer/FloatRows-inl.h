@@ -35,13 +35,13 @@ struct Columns {
 };
 
 constexpr int kColumnStep = 16;
-constexpr int roundedUp(int cols) {
+constexpr int RoundedUp(int cols) {
   return (cols + kColumnStep - 1) / kColumnStep * kColumnStep;
 }
 
 // The block's columns and at least `beside` on either side.
-constexpr Columns columnsAround(int cols, int beside) {
-  return {-roundedUp(beside), roundedUp(cols) + roundedUp(beside)};
+constexpr Columns ColumnsAround(int cols, int beside) {
+  return {-RoundedUp(beside), RoundedUp(cols) + RoundedUp(beside)};
 }
 
 // A ring of rows: row y takes the place of row y - kRows. Columns count from the block's left edge
@@ -50,65 +50,65 @@ template <int kRows>
 class Ring {
  public:
   static_assert((kRows & (kRows - 1)) == 0);
-  Ring(float*& scratch, std::ptrdiff_t stride) : start_(scratch + kFloatMargin), stride_(stride) {
+  Ring(float*& scratch, std::ptrdiff_t stride) : m_start(scratch + kFloatMargin), m_stride(stride) {
     scratch += kRows * stride;
   }
-  float* operator[](int y) const { return start_ + (y & (kRows - 1)) * stride_; }
+  float* operator[](int y) const { return m_start + (y & (kRows - 1)) * m_stride; }
 
  private:
-  float* start_;
-  std::ptrdiff_t stride_;
+  float* m_start;
+  std::ptrdiff_t m_stride;
 };
 
-inline float square(float v) {
+inline float Square(float v) {
   return v * v;
 }
-inline float magnitude(float v) {
+inline float Magnitude(float v) {
   return v < 0 ? -v : v;
 }
 
 // One where a row's columns hold red or blue and zero where they hold green, or the reverse; rows
-// are told apart by colourParity(). Places are chosen by arithmetic because compilers make vectors
+// are told apart by ColourParity(). Places are chosen by arithmetic because compilers make vectors
 // of it, and the result is that of a choice: the values are finite, so x * 1 + y * 0 is x.
 class Places {
  public:
-  Places(float*& scratch, std::ptrdiff_t stride) : row_(scratch + kFloatMargin) {
+  Places(float*& scratch, std::ptrdiff_t stride) : m_row(scratch + kFloatMargin) {
     for (std::ptrdiff_t x = 0; x < stride; ++x) scratch[x] = x % 2 == 0 ? 1.0F : 0.0F;
     scratch += stride;
   }
-  const float* colour(int parity) const { return row_ + parity; }
-  const float* green(int parity) const { return row_ + 1 - parity; }
+  const float* Colour(int parity) const { return m_row + parity; }
+  const float* Green(int parity) const { return m_row + 1 - parity; }
 
  private:
-  float* row_;
+  float* m_row;
 };
 
 // The parity of the columns that hold red or blue.
 template <typename Sample>
-int colourParity(const Block<Sample>& block, int y) {
+int ColourParity(const Block<Sample>& block, int y) {
   return (y ^ block.redRow ^ block.redColumn) & 1;
 }
 
 // Differences of one level in eight bits, in the unit of the samples.
 template <typename Sample>
-constexpr float levelOf() {
+constexpr float LevelOf() {
   return sizeof(Sample) == 1 ? 1.0F : 257.0F;
 }
 
 // Within the range of samples.
 template <typename Sample>
-std::int32_t roundedInt(float v) {
+std::int32_t RoundedInt(float v) {
   constexpr float kMost = std::numeric_limits<Sample>::max();
   const float low = v < 0 ? 0.0F : v;
   return static_cast<std::int32_t>((low > kMost ? kMost : low) + 0.5F);
 }
 template <typename Sample>
-Sample rounded(float v) {
-  return static_cast<Sample>(roundedInt<Sample>(v));
+Sample Rounded(float v) {
+  return static_cast<Sample>(RoundedInt<Sample>(v));
 }
 
 template <typename Sample>
-void floatRow(const Sample* __restrict samples, Columns c, Row out) {
+void FloatRow(const Sample* __restrict samples, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) out[x] = static_cast<float>(samples[x]);
 }
 

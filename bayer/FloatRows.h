@@ -10,13 +10,13 @@ namespace Korvex2::Bayer {
 inline constexpr int kFloatMargin = 64;
 
 /// Floats from one row to the next.
-constexpr std::ptrdiff_t floatStride(int cols) {
+constexpr std::ptrdiff_t FloatStride(int cols) {
   constexpr std::ptrdiff_t kStep = 16;
   return (cols + kStep - 1) / kStep * kStep + 2 * kFloatMargin + kStep;
 }
 
-constexpr std::size_t floatRowsBytes(int rows, int cols) {
-  return static_cast<std::size_t>(rows) * static_cast<std::size_t>(floatStride(cols)) *
+constexpr std::size_t FloatRowsBytes(int rows, int cols) {
+  return static_cast<std::size_t>(rows) * static_cast<std::size_t>(FloatStride(cols)) *
          sizeof(float);
 }
 

@@ -27,7 +27,7 @@ inline constexpr bool kLowInPair = (kParity == 0) == (std::endian::native == std
 
 // Element i of a half of a whole row.
 template <int kParity, typename T>
-std::int32_t intAt(const T* row, int i) {
+std::int32_t IntAt(const T* row, int i) {
   if constexpr (sizeof(T) == 4) {
     return row[2 * i + kParity];
   } else {
@@ -42,13 +42,13 @@ std::int32_t intAt(const T* row, int i) {
 }
 
 template <int kParity, typename T>
-float floatAt(const T* row, int i) {
-  return static_cast<float>(intAt<kParity>(row, i));
+float FloatAt(const T* row, int i) {
+  return static_cast<float>(IntAt<kParity>(row, i));
 }
 
 // Writes element i of both halves, that of columns of kParity first in the arguments.
 template <int kParity, typename T>
-void put(T* row, int i, std::int32_t one, std::int32_t other) {
+void Put(T* row, int i, std::int32_t one, std::int32_t other) {
   const std::int32_t low = kLowInPair<T, kParity> ? one : other;
   const std::int32_t high = kLowInPair<T, kParity> ? other : one;
   const auto pair = static_cast<PairWord<T>>(static_cast<std::uint32_t>(low) |
@@ -59,18 +59,18 @@ void put(T* row, int i, std::int32_t one, std::int32_t other) {
 // The same of rows of stages. The pair's other element is dropped, so this looks at no other
 // column.
 template <int kParity, typename T, int kLeft, int kRight>
-std::int32_t intAt(WholeRow<T, kLeft, kRight> row, int i) {
-  return intAt<kParity>(row.Start(), i);
+std::int32_t IntAt(WholeRow<T, kLeft, kRight> row, int i) {
+  return IntAt<kParity>(row.Start(), i);
 }
 
 template <int kParity, typename T, int kLeft, int kRight>
-float floatAt(WholeRow<T, kLeft, kRight> row, int i) {
-  return floatAt<kParity>(row.Start(), i);
+float FloatAt(WholeRow<T, kLeft, kRight> row, int i) {
+  return FloatAt<kParity>(row.Start(), i);
 }
 
 template <int kParity, auto kName, typename T>
-void put(OutRow<kName, T> row, int i, std::int32_t one, std::int32_t other) {
-  put<kParity>(row.Start(), i, one, other);
+void Put(OutRow<kName, T> row, int i, std::int32_t one, std::int32_t other) {
+  Put<kParity>(row.Start(), i, one, other);
 }
 
 KORVEX2_BAYER_END_TARGET_CODE

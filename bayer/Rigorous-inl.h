@@ -245,7 +245,7 @@ class RoundAcross {
 
 // 1 / (level + sum)^2 over 3x3 and over 5x5 changes, the direction's own axis first.
 inline void InverseSquares(In sums, float level, Columns c, Row out) {
-  for (int x = c.begin; x < c.end; ++x) out[x] = 1.0F / square(level + sums[x]);
+  for (int x = c.begin; x < c.end; ++x) out[x] = 1.0F / Square(level + sums[x]);
 }
 
 inline void Sum5(In a, Columns c, Row out) {
@@ -255,11 +255,11 @@ inline void Sum5(In a, Columns c, Row out) {
 }
 
 inline void SquaredChangeAlong(In a, Columns c, Row out) {
-  for (int x = c.begin; x < c.end; ++x) out[x] = square(a[x + 1] - a[x - 1]);
+  for (int x = c.begin; x < c.end; ++x) out[x] = Square(a[x + 1] - a[x - 1]);
 }
 
 inline void SquaredChangeAcross(In above, In below, Columns c, Row out) {
-  for (int x = c.begin; x < c.end; ++x) out[x] = square(below[x] - above[x]);
+  for (int x = c.begin; x < c.end; ++x) out[x] = Square(below[x] - above[x]);
 }
 
 inline void Sum9(In a, Columns c, Row out) {
@@ -309,7 +309,7 @@ class Activity {
 // The square of how much a difference changes compared to green.
 inline void SquaredRatio(In difference, In green, float level, Columns c, Row out) {
   for (int x = c.begin; x < c.end; ++x) {
-    out[x] = square(difference[x] / (green[x] + 1e-3F * level * level));
+    out[x] = Square(difference[x] / (green[x] + 1e-3F * level * level));
   }
 }
 
@@ -320,9 +320,9 @@ inline void FirstDifference(In above, In here, In below, In along, In weightAbov
     const Sides sides{weightAbove[x], weightBelow[x], weightHere[x - 1], weightHere[x + 1]};
     const float v = 0.6F * here[x];
     const float h = 0.6F * along[x];
-    const float sum = sides.sum(v + 0.4F * above[x], v + 0.4F * below[x], h + 0.4F * along[x - 1],
+    const float sum = sides.Sum(v + 0.4F * above[x], v + 0.4F * below[x], h + 0.4F * along[x - 1],
                                 h + 0.4F * along[x + 1]);
-    const float difference = sum / sides.sum();
+    const float difference = sum / sides.Sum();
     out[x] = difference;
     green[x] = m[x] + colour[x] * difference;
   }
@@ -335,11 +335,11 @@ inline void FullDifferences(In ownAbove, In ownHere, In ownBelow, In oppositeAbo
                             In colour, In green, Columns c, Row own, Row opposite) {
   for (int x = c.begin; x < c.end; ++x) {
     const Sides sides{weightAbove[x], weightBelow[x], weightHere[x - 1], weightHere[x + 1]};
-    const float inverse = 1.0F / sides.sum();
+    const float inverse = 1.0F / sides.Sum();
     const float o =
-        sides.sum(oppositeAbove[x], oppositeBelow[x], ownHere[x - 1], ownHere[x + 1]) * inverse;
+        sides.Sum(oppositeAbove[x], oppositeBelow[x], ownHere[x - 1], ownHere[x + 1]) * inverse;
     const float p =
-        sides.sum(ownAbove[x], ownBelow[x], oppositeHere[x - 1], oppositeHere[x + 1]) * inverse;
+        sides.Sum(ownAbove[x], ownBelow[x], oppositeHere[x - 1], oppositeHere[x + 1]) * inverse;
     own[x] = colour[x] * ownHere[x] + green[x] * o;
     opposite[x] = colour[x] * oppositeHere[x] + green[x] * p;
   }
@@ -350,7 +350,7 @@ inline void Refine(In own, In above, In here, In below, In weightAbove, In weigh
                    In weightHere, In ratio, In m, In colour, Columns c, Row out, Row green) {
   for (int x = c.begin; x < c.end; ++x) {
     const Sides sides{weightAbove[x], weightBelow[x], weightHere[x - 1], weightHere[x + 1]};
-    const float mean = sides.sum(above[x], below[x], here[x - 1], here[x + 1]) / sides.sum();
+    const float mean = sides.Sum(above[x], below[x], here[x - 1], here[x + 1]) / sides.Sum();
     const float difference = own[x] + (mean - own[x]) / (1.0F + 1000.0F * ratio[x]);
     out[x] = difference;
     green[x] = m[x] + colour[x] * difference;
@@ -424,12 +424,12 @@ inline void GuidedColours(In residualAbove, In residualHere, In residualBelow, I
                           Row own, Row opposite) {
   for (int x = c.begin; x < c.end; ++x) {
     const Sides sides{weightAbove[x], weightBelow[x], weightHere[x - 1], weightHere[x + 1]};
-    const float inverse = 1.0F / sides.sum();
+    const float inverse = 1.0F / sides.Sum();
     const float r =
-        sides.sum(oppositeAbove[x], oppositeBelow[x], residualHere[x - 1], residualHere[x + 1]) *
+        sides.Sum(oppositeAbove[x], oppositeBelow[x], residualHere[x - 1], residualHere[x + 1]) *
         inverse;
     const float s =
-        sides.sum(residualAbove[x], residualBelow[x], oppositeHere[x - 1], oppositeHere[x + 1]) *
+        sides.Sum(residualAbove[x], residualBelow[x], oppositeHere[x - 1], oppositeHere[x + 1]) *
         inverse;
     const float g = green[x];
     // Beside green: the row's colour left and right, the opposite colour above and below.
@@ -467,9 +467,9 @@ void RigorousPixels(In ownDifference, In otherDifference, In ownGuided, In oppos
         ownGuided[x] + ((g - ownDifference[x]) - ownGuided[x]) / (1.0F + 2000.0F * ownRatio[x]);
     const float opposite =
         guided + ((g - otherDifference[x]) - guided) / (1.0F + 2000.0F * oppositeRatio[x]);
-    ownOut[x] = rounded<Sample>(colour[x] * m[x] + greenPlaces[x] * own);
-    greenOut[x] = rounded<Sample>(g);
-    oppositeOut[x] = rounded<Sample>(opposite);
+    ownOut[x] = Rounded<Sample>(colour[x] * m[x] + greenPlaces[x] * own);
+    greenOut[x] = Rounded<Sample>(g);
+    oppositeOut[x] = Rounded<Sample>(opposite);
   }
 }
 
@@ -477,9 +477,9 @@ template <typename Sample>
 void Rigorous(const Block<Sample>& block) {
   const int rows = block.rows;
   const int cols = block.cols;
-  const Columns c = columnsAround(cols, kRigorousReach);
-  const std::ptrdiff_t stride = floatStride(cols);
-  constexpr float kLevel = levelOf<Sample>();
+  const Columns c = ColumnsAround(cols, kRigorousReach);
+  const std::ptrdiff_t stride = FloatStride(cols);
+  constexpr float kLevel = LevelOf<Sample>();
   constexpr float kNoise = 0.1F * kLevel * kLevel;
   auto* scratch = static_cast<float*>(block.scratch);
   const Ring<64> mosaic(scratch, stride);
@@ -510,12 +510,12 @@ void Rigorous(const Block<Sample>& block) {
   const Places places(scratch, stride);
   assert(scratch - static_cast<float*>(block.scratch) == kRigorousRows * stride);
 
-  const auto colour = [&](int y) { return places.colour(colourParity(block, y)); };
-  const auto greens = [&](int y) { return places.green(colourParity(block, y)); };
+  const auto colour = [&](int y) { return places.Colour(ColourParity(block, y)); };
+  const auto greens = [&](int y) { return places.Green(ColourParity(block, y)); };
   const auto isRed = [&](int y) { return (y & 1) == block.redRow; };
 
   for (int last = -kRigorousReach; last < rows + kRigorousReach; ++last) {
-    floatRow(block.mosaic[last], c, mosaic[last]);
+    FloatRow(block.mosaic[last], c, mosaic[last]);
 
     FirstEstimateAlong(mosaic[last], c, along0[last]);
     roundAlong1.Step(mosaic, along0, last, kNoise, c, along1);
@@ -530,19 +530,19 @@ void Rigorous(const Block<Sample>& block) {
     y = last - 16;
     SignedDifference(mosaic[y], along2[y], colour(y), c, alongDifference[y]);
     SignedDifference(mosaic[y], across2[y], colour(y), c, acrossDifference[y]);
-    changeAlong(alongDifference[y], c, t[0]);
-    sum3(t[0], c, narrowAlong[y]);
+    ChangeAlong(alongDifference[y], c, t[0]);
+    Sum3(t[0], c, narrowAlong[y]);
     Sum5(t[0], c, wideAlong[y]);
-    changeAcross(acrossDifference[y - 2], acrossDifference[y], c, changesAcross[y - 1]);
+    ChangeAcross(acrossDifference[y - 2], acrossDifference[y], c, changesAcross[y - 1]);
 
     y = last - 19;
-    sumOf3(narrowAlong[y - 1], narrowAlong[y], narrowAlong[y + 1], c, t[0]);
+    SumOf3(narrowAlong[y - 1], narrowAlong[y], narrowAlong[y + 1], c, t[0]);
     InverseSquares(t[0], kLevel, c, narrowWeightAlong[y]);
     EveryOther5(wideAlong[y - 2], wideAlong[y - 1], wideAlong[y], wideAlong[y + 1],
                 wideAlong[y + 2], c, t[0]);
     InverseSquares(t[0], kLevel, c, wideWeightAlong[y]);
-    sumOf3(changesAcross[y - 1], changesAcross[y], changesAcross[y + 1], c, t[0]);
-    sum3(t[0], c, t[1]);
+    SumOf3(changesAcross[y - 1], changesAcross[y], changesAcross[y + 1], c, t[0]);
+    Sum3(t[0], c, t[1]);
     InverseSquares(t[1], kLevel, c, narrowWeightAcross[y]);
     EveryOther5(changesAcross[y - 2], changesAcross[y - 1], changesAcross[y], changesAcross[y + 1],
                 changesAcross[y + 2], c, t[0]);
@@ -554,7 +554,7 @@ void Rigorous(const Block<Sample>& block) {
                     alongDifference[y], narrowWeightAcross[y - 1], narrowWeightAcross[y + 1],
                     narrowWeightAlong[y], mosaic[y], colour(y), c, own1[y], green1[y]);
     y = last - 21;
-    oppositeDifference(own1[y - 1], own1[y + 1], green1[y - 1], green1[y], green1[y + 1],
+    OppositeDifference(own1[y - 1], own1[y + 1], green1[y - 1], green1[y], green1[y + 1],
                        mosaic[y - 1], mosaic[y + 1], kLevel, c, opposite1[y]);
     y = last - 22;
     FullDifferences(own1[y - 1], own1[y], own1[y + 1], opposite1[y - 1], opposite1[y],
@@ -572,7 +572,7 @@ void Rigorous(const Block<Sample>& block) {
            wideWeightAcross[y + 1], wideWeightAlong[y], (isRed(y) ? redRatio : blueRatio)[y],
            mosaic[y], colour(y), c, own2[y], green2[y]);
     y = last - 28;
-    oppositeDifference(own2[y - 1], own2[y + 1], green2[y - 1], green2[y], green2[y + 1],
+    OppositeDifference(own2[y - 1], own2[y + 1], green2[y - 1], green2[y], green2[y + 1],
                        mosaic[y - 1], mosaic[y + 1], kLevel, c, opposite2[y]);
     y = last - 29;
     FullDifferences(own2[y - 1], own2[y], own2[y + 1], opposite2[y - 1], opposite2[y],
@@ -587,7 +587,7 @@ void Rigorous(const Block<Sample>& block) {
     Product(mosaic[y], green3[y], c, mg[y]);
     Product(green3[y], green3[y], c, gg[y]);
     y = last - 31;
-    oppositeDifference(own3[y - 1], own3[y + 1], green3[y - 1], green3[y], green3[y + 1],
+    OppositeDifference(own3[y - 1], own3[y + 1], green3[y - 1], green3[y], green3[y + 1],
                        mosaic[y - 1], mosaic[y + 1], kLevel, c, opposite3[y]);
 
     y = last - 32;
@@ -608,7 +608,7 @@ void Rigorous(const Block<Sample>& block) {
     Window25(offset, y, c, t[1]);
     GuidedResidual(mosaic[y], green3[y], t[0], t[1], c, meanSlope[y], meanOffset[y], guided[y]);
     y = last - 41;
-    oppositeDifference(guided[y - 1], guided[y + 1], green3[y - 1], green3[y], green3[y + 1],
+    OppositeDifference(guided[y - 1], guided[y + 1], green3[y - 1], green3[y], green3[y + 1],
                        mosaic[y - 1], mosaic[y + 1], kLevel, c, guidedOpp[y]);
 
     y = last - kRigorousReach;
@@ -626,7 +626,7 @@ void Rigorous(const Block<Sample>& block) {
     const std::ptrdiff_t at = y * block.stride;
     RigorousPixels(t[0], t[1], t[2], t[3], t[4], (isRed(y) ? redRatio : blueRatio)[y],
                    (isRed(y) ? blueRatio : redRatio)[y], green3[y], mosaic[y], colour(y), greens(y),
-                   roundedUp(cols), (isRed(y) ? block.red : block.blue) + at, block.green + at,
+                   RoundedUp(cols), (isRed(y) ? block.red : block.blue) + at, block.green + at,
                    (isRed(y) ? block.blue : block.red) + at);
   }
 }

@@ -48,7 +48,7 @@ namespace {
 // About 900 operations per pixel, 15 of them divisions.
 
 std::size_t ScratchBytes(int, int cols, int) {
-  return floatRowsBytes(kRigorousRows, cols);
+  return FloatRowsBytes(kRigorousRows, cols);
 }
 
 BlockFunctions Functions([[maybe_unused]] InstructionSet set) {

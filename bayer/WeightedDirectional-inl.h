@@ -124,11 +124,11 @@ class WeightedDirectional : WeightedDirectionalStages {
                                                OutHalf<kWeightsAlong, 1> alongOdd,
                                                OutHalf<kWeightsAcross, 0> acrossEven,
                                                OutHalf<kWeightsAcross, 1> acrossOdd) {
-      constexpr float kLevel = 4 * levelOf<Sample>();
-      const DirectionWeights even(kLevel + floatAt<0>(alongSums, i),
-                                  kLevel + floatAt<0>(acrossSums, i));
-      const DirectionWeights odd(kLevel + floatAt<1>(alongSums, i),
-                                 kLevel + floatAt<1>(acrossSums, i));
+      constexpr float kLevel = 4 * LevelOf<Sample>();
+      const DirectionWeights even(kLevel + FloatAt<0>(alongSums, i),
+                                  kLevel + FloatAt<0>(acrossSums, i));
+      const DirectionWeights odd(kLevel + FloatAt<1>(alongSums, i),
+                                 kLevel + FloatAt<1>(acrossSums, i));
       alongEven[i] = even.along;
       acrossEven[i] = even.across;
       alongOdd[i] = odd.along;
@@ -158,24 +158,24 @@ class WeightedDirectional : WeightedDirectionalStages {
   }
 
   static void Compute(const At<kBlendOwn>& at) {
-    colourParity(at.GetBlock(), at.y) == 0 ? BlendOwn<0>(at) : BlendOwn<1>(at);
+    ColourParity(at.GetBlock(), at.y) == 0 ? BlendOwn<0>(at) : BlendOwn<1>(at);
   }
 
   static void Compute(const At<kBlendOpposite>& at) {
-    const int parity = colourParity(at.GetBlock(), at.y);
+    const int parity = ColourParity(at.GetBlock(), at.y);
     const auto green = Reads<kGreen>(at);
     const auto blend = [owns = DiagonalsOf(Reads<kOwn>(at), parity),
                         greens = DiagonalsOf(green, parity), green = green[0],
                         colours = DiagonalsOf(Reads<kColour>(at), parity)](
                            int i, Out<kOpposite> opposite) {
       opposite[i] =
-          oppositeDifferenceAt(owns[i], greens[i], green[i], colours[i], levelOf<Sample>());
+          OppositeDifferenceAt(owns[i], greens[i], green[i], colours[i], LevelOf<Sample>());
     };
     ForColumns(at.GetPlaces(), blend, Writes<kOpposite>(at));
   }
 
   static void Compute(const At<kWritePixels>& at) {
-    colourParity(at.GetBlock(), at.y) == 0 ? WritePixels<0>(at) : WritePixels<1>(at);
+    ColourParity(at.GetBlock(), at.y) == 0 ? WritePixels<0>(at) : WritePixels<1>(at);
   }
 
  private:
@@ -217,10 +217,10 @@ class WeightedDirectional : WeightedDirectionalStages {
                            int i, Out<kOwn> own, Out<kColour> colour, Out<kGreen> green) {
       const Sides sides = weights[i];
       const float sum =
-          sides.sum(floatAt<kColourParity>(north, i), floatAt<kColourParity>(south, i),
-                    floatAt<kColourParity>(west, i), floatAt<kColourParity>(east, i));
-      const float difference = sum * (kPerArm / sides.sum());
-      const float sample = floatAt<kColourParity>(m, i);
+          sides.Sum(FloatAt<kColourParity>(north, i), FloatAt<kColourParity>(south, i),
+                    FloatAt<kColourParity>(west, i), FloatAt<kColourParity>(east, i));
+      const float difference = sum * (kPerArm / sides.Sum());
+      const float sample = FloatAt<kColourParity>(m, i);
       own[i] = difference;
       colour[i] = sample;
       green[i] = sample + difference;
@@ -250,17 +250,17 @@ class WeightedDirectional : WeightedDirectionalStages {
                         m = Reads<kMosaic>(at)[0]](int i, OwnPixels ownOut, GreenPixels greenOut,
                                                    OppositePixels oppositeOut) {
       const Sides sides = weights[i];
-      const float perWeight = 1.0F / sides.sum();
-      const float ownDifference = sides.sum(ownSides[i]) * perWeight;
-      const float oppositeDifference = sides.sum(oppositeSides[i]) * perWeight;
-      const float sample = floatAt<kGreenParity>(m, i);
+      const float perWeight = 1.0F / sides.Sum();
+      const float ownDifference = sides.Sum(ownSides[i]) * perWeight;
+      const float oppositeDifference = sides.Sum(oppositeSides[i]) * perWeight;
+      const float sample = FloatAt<kGreenParity>(m, i);
       const float greenHere = green[i];
-      const std::int32_t ownSample = intAt<kColourParity>(m, i);
-      const std::int32_t greenSample = intAt<kGreenParity>(m, i);
-      const std::int32_t opposite = roundedInt<Sample>(greenHere - atColour[i]);
-      put<kColourParity>(ownOut, i, ownSample, roundedInt<Sample>(sample - ownDifference));
-      put<kColourParity>(greenOut, i, roundedInt<Sample>(greenHere), greenSample);
-      put<kColourParity>(oppositeOut, i, opposite, roundedInt<Sample>(sample - oppositeDifference));
+      const std::int32_t ownSample = IntAt<kColourParity>(m, i);
+      const std::int32_t greenSample = IntAt<kGreenParity>(m, i);
+      const std::int32_t opposite = RoundedInt<Sample>(greenHere - atColour[i]);
+      Put<kColourParity>(ownOut, i, ownSample, RoundedInt<Sample>(sample - ownDifference));
+      Put<kColourParity>(greenOut, i, RoundedInt<Sample>(greenHere), greenSample);
+      Put<kColourParity>(oppositeOut, i, opposite, RoundedInt<Sample>(sample - oppositeDifference));
     };
     const Block<Sample>& block = at.GetBlock();
     const bool redRow = (at.y & 1) == block.redRow;
@@ -272,12 +272,12 @@ class WeightedDirectional : WeightedDirectionalStages {
 };
 
 template <typename Sample>
-void weightedDirectional(const Block<Sample>& block) {
+void WeightedDirectionalFilter(const Block<Sample>& block) {
   RunStages<WeightedDirectional<Sample>, WeightedDirectionalStages>(block);
 }
 
-inline BlockFunctions weightedDirectionalFunctions() {
-  return {weightedDirectional<std::uint8_t>, weightedDirectional<std::uint16_t>};
+inline BlockFunctions WeightedDirectionalFunctions() {
+  return {WeightedDirectionalFilter<std::uint8_t>, WeightedDirectionalFilter<std::uint16_t>};
 }
 
 KORVEX2_BAYER_END_TARGET_CODE

@@ -47,15 +47,15 @@ constexpr auto& kPlan = WeightedDirectionalStages::kPlan;
 constexpr int kMargin = 7;
 static_assert(kPlan.margin == Reach{kMargin, kMargin, kMargin, kMargin});
 
-std::size_t scratchBytes(int, int cols, int sampleBytes) {
+std::size_t ScratchBytes(int, int cols, int sampleBytes) {
   return kPlan.ScratchBytes(cols, sampleBytes);
 }
 
-BlockFunctions functions([[maybe_unused]] InstructionSet set) {
+BlockFunctions Functions([[maybe_unused]] InstructionSet set) {
 #if KORVEX2_WITH_HIGHWAY
   if (set != InstructionSet::Plain) return WeightedDirectionalSimd(set);
 #endif
-  return Plain::weightedDirectionalFunctions();
+  return Plain::WeightedDirectionalFunctions();
 }
 
 }  // namespace
@@ -63,7 +63,7 @@ BlockFunctions functions([[maybe_unused]] InstructionSet set) {
 const Method kWeightedDirectional = {.margin = kMargin,
                                      .blockRows = 128,
                                      .blockCols = 992,
-                                     .scratchBytes = scratchBytes,
-                                     .functions = functions};
+                                     .scratchBytes = ScratchBytes,
+                                     .functions = Functions};
 
 }  // namespace Korvex2::Bayer

@@ -10,10 +10,10 @@
 #if HWY_ONCE
 namespace Korvex2::Bayer {
 
-HWY_EXPORT(weightedDirectionalFunctions);
+HWY_EXPORT(WeightedDirectionalFunctions);
 
 BlockFunctions WeightedDirectionalSimd(InstructionSet set) {
-  return KORVEX2_FOR_INSTRUCTION_SET(weightedDirectionalFunctions, set)();
+  return KORVEX2_FOR_INSTRUCTION_SET(WeightedDirectionalFunctions, set)();
 }
 
 }  // namespace Korvex2::Bayer

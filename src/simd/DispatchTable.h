@@ -1,9 +1,9 @@
 #pragma once
 
 /// Looks up a function exported with HWY_EXPORT for an instruction set that the caller names;
-/// Highway's own dispatch knows the best set of the machine only. A file may leave out the better one
-/// of two sets where it gains nothing; its function for the other one is found then. Include after
-/// highway.h, use in the HWY_ONCE part of a file.
+/// Highway's own dispatch knows the best set of the machine only. A file may leave out the better
+/// one of two sets where it gains nothing; its function for the other one is found then. Include
+/// after highway.h, use in the HWY_ONCE part of a file.
 
 #include "hwy/highway.h"
 #include "simd/InstructionSet.h"
