@@ -150,7 +150,7 @@ class Examination {
   // only.
   void ExamineGrey(PixelFormat format, const char* why) {
     const bool empty = m_rows == 0 || m_cols == 0;
-    if (format != PIXEL_FORMAT_RAW8 && !empty) {
+    if (FindPixelFormat(format)->IsDeep() && !empty) {
       Add(__LINE__, VORERROR_IMAGE_CONVERSION_FAILED,
           "With " + std::string(why) + ", " + NameOf(m_format) +
               " is shown byte by byte, which is no picture. Grey frames are mono12 or mono16.");

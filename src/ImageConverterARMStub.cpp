@@ -229,7 +229,7 @@ Error ImageConverter::WalkRoutine(const RoutineInfo& info, const Image* pSrc, Im
   const DestinationBytes to = BytesToWrite(info, *pDst, pDst->GetData(), pixels);
   const Kernels::Flags flags = {.littleEndian = m_LittleEndian};
   RunWithin(info, BytesToRead(info, *pSrc, pSrc->GetData(), pixels), to, pixels,
-            [=](const std::uint8_t* src, std::uint8_t* dst, std::size_t count) {
+            [&info, flags](const std::uint8_t* src, std::uint8_t* dst, std::size_t count) {
               Walk(info, src, dst, count, flags);
             });
   if (ClearsDestination(info) && to.size < pDst->GetDataSize()) {

@@ -128,7 +128,7 @@ constexpr Step kSteps[] = {
 std::optional<Peer> Find(PixelFormat source, PixelFormat target) {
   cv::setNumThreads(1);
   // Strips of a mosaic would get borders of their own: what takes two steps is left out.
-  const bool raw = source == PIXEL_FORMAT_RAW8 || source == PIXEL_FORMAT_RAW16;
+  const bool raw = FindPixelFormat(source)->IsRaw();
   std::optional<Peer> peer = FindWay("opencv", kSteps, source, target);
   return peer && raw && peer->how.find('+') != std::string::npos ? std::nullopt : peer;
 }

@@ -52,6 +52,84 @@ TEST(PixelFormats, AgreeWithTheOracleOnSizes) {
   }
 }
 
+struct Samples {
+  PixelFormat format;
+  PixelFamily family;
+  unsigned bits;
+  SampleOrder order;
+  std::string_view samples;
+  unsigned channels;
+  bool blueFirst;
+};
+
+TEST(PixelFormats, TellTheirSamples) {
+  // clang-format off
+  const Samples kSamples[] = {
+      {PIXEL_FORMAT_MONO8,          PixelFamily::Grey,   8,  SampleOrder::Bytes,    "Y",      1, false},
+      {PIXEL_FORMAT_MONO12,         PixelFamily::Grey,   12, SampleOrder::Packed,   "YY",     0, false},
+      {PIXEL_FORMAT_MONO16,         PixelFamily::Grey,   16, SampleOrder::LowFirst, "Y",      1, false},
+      {PIXEL_FORMAT_RGB8,           PixelFamily::Rgb,    8,  SampleOrder::Bytes,    "RGB",    3, false},
+      {PIXEL_FORMAT_RGBU,           PixelFamily::Rgb,    8,  SampleOrder::Bytes,    "RGBA",   4, false},
+      {PIXEL_FORMAT_RGB16,          PixelFamily::Rgb,    16, SampleOrder::Host,     "RGB",    3, false},
+      {PIXEL_FORMAT_BGR,            PixelFamily::Rgb,    8,  SampleOrder::Bytes,    "BGR",    3, true},
+      {PIXEL_FORMAT_BGRU,           PixelFamily::Rgb,    8,  SampleOrder::Bytes,    "BGRA",   4, true},
+      {PIXEL_FORMAT_BGR16,          PixelFamily::Rgb,    16, SampleOrder::Host,     "BGR",    3, true},
+      {PIXEL_FORMAT_BGRU16,         PixelFamily::Rgb,    16, SampleOrder::Host,     "BGRA",   4, true},
+      {PIXEL_FORMAT_411YUV8,        PixelFamily::Yuv,    8,  SampleOrder::Bytes,    "UYYVYY", 0, false},
+      {PIXEL_FORMAT_422YUV8,        PixelFamily::Yuv,    8,  SampleOrder::Bytes,    "UYVY",   0, false},
+      {PIXEL_FORMAT_444YUV8,        PixelFamily::Yuv,    8,  SampleOrder::Bytes,    "UYV",    3, false},
+      {PIXEL_FORMAT_RAW8,           PixelFamily::Raw,    8,  SampleOrder::Bytes,    "M",      1, false},
+      {PIXEL_FORMAT_RAW12,          PixelFamily::Raw,    12, SampleOrder::Packed,   "MM",     0, false},
+      {PIXEL_FORMAT_RAW16,          PixelFamily::Raw,    16, SampleOrder::LowFirst, "M",      1, false},
+      {PIXEL_FORMAT_S_MONO16,       PixelFamily::Grey,   16, SampleOrder::LowFirst, "Y",      1, false},
+      {PIXEL_FORMAT_S_RGB16,        PixelFamily::Rgb,    16, SampleOrder::Host,     "RGB",    3, false},
+      {PIXEL_FORMAT_422YUV8_JPEG,   PixelFamily::Stream, 8,  SampleOrder::Bytes,    "",       0, false},
+  };
+  // clang-format on
+  EXPECT_EQ(std::size(kSamples), PixelFormats().size());
+  for (const Samples& expected : kSamples) {
+    const PixelFormatInfo& info = *FindPixelFormat(expected.format);
+    EXPECT_EQ(info.family, expected.family) << info.name;
+    EXPECT_EQ(info.bitsPerSample, expected.bits) << info.name;
+    EXPECT_EQ(info.order, expected.order) << info.name;
+    EXPECT_EQ(info.samples, expected.samples) << info.name;
+    EXPECT_EQ(info.Channels(), expected.channels) << info.name;
+    EXPECT_EQ(info.IsBlueFirst(), expected.blueFirst) << info.name;
+    EXPECT_EQ(info.IsRaw(), Reference::IsRaw(expected.format)) << info.name;
+    EXPECT_EQ(info.IsDeep(), expected.bits > 8) << info.name;
+    EXPECT_EQ(info.isSigned, info.name.starts_with("s_")) << info.name;
+  }
+}
+
+TEST(PixelFormats, ShowTheirLayouts) {
+  const auto layout = [](PixelFormat format) { return FindPixelFormat(format)->layout; };
+  EXPECT_EQ(layout(PIXEL_FORMAT_MONO8), "Y");
+  EXPECT_EQ(layout(PIXEL_FORMAT_MONO12), "Y0[11:4] Y1[3:0]Y0[3:0] Y1[11:4]");
+  EXPECT_EQ(layout(PIXEL_FORMAT_MONO16), "Y(16)");
+  EXPECT_EQ(layout(PIXEL_FORMAT_RGBU), "R G B A");
+  EXPECT_EQ(layout(PIXEL_FORMAT_BGR16), "B(16) G(16) R(16)");
+  EXPECT_EQ(layout(PIXEL_FORMAT_411YUV8), "U Y0 Y1 V Y2 Y3");
+  EXPECT_EQ(layout(PIXEL_FORMAT_422YUV8), "U Y0 V Y1");
+  EXPECT_EQ(layout(PIXEL_FORMAT_444YUV8), "U Y V");
+  EXPECT_EQ(layout(PIXEL_FORMAT_RAW8), "mosaic");
+  EXPECT_EQ(layout(PIXEL_FORMAT_RAW12), "P0[11:4] P1[3:0]P0[3:0] P1[11:4], mosaic");
+  EXPECT_EQ(layout(PIXEL_FORMAT_RAW16), "mosaic(16)");
+  EXPECT_EQ(layout(PIXEL_FORMAT_S_RGB16), "R(16, signed) G(16, signed) B(16, signed)");
+  EXPECT_EQ(layout(PIXEL_FORMAT_422YUV8_JPEG), "compressed stream");
+}
+
+TEST(PixelFormats, StoreTheLowByteFirstWhereTheRowOrTheHostSaysSo) {
+  const std::uint16_t word = 1;
+  const bool littleEndian = *reinterpret_cast<const unsigned char*>(&word) == 1;
+  EXPECT_TRUE(IsLowByteFirst(*FindPixelFormat(PIXEL_FORMAT_MONO16)));
+  EXPECT_TRUE(IsLowByteFirst(*FindPixelFormat(PIXEL_FORMAT_RAW16)));
+  EXPECT_EQ(IsLowByteFirst(*FindPixelFormat(PIXEL_FORMAT_BGRU16)), littleEndian);
+}
+
+TEST(PixelFormats, NamesAreCounted) {
+  EXPECT_EQ(NUM_PIXEL_FORMATS, 20);
+}
+
 TEST(PixelFormats, PackedSizeIsTheBytesBegunAndReachedSizeTheGroupsBegun) {
   const PixelFormatInfo& mono12 = *FindPixelFormat(PIXEL_FORMAT_MONO12);
   EXPECT_EQ(PackedSize(mono12, 2), 3U);

@@ -296,21 +296,22 @@ double MeanOf(const std::vector<Channel>& channels, char name) {
 // --- Candidates
 // ----------------------------------------------------------------------------------------
 
-// Formats that differ in the place of red and blue alone.
-constexpr std::pair<PixelFormat, PixelFormat> kSwaps[] = {
-    {PIXEL_FORMAT_RGB8, PIXEL_FORMAT_BGR},
-    {PIXEL_FORMAT_RGBU, PIXEL_FORMAT_BGRU},
-    {PIXEL_FORMAT_RGB16, PIXEL_FORMAT_BGR16},
-};
+// Whether a format differs from another in the place of red and blue alone.
+bool HasSwap(const PixelFormatInfo& format) {
+  return std::ranges::any_of(PixelFormats(), [&](const PixelFormatInfo& other) {
+    return format.family == PixelFamily::Rgb && other.family == PixelFamily::Rgb &&
+           other.convertible && other.bitsPerSample == format.bitsPerSample &&
+           other.samples.size() == format.samples.size() &&
+           other.IsBlueFirst() != format.IsBlueFirst();
+  });
+}
 
 // What a less likely order of colours or tile adds to the score, as a part of it.
 constexpr double kSwapped = 1e-6;
 constexpr double kOtherGreen = 0.05;
 
-double OrderUnlikelihood(PixelFormat format, const std::vector<Channel>& channels) {
-  const bool hasSwap = std::ranges::any_of(
-      kSwaps, [&](const auto& swap) { return format == swap.first || format == swap.second; });
-  return hasSwap && MeanOf(channels, 'R') < MeanOf(channels, 'B') ? kSwapped : 0;
+double OrderUnlikelihood(const PixelFormatInfo& format, const std::vector<Channel>& channels) {
+  return HasSwap(format) && MeanOf(channels, 'R') < MeanOf(channels, 'B') ? kSwapped : 0;
 }
 
 double Score(double bitsPerByte, double unlikelihood) {
@@ -339,7 +340,7 @@ void AddCandidates(const PixelFormatInfo& format, const Bytes& file, std::span<c
   const std::vector<Channel> channels = ChannelsOf(format, pieces);
   const std::vector<Channel> coded = ToCode(channels);
   const Neighbours neighbours = NeighboursOf(format);
-  const double order = OrderUnlikelihood(format.format, channels);
+  const double order = OrderUnlikelihood(format, channels);
   for (const Shape& shape : MostAlike(std::move(shapes), channels, neighbours)) {
     const double bits = BitsPerPixel(coded, neighbours, shape.width) * 8 / format.bitsPerPixel;
     const double unlikelihood = Unlikelihood(shape, format) + order;

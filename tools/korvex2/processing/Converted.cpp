@@ -55,8 +55,15 @@ void CheckBeforehand(const Image& source, PixelFormat target) {
   }
 }
 
-PixelFormat AsGrey(PixelFormat raw) {
-  return raw == PIXEL_FORMAT_RAW12 ? PIXEL_FORMAT_MONO12 : PIXEL_FORMAT_MONO16;
+// The grey format with the samples of a mosaic.
+PixelFormat AsGrey(const PixelFormatInfo& raw) {
+  for (const PixelFormatInfo& format : PixelFormats()) {
+    if (format.convertible && format.family == PixelFamily::Grey &&
+        format.bitsPerSample == raw.bitsPerSample) {
+      return format.format;
+    }
+  }
+  throw Failure("no grey has the samples of {}", raw.name);
 }
 
 // The same bytes under another name.
@@ -91,9 +98,8 @@ Image Converted(Image source, PixelFormat target, ColorProcessingAlgorithm metho
   if (!IsRaw(format) || IsRaw(target)) {
     return Converted(source, target);
   }
-  const bool deep = format != PIXEL_FORMAT_RAW8;
-  if (deep && (method == NO_COLOR_PROCESSING || source.GetBayerTileFormat() == NONE)) {
-    return Converted(Relabelled(source, AsGrey(format)), target);
+  if (IsDeep(format) && (method == NO_COLOR_PROCESSING || source.GetBayerTileFormat() == NONE)) {
+    return Converted(Relabelled(source, AsGrey(*FindPixelFormat(format))), target);
   }
   if (format == PIXEL_FORMAT_RAW12 && method != DEFAULT) {
     source = Converted(source, PIXEL_FORMAT_RAW16);
