@@ -71,7 +71,7 @@ class TwoStagesAtWork : TwoStages {
     copy[0].Beside(at.y & 1);
 #else
     const auto sum = [copy](int x, OutRow<-1, Sample> out) {
-      out[x] = rounded<Sample>(copy[-1][x] + copy[1][x] + copy[0](x, -1) + copy[0](x, 1));
+      out[x] = Rounded<Sample>(copy[-1][x] + copy[1][x] + copy[0](x, -1) + copy[0](x, 1));
     };
     const Block<Sample>& block = at.GetBlock();
     ForColumns(at.GetColumns(), sum, OutRow<-1, Sample>(block.red + at.y * block.stride));
