@@ -147,7 +147,8 @@ def with_formats(header):
     header, count = re.subn(r"#define KORVEX2_FORMAT\(enumerator.*?#include \"Formats.def\"\n", lambda _: lines, header,
                             flags=re.S)
     assert rows and count == 1
-    return re.sub(r" = 1\n#define KORVEX2_FORMAT.*?#include \"Formats.def\"\n", f" = {len(rows) + 1}\n", header, flags=re.S)
+    return re.sub(r" = 1\n#define KORVEX2_FORMAT.*?#include \"Formats.def\"\n", f" = {len(rows) + 1}\n", header,
+                  flags=re.S)
 
 
 def run_doxygen(output, version):
@@ -163,7 +164,7 @@ def run_doxygen(output, version):
               "INPUT": " ".join(map(str, [*(staged / page for page in in_order()), staged / "examples.dox"])),
               "VERSION": version,
               "HEADERS": " ".join(map(str, [*(ROOT / header for header in HEADERS if header != ENUMERATIONS),
-                                          version_header, staged_enumeration]))}
+                                            version_header, staged_enumeration]))}
     template = (ROOT / "docs/site/Doxyfile.in").read_text()
     (output / "Doxyfile").write_text(re.sub(r"@(\w+)@", lambda match: str(values[match.group(1)]), template))
     result = subprocess.run(["doxygen", "Doxyfile"], cwd=output, capture_output=True, text=True)

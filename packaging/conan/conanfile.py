@@ -52,7 +52,8 @@ class Korvex2Recipe(ConanFile):
         cmake_layout(self)
 
     def requirements(self):
-        self.requires("boost/[>=1.74 <2]", transitive_headers=True)  # for SingletonDefinitions.h; nothing of it is linked
+        # For SingletonDefinitions.h; nothing of it is linked.
+        self.requires("boost/[>=1.74 <2]", transitive_headers=True)
         if self.options.simd:
             self.requires("highway/[>=1.0.3 <2]")
         if self.options.tools:

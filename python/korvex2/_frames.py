@@ -24,8 +24,8 @@ Shape = tuple[int, ...]
 class FormatInfo:
     """One pixel format: a row of the library's table, and how its frames lie in arrays.
 
-    `raw` says whether it is a Bayer mosaic. `dtype` is that of the arrays. `channels` is the shape of a pixel in them, `()` for H x W; it is None for the
-    formats that pack several pixels into a group of bytes.
+    `raw` says whether it is a Bayer mosaic. `dtype` is that of the arrays. `channels` is the shape of a pixel in them,
+    `()` for H x W; it is None for the formats that pack several pixels into a group of bytes.
     """
 
     format: PixelFormat

@@ -44,7 +44,8 @@ def with_row(text):
 
 
 def with_cells(text):
-    return text.replace("\n// Raw targets accept raw sources only.", CELLS + "\n// Raw targets accept raw sources only.")
+    after = "\n// Raw targets accept raw sources only."
+    return text.replace(after, CELLS + after)
 
 
 def with_routines(text):

@@ -6,7 +6,7 @@
 
 #if __has_include("kernels/Kernels.h") ||                                       \
                   __has_include("routes/Routines.h") ||                         \
-                                __has_include("simd/InstructionSet.h") ||               \
+                                __has_include("simd/InstructionSet.h") ||       \
                                               __has_include("ErrorRecord.h") || \
                                                             __has_include("Methods.h")
 #error "a header that only the library itself includes is found by a client"

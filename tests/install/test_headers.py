@@ -15,8 +15,8 @@ BUILD = Path(os.environ["KORVEX2_BUILD"])
 COMPILERS = {"the build's": os.environ["CXX"], "clang": os.environ["CLANG"]}
 STRICT = ["-Wall", "-Wextra", "-Wpedantic", "-Wconversion", "-Werror"]
 # Names that clients have macros of; the first ones stand in the tables that the headers are made from.
-CLIENTS_MACROS = ("KERNEL WRAPPER CHAIN DEMOSAIC MEMBER TARGET ROUTINE CELL ROW FORMAT FORMATS PIXEL_FORMAT ALIAS GREY RGB "
-                  "YUV RAW TEXT TEXT_OF VERSION EXPORT API").split()
+CLIENTS_MACROS = ("KERNEL WRAPPER CHAIN DEMOSAIC MEMBER TARGET ROUTINE CELL ROW FORMAT FORMATS PIXEL_FORMAT ALIAS GREY "
+                  "RGB YUV RAW TEXT TEXT_OF VERSION EXPORT API").split()
 
 
 @pytest.fixture(scope="session")
@@ -55,7 +55,8 @@ def complaints(compiler, options, include, sources):
     """What the compiler says of each source, in the order in which the sources are given."""
     def compile_one(source):
         done = subprocess.run([*shlex.split(os.environ["LAUNCHER"]), compiler, *options, *STRICT,
-                               *folders(include), "-c", source, "-o", source.with_suffix(".o")], capture_output=True, text=True)
+                               *folders(include), "-c", source, "-o", source.with_suffix(".o")],
+                              capture_output=True, text=True)
         return done.stderr if done.returncode else ""
     with ThreadPoolExecutor(len(os.sched_getaffinity(0))) as pool:
         return "".join(pool.map(compile_one, sources))
@@ -137,5 +138,6 @@ def test_a_clients_own_macros_survive(include, headers):
 
 def test_the_version_is_the_projects(include):
     project = re.search(r"^CMAKE_PROJECT_VERSION:\w+=(\S+)$", (BUILD / "CMakeCache.txt").read_text(), re.M).group(1)
-    text = preprocess(include, "#include <Korvex2Version.h>\nKORVEX2_VERSION_MAJOR KORVEX2_VERSION_MINOR KORVEX2_VERSION_PATCH\n")
+    text = preprocess(include, "#include <Korvex2Version.h>\n"
+                               "KORVEX2_VERSION_MAJOR KORVEX2_VERSION_MINOR KORVEX2_VERSION_PATCH\n")
     assert text.splitlines()[-1].split() == project.split(".")

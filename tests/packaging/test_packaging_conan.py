@@ -123,7 +123,8 @@ def test_the_package_holds_what_package_info_names(tmp_path):
         assert component.libs == [name] and list(tmp_path.glob(f"lib/lib{name}.*"))
     assert (tmp_path / "licenses/LICENSE").read_bytes() == (ROOT / "LICENSE").read_bytes()
     assert not list(tmp_path.rglob("*.cmake")) and not list(tmp_path.rglob("*.pc"))
-    clients = "".join((ROOT / f"tests/install/{name}/CMakeLists.txt").read_text() for name in ("consumer", "c_consumer"))
+    clients = "".join((ROOT / f"tests/install/{name}/CMakeLists.txt").read_text()
+                      for name in ("consumer", "c_consumer"))
     for component in made.cpp_info.components.values():
         assert f"PRIVATE {component.properties['cmake_target_name']})" in clients
 

@@ -51,7 +51,8 @@ def test_dependencies_are_what_the_build_asks_for():
 
 
 def test_the_consumers_are_told_the_names_that_the_projects_own_clients_use():
-    clients = "".join((ROOT / f"tests/install/{name}/CMakeLists.txt").read_text() for name in ("consumer", "c_consumer"))
+    clients = "".join((ROOT / f"tests/install/{name}/CMakeLists.txt").read_text()
+                      for name in ("consumer", "c_consumer"))
     usage = (PORT / "usage").read_text()
     for pattern in (r"find_package\((\w+)", r"target_link_libraries\(\w+ PRIVATE ([\w:]+)"):
         assert re.findall(pattern, usage) == re.findall(pattern, clients)

@@ -36,9 +36,9 @@ void ExpectError(const Error& error, ErrorType type, const char* message) {
 
 // Clients keep pointers to these, and return a bare code where a builder is expected.
 TEST(Converter, HasTheSignaturesThatClientsStore) {
-  Error (ImageConverter::* const convert)(const Image*, PixelFormat, Image*) =
+  Error (ImageConverter::*const convert)(const Image*, PixelFormat, Image*) =
       &ImageConverter::Convert;
-  Error (ImageConverter::* const convertInPlace)(Image*, PixelFormat) =
+  Error (ImageConverter::*const convertInPlace)(Image*, PixelFormat) =
       &ImageConverter::ConvertInPlace;
   static_assert(std::is_convertible_v<ErrorType, InternalError>);
   ImageConverter converter;

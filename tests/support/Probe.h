@@ -70,7 +70,9 @@ class Probe : public ImageConverter {
   Error Call(Member member, const Image* pSrc, Image* pDst) const {
     return (this->*member)(pSrc, pDst);
   }
-  Error Call(Target member, const Image* pSrc, Image* pDst) { return (this->*member)(pSrc, pDst); }
+  Error Call(Target member, const Image* pSrc, Image* pDst) {
+    return (this->*member)(pSrc, pDst);
+  }
   /// A routine by its name, which must exist.
   Error Call(std::string_view name, const Image* pSrc, Image* pDst) const;
 };
