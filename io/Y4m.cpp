@@ -32,15 +32,25 @@ std::string_view ChromaName(const PixelFormatInfo& format) {
   }
 }
 
+// The bytes of a channel in a group, by their place.
+std::vector<std::size_t> PlacesOf(std::string_view samples, char channel) {
+  std::vector<std::size_t> places;
+  for (std::size_t place = 0; place < samples.size(); ++place) {
+    if (samples[place] == channel) {
+      places.push_back(place);
+    }
+  }
+  return places;
+}
+
 void AppendPlane(const Image& image, const PixelFormatInfo& format, char channel,
                  std::vector<unsigned char>& frame) {
+  const std::vector<std::size_t> places = PlacesOf(format.samples, channel);
   const std::size_t groups = std::size_t{image.GetCols()} * image.GetRows() / format.pixelsPerGroup;
   const unsigned char* source = image.GetData();
   for (std::size_t i = 0; i < groups; ++i, source += format.bytesPerGroup) {
-    for (std::size_t place = 0; place < format.samples.size(); ++place) {
-      if (format.samples[place] == channel) {
-        frame.push_back(source[place]);
-      }
+    for (const std::size_t place : places) {
+      frame.push_back(source[place]);
     }
   }
 }

@@ -21,9 +21,9 @@ std::uint16_t WordAt(const unsigned char* bytes, std::size_t index, bool isLowBy
   return static_cast<std::uint16_t>(high << 8U | low);
 }
 
-std::uint16_t SampleAt(const PixelFormatInfo& format, const unsigned char* bytes,
+std::uint16_t SampleAt(SampleOrder order, bool isLowByteFirst, const unsigned char* bytes,
                        std::size_t index) {
-  switch (format.order) {
+  switch (order) {
     case SampleOrder::Bytes:
       return bytes[index];
     case SampleOrder::Packed:
@@ -32,7 +32,7 @@ std::uint16_t SampleAt(const PixelFormatInfo& format, const unsigned char* bytes
     case SampleOrder::Host:
       break;
   }
-  return WordAt(bytes, index, IsLowByteFirst(format));
+  return WordAt(bytes, index, isLowByteFirst);
 }
 
 Plane PlaneOf(const PixelFormatInfo& format, char channel, const unsigned char* bytes,
@@ -41,10 +41,12 @@ Plane PlaneOf(const PixelFormatInfo& format, char channel, const unsigned char* 
   Plane plane{channel, format.pixelsPerGroup / static_cast<std::uint32_t>(perGroup), {}};
   plane.samples.reserve(groups * static_cast<std::size_t>(perGroup));
   const std::size_t size = format.samples.size();
+  const bool isLowByteFirst = IsLowByteFirst(format);
   for (std::size_t group = 0; group < groups; ++group) {
     for (std::size_t place = 0; place < size; ++place) {
       if (format.samples[place] == channel) {
-        plane.samples.push_back(SampleAt(format, bytes, group * size + place));
+        plane.samples.push_back(
+            SampleAt(format.order, isLowByteFirst, bytes, group * size + place));
       }
     }
   }

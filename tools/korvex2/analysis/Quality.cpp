@@ -13,19 +13,23 @@
 
 #include "PixelFormats.h"
 #include "analysis/Planes.h"
-#include "terminal/Names.h"
 
 namespace Korvex2::Tool {
 namespace {
 
 constexpr std::size_t kChannels = 3;
 
+// Pictures are rgb8 or rgb16 here. Asked for each sample, so not of the table of formats.
+bool HasWords(const Image& image) {
+  return image.GetPixelFormat() == PIXEL_FORMAT_RGB16;
+}
+
 double PeakOf(const Image& image) {
-  return IsDeep(image.GetPixelFormat()) ? 65535 : 255;
+  return HasWords(image) ? 65535 : 255;
 }
 
 unsigned SampleAt(const Image& image, std::size_t index) {
-  if (!IsDeep(image.GetPixelFormat())) {
+  if (!HasWords(image)) {
     return image.GetData()[index];
   }
   std::uint16_t word;
