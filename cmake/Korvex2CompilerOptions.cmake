@@ -43,7 +43,8 @@ endfunction()
 # so that a source which forgets an include does not compile there.
 function(korvex2_compile_quickly target)
   target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O2>)
-  target_precompile_headers(${target} PRIVATE ${ARGN})
+  target_precompile_headers(${target} PRIVATE
+    <fmt/format.h> <algorithm> <filesystem> <functional> <memory> <optional> <span> <string> <string_view> <variant> <vector>)
 endfunction()
 
 if(KORVEX2_SANITIZE)

@@ -85,6 +85,11 @@ struct Image::Layout {
     needed = std::max({reached, strided, std::uint64_t{1}});
     fits = needed <= kMaxBytes;
   }
+
+  /// Of a buffer of so many bytes that is a caller's: what of it is the frame.
+  std::size_t FrameWithin(std::size_t capacity) const noexcept {
+    return std::min(static_cast<std::size_t>(std::max(frame, strided)), capacity);
+  }
 };
 
 Image::Image() noexcept = default;
@@ -175,9 +180,8 @@ Error Image::DeepCopy(const Image* pSrc) {
   const ColorProcessingAlgorithm colorProcessing = pSrc->GetColorProcessing();
   const Layout layout(shape);
   // Our own buffer is filled, a caller's no further than the frame.
-  const std::uint64_t frame = std::max(layout.frame, layout.strided);
-  const auto filled = static_cast<std::size_t>(
-      m_ownsBuffer ? layout.needed : std::min<std::uint64_t>(frame, m_capacity));
+  const auto filled =
+      m_ownsBuffer ? static_cast<std::size_t>(layout.needed) : layout.FrameWithin(m_capacity);
   const auto wanted = std::min<std::size_t>(std::max<std::size_t>(layout.frame, size), filled);
   const std::size_t copied = data == nullptr ? 0 : pSrc->Readable(data, wanted);
   unsigned char* old = nullptr;
@@ -286,9 +290,7 @@ std::size_t Image::Readable(const unsigned char* data, std::size_t wanted) const
   if (m_ownsBuffer) {
     return std::min(wanted, m_capacity);
   }
-  const Layout layout(m_shape);
-  const auto frame = static_cast<std::size_t>(std::max(layout.frame, layout.strided));
-  return std::min({wanted, frame, m_capacity});
+  return std::min(wanted, Layout(m_shape).FrameWithin(m_capacity));
 }
 
 // A subclass's image of fewer pixels than the run was not shaped for it, and is taken at its word.
